@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QStringList>
+
+#include <optional>
+
+namespace lorvane {
+
+/// What one call of `lorvane` asks for.
+struct Command {
+  enum class Verb { run, start, stop, toggle, cancel, status, open, quit, doctor, help, version };
+  Verb verb = Verb::run;
+  bool json = false;
+};
+
+/// The command in `arguments` (without the program's name), or nothing when they make none; `problem` says
+/// why.
+[[nodiscard]] std::optional<Command> parseCommand(const QStringList& arguments, QString& problem);
+
+/// The text of --help.
+[[nodiscard]] QString usageText();
+
+} // namespace lorvane
