@@ -41,9 +41,13 @@ def run(options):
         processes.die_with_parent(signal.SIGTERM, guard)
         os._exit(_run_desktop(options, folder))
     status = _wait_for(child)
+    _clean(folder)
+    return status
+
+
+def _clean(folder):
     processes.end_descendants(_LAST)
     shutil.rmtree(folder, ignore_errors=True)
-    return status
 
 
 def _complain(text, status):
@@ -124,7 +128,7 @@ def _run_desktop(options, folder):
         status = 128 + ended.signal
     finally:
         signal.pthread_sigmask(signal.SIG_BLOCK, _ENDING)
-        processes.end_descendants(_LAST)
+        _clean(folder)
         sys.stderr.flush()
     return status
 
