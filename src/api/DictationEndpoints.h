@@ -53,7 +53,8 @@ using DictationResult = Result<DictationResponse, DictationError>;
 /// Awaited for each fragment, in order; the next line is read only when it has returned.
 using DeltaConsumer = std::function<QCoro::Task<void>(QString text)>;
 
-/// The three calls that carry audio. Main thread; a scope that ends closes the connection and throws TaskCancelled.
+/// The three calls that carry audio. Main thread; a scope that ends closes the connection and throws
+/// TaskCancelled.
 class DictationEndpoints {
  public:
     virtual ~DictationEndpoints() = default;

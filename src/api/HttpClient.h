@@ -25,8 +25,8 @@ struct HttpResponse {
     QByteArray body;
 };
 
-/// A response whose body is read line by line. Its end closes the connection. A consumer that takes its time slows the
-/// server down: only a bounded number of bytes is ever held.
+/// A response whose body is read line by line. Its end closes the connection. A consumer that takes its time
+/// slows the server down: only a bounded number of bytes is ever held.
 class HttpLineStream {
  public:
     virtual ~HttpLineStream() = default;
@@ -35,8 +35,8 @@ class HttpLineStream {
     virtual QCoro::Task<Result<std::optional<QByteArray>, TransportError>> nextLine(TaskScope scope) = 0;
 };
 
-/// Requests over HTTP. Main thread, never blocking. No redirect is followed to another host. A scope that ends closes
-/// the connection within 50 ms and throws TaskCancelled.
+/// Requests over HTTP. Main thread, never blocking. No redirect is followed to another host. A scope that
+/// ends closes the connection within 50 ms and throws TaskCancelled.
 class HttpClient {
  public:
     virtual ~HttpClient() = default;

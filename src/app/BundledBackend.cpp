@@ -16,64 +16,64 @@ BundledBackend::BundledBackend(const Foundation& foundation, QString executable,
                                Callbacks callbacks)
     : foundation_(foundation), executable_(std::move(executable)), dataFolder_(std::move(dataFolder)),
       callbacks_(std::move(callbacks)) {
-  process_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-  connect(&process_, &QProcess::readyReadStandardOutput, this, &BundledBackend::readAddress);
-  connect(&process_, &QProcess::finished, this, &BundledBackend::childEnded);
-  connect(&process_, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
-    if (error == QProcess::FailedToStart) {
-      foundation_.log.diagLog(
-          QStringLiteral("[lorvane-backend] cannot be started: %1").arg(process_.errorString()));
-      callbacks_.gaveUp();
-    }
-  });
+    process_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    connect(&process_, &QProcess::readyReadStandardOutput, this, &BundledBackend::readAddress);
+    connect(&process_, &QProcess::finished, this, &BundledBackend::childEnded);
+    connect(&process_, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
+        if (error == QProcess::FailedToStart) {
+            foundation_.log.diagLog(
+                QStringLiteral("[lorvane-backend] cannot be started: %1").arg(process_.errorString()));
+            callbacks_.gaveUp();
+        }
+    });
 }
 
 BundledBackend::~BundledBackend() {
-  ending_ = true;
-  if (process_.state() == QProcess::NotRunning) {
-    return;
-  }
-  process_.terminate();
-  if (!process_.waitForFinished(gentleEndMilliseconds)) {
-    process_.kill();
-    process_.waitForFinished(gentleEndMilliseconds);
-  }
+    ending_ = true;
+    if (process_.state() == QProcess::NotRunning) {
+        return;
+    }
+    process_.terminate();
+    if (!process_.waitForFinished(gentleEndMilliseconds)) {
+        process_.kill();
+        process_.waitForFinished(gentleEndMilliseconds);
+    }
 }
 
 void BundledBackend::start() {
-  QDir().mkpath(dataFolder_);
-  launch();
+    QDir().mkpath(dataFolder_);
+    launch();
 }
 
 void BundledBackend::launch() {
-  process_.start(executable_,
-                 {QStringLiteral("--listen"), QStringLiteral("127.0.0.1:0"), QStringLiteral("--database"),
-                  QDir(dataFolder_).filePath(QStringLiteral("backend.sqlite")),
-                  QStringLiteral("--parent-watch")});
+    process_.start(executable_,
+                   {QStringLiteral("--listen"), QStringLiteral("127.0.0.1:0"), QStringLiteral("--database"),
+                    QDir(dataFolder_).filePath(QStringLiteral("backend.sqlite")),
+                    QStringLiteral("--parent-watch")});
 }
 
 void BundledBackend::readAddress() {
-  static const QRegularExpression address(QStringLiteral("^listening on (http://127\\.0\\.0\\.1:\\d+)$"));
-  while (process_.canReadLine()) {
-    const QString line = QString::fromUtf8(process_.readLine()).trimmed();
-    if (const auto match = address.match(line); match.hasMatch()) {
-      callbacks_.ready(QUrl(match.captured(1)));
+    static const QRegularExpression address(QStringLiteral("^listening on (http://127\\.0\\.0\\.1:\\d+)$"));
+    while (process_.canReadLine()) {
+        const QString line = QString::fromUtf8(process_.readLine()).trimmed();
+        if (const auto match = address.match(line); match.hasMatch()) {
+            callbacks_.ready(QUrl(match.captured(1)));
+        }
     }
-  }
 }
 
 void BundledBackend::childEnded() {
-  if (ending_) {
-    return;
-  }
-  foundation_.log.diagLog(
-      QStringLiteral("[lorvane-backend] ended unasked (exit code %1)").arg(process_.exitCode()));
-  if (policy_.allowRestart(foundation_.clock.now())) {
-    launch();
-  } else {
-    foundation_.log.diagLog(QStringLiteral("[lorvane-backend] died too often; it stays down"));
-    callbacks_.gaveUp();
-  }
+    if (ending_) {
+        return;
+    }
+    foundation_.log.diagLog(
+        QStringLiteral("[lorvane-backend] ended unasked (exit code %1)").arg(process_.exitCode()));
+    if (policy_.allowRestart(foundation_.clock.now())) {
+        launch();
+    } else {
+        foundation_.log.diagLog(QStringLiteral("[lorvane-backend] died too often; it stays down"));
+        callbacks_.gaveUp();
+    }
 }
 
 } // namespace lorvane

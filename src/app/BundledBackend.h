@@ -16,33 +16,33 @@ namespace lorvane {
 /// when the program is killed (the child watches its parent), and is started again when it dies.
 class BundledBackend : public QObject {
  public:
-  struct Callbacks {
-    /// The child answers at this address; told again after each restart.
-    std::function<void(const QUrl& url)> ready;
-    /// It died too often and stays down, or could not be started at all.
-    std::function<void()> gaveUp;
-  };
+    struct Callbacks {
+        /// The child answers at this address; told again after each restart.
+        std::function<void(const QUrl& url)> ready;
+        /// It died too often and stays down, or could not be started at all.
+        std::function<void()> gaveUp;
+    };
 
-  /// `dataFolder`: where the child keeps its database; made when missing.
-  BundledBackend(const Foundation& foundation, QString executable, QString dataFolder, Callbacks callbacks);
-  ~BundledBackend() override;
+    /// `dataFolder`: where the child keeps its database; made when missing.
+    BundledBackend(const Foundation& foundation, QString executable, QString dataFolder, Callbacks callbacks);
+    ~BundledBackend() override;
 
-  void start();
-  /// The child's process, 0 when none runs.
-  [[nodiscard]] qint64 processId() const { return process_.processId(); }
+    void start();
+    /// The child's process, 0 when none runs.
+    [[nodiscard]] qint64 processId() const { return process_.processId(); }
 
  private:
-  void launch();
-  void readAddress();
-  void childEnded();
+    void launch();
+    void readAddress();
+    void childEnded();
 
-  Foundation foundation_;
-  QString executable_;
-  QString dataFolder_;
-  Callbacks callbacks_;
-  RestartPolicy policy_;
-  QProcess process_;
-  bool ending_ = false;
+    Foundation foundation_;
+    QString executable_;
+    QString dataFolder_;
+    Callbacks callbacks_;
+    RestartPolicy policy_;
+    QProcess process_;
+    bool ending_ = false;
 };
 
 } // namespace lorvane

@@ -9,9 +9,9 @@ namespace lorvane {
 
 /// What one call of `lorvane` asks for.
 struct Command {
-  enum class Verb { run, start, stop, toggle, cancel, status, open, quit, doctor, help, version };
-  Verb verb = Verb::run;
-  bool json = false;
+    enum class Verb { run, start, stop, toggle, cancel, status, open, quit, doctor, help, version };
+    Verb verb = Verb::run;
+    bool json = false;
 };
 
 /// The command in `arguments` (without the program's name), or nothing when they make none; `problem` says

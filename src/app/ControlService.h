@@ -13,47 +13,40 @@
 
 namespace lorvane {
 
-/// Where the running program is found on the session bus.
-namespace control {
-inline const QString serviceName = QStringLiteral("com.ostrand.tirra");
-inline const QString objectPath = QStringLiteral("/com/ostrand/tirra");
-inline const QString interfaceName = QStringLiteral("com.ostrand.tirra.Dictation1");
-} // namespace control
-
 /// The program on the session bus: what the command line and bindings of the desktop talk to.
 class ControlService : public QDBusAbstractAdaptor {
-  Q_OBJECT
-  Q_CLASSINFO("D-Bus Interface", "com.ostrand.tirra.Dictation1")
-  Q_PROPERTY(QString Phase READ phaseName)
-  Q_PROPERTY(QString Notice READ notice)
-  Q_PROPERTY(QString Severity READ severity)
-  Q_PROPERTY(bool PermissionsGranted READ permissionsGranted)
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "com.ostrand.tirra.Dictation1")
+    Q_PROPERTY(QString Phase READ phaseName)
+    Q_PROPERTY(QString Notice READ notice)
+    Q_PROPERTY(QString Severity READ severity)
+    Q_PROPERTY(bool PermissionsGranted READ permissionsGranted)
 
  public:
-  /// Lives as long as `parent`, the object that is registered on the bus.
-  ControlService(QObject* parent, DictationController& controller, QDBusConnection bus,
-                 std::function<void()> quit);
+    /// Lives as long as `parent`, the object that is registered on the bus.
+    ControlService(QObject* parent, DictationController& controller, QDBusConnection bus,
+                   std::function<void()> quit);
 
-  [[nodiscard]] QString phaseName() const;
-  [[nodiscard]] QString notice() const;
-  [[nodiscard]] QString severity() const;
-  [[nodiscard]] bool permissionsGranted() const;
+    [[nodiscard]] QString phaseName() const;
+    [[nodiscard]] QString notice() const;
+    [[nodiscard]] QString severity() const;
+    [[nodiscard]] bool permissionsGranted() const;
 
  public Q_SLOTS: // NOLINT(readability-redundant-access-specifiers)
-  void Start();
-  void Stop();
-  void Toggle();
-  void Cancel();
-  void Open();
-  void Quit();
+    void Start();
+    void Stop();
+    void Toggle();
+    void Cancel();
+    void Open();
+    void Quit();
 
  private:
-  void announce(const QVariantMap& changed);
+    void announce(const QVariantMap& changed);
 
-  DictationController& controller_;
-  QDBusConnection bus_;
-  std::function<void()> quit_;
-  std::vector<Handle> subscriptions_;
+    DictationController& controller_;
+    QDBusConnection bus_;
+    std::function<void()> quit_;
+    std::vector<Handle> subscriptions_;
 };
 
 } // namespace lorvane

@@ -4,14 +4,14 @@
 namespace lorvane {
 
 bool RestartPolicy::allowRestart(Instant now) {
-  while (!restarts_.empty() && now - restarts_.front() >= window) {
-    restarts_.pop_front();
-  }
-  if (restarts_.size() >= mostRestarts) {
-    return false;
-  }
-  restarts_.push_back(now);
-  return true;
+    while (!restarts_.empty() && now - restarts_.front() >= window) {
+        restarts_.pop_front();
+    }
+    if (restarts_.size() >= mostRestarts) {
+        return false;
+    }
+    restarts_.push_back(now);
+    return true;
 }
 
 } // namespace lorvane

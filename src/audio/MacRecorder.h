@@ -17,7 +17,8 @@
 
 namespace lorvane {
 
-/// The microphone as one run of 16 kHz mono signed 16-bit PCM (host order) for the length of a take. Main thread.
+/// The microphone as one run of 16 kHz mono signed 16-bit PCM (host order) for the length of a take. Main
+/// thread.
 class MacRecorder {
  public:
     using Take = lorvane::Take;

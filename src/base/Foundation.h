@@ -11,10 +11,10 @@ namespace lorvane {
 /// The four things that nearly every class works with. References only; the composition root owns what they
 /// name.
 struct Foundation {
-  Clock& clock;
-  Preferences& preferences;
-  const Localisation& words;
-  DiagnosticLog& log;
+    Clock& clock;
+    Preferences& preferences;
+    const Localisation& words;
+    DiagnosticLog& log;
 };
 
 } // namespace lorvane

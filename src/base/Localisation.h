@@ -14,25 +14,25 @@ namespace lorvane {
 /// default.
 class Localisation {
  public:
-  /// A table that has no entries: every text reads as its source.
-  Localisation() = default;
+    /// A table that has no entries: every text reads as its source.
+    Localisation() = default;
 
-  /// `table`: one JSON object, key to text. Gives the reason when it is not one.
-  [[nodiscard]] static Result<Localisation, QString> fromJson(const QByteArray& table);
+    /// `table`: one JSON object, key to text. Gives the reason when it is not one.
+    [[nodiscard]] static Result<Localisation, QString> fromJson(const QByteArray& table);
 
-  /// The first of `wanted` ("de-AT" counts as "de") for which there is a table, else "en". `override` is the
-  /// "AppleLanguages" preference and wins over `system`.
-  [[nodiscard]] static QString chooseLanguage(const QStringList& override, const QStringList& system,
-                                              const QStringList& available);
+    /// The first of `wanted` ("de-AT" counts as "de") for which there is a table, else "en". `override` is
+    /// the "AppleLanguages" preference and wins over `system`.
+    [[nodiscard]] static QString chooseLanguage(const QStringList& override, const QStringList& system,
+                                                const QStringList& available);
 
-  [[nodiscard]] QString text(const QString& source) const { return text(source, source); }
-  [[nodiscard]] QString text(const QString& key, const QString& fallback) const {
-    return table_.value(key, fallback);
-  }
-  [[nodiscard]] bool contains(const QString& key) const { return table_.contains(key); }
+    [[nodiscard]] QString text(const QString& source) const { return text(source, source); }
+    [[nodiscard]] QString text(const QString& key, const QString& fallback) const {
+        return table_.value(key, fallback);
+    }
+    [[nodiscard]] bool contains(const QString& key) const { return table_.contains(key); }
 
  private:
-  QHash<QString, QString> table_;
+    QHash<QString, QString> table_;
 };
 
 } // namespace lorvane

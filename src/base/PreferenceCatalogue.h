@@ -84,10 +84,10 @@ inline const PreferenceKey<QString> backendURL{
 
 /// One row of the catalogue, type and default erased.
 struct Row {
-  QString key;
-  QString type;
-  QJsonValue fallback;
-  QString writtenBy;
+    QString key;
+    QString type;
+    QJsonValue fallback;
+    QString writtenBy;
 };
 
 /// The whole catalogue in the order above.

@@ -17,21 +17,21 @@ namespace lorvane {
 /// the rest on the main thread. A change from outside the program is told like one from inside.
 class PreferenceStore {
  public:
-  virtual ~PreferenceStore() = default;
+    virtual ~PreferenceStore() = default;
 
-  /// Undefined when the key is absent.
-  [[nodiscard]] virtual QJsonValue value(const QString& key) const = 0;
-  /// An undefined value removes the key. Storing what is there already tells nobody.
-  virtual void setValue(const QString& key, const QJsonValue& value) = 0;
-  [[nodiscard]] virtual Handle subscribe(std::function<void(const QString& key)> changed) = 0;
+    /// Undefined when the key is absent.
+    [[nodiscard]] virtual QJsonValue value(const QString& key) const = 0;
+    /// An undefined value removes the key. Storing what is there already tells nobody.
+    virtual void setValue(const QString& key, const QJsonValue& value) = 0;
+    [[nodiscard]] virtual Handle subscribe(std::function<void(const QString& key)> changed) = 0;
 };
 
 /// A key of the catalogue: its type, what an absent key reads as, and who writes it.
 template <typename T>
 struct PreferenceKey {
-  QLatin1String name;
-  T fallback;
-  QLatin1String writtenBy;
+    QLatin1String name;
+    T fallback;
+    QLatin1String writtenBy;
 };
 
 namespace detail {
@@ -54,36 +54,37 @@ QJsonValue toJson(const QByteArray& value);
 /// type counts as absent.
 class Preferences {
  public:
-  explicit Preferences(PreferenceStore& store) : store_(store) {}
+    explicit Preferences(PreferenceStore& store) : store_(store) {}
 
-  /// The stored value, or nothing when the key is absent: tells absence from false, zero and empty.
-  template <typename T>
-  [[nodiscard]] std::optional<T> stored(const PreferenceKey<T>& key) const {
-    return detail::fromJson(store_.value(key.name), key.fallback);
-  }
-  template <typename T>
-  [[nodiscard]] T get(const PreferenceKey<T>& key) const {
-    return stored(key).value_or(key.fallback);
-  }
-  template <typename T>
-  void set(const PreferenceKey<T>& key, const T& value) {
-    store_.setValue(key.name, detail::toJson(value));
-  }
-  template <typename T>
-  void remove(const PreferenceKey<T>& key) {
-    store_.setValue(key.name, QJsonValue(QJsonValue::Undefined));
-  }
-  template <typename T>
-  [[nodiscard]] Handle subscribe(const PreferenceKey<T>& key, std::function<void()> changed) {
-    return store_.subscribe([name = QString(key.name), changed = std::move(changed)](const QString& which) {
-      if (which == name) {
-        changed();
-      }
-    });
-  }
+    /// The stored value, or nothing when the key is absent: tells absence from false, zero and empty.
+    template <typename T>
+    [[nodiscard]] std::optional<T> stored(const PreferenceKey<T>& key) const {
+        return detail::fromJson(store_.value(key.name), key.fallback);
+    }
+    template <typename T>
+    [[nodiscard]] T get(const PreferenceKey<T>& key) const {
+        return stored(key).value_or(key.fallback);
+    }
+    template <typename T>
+    void set(const PreferenceKey<T>& key, const T& value) {
+        store_.setValue(key.name, detail::toJson(value));
+    }
+    template <typename T>
+    void remove(const PreferenceKey<T>& key) {
+        store_.setValue(key.name, QJsonValue(QJsonValue::Undefined));
+    }
+    template <typename T>
+    [[nodiscard]] Handle subscribe(const PreferenceKey<T>& key, std::function<void()> changed) {
+        return store_.subscribe(
+            [name = QString(key.name), changed = std::move(changed)](const QString& which) {
+                if (which == name) {
+                    changed();
+                }
+            });
+    }
 
  private:
-  PreferenceStore& store_;
+    PreferenceStore& store_;
 };
 
 } // namespace lorvane

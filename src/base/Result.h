@@ -11,7 +11,7 @@ using Result = tl::expected<T, E>;
 
 template <typename E>
 [[nodiscard]] auto failure(E error) {
-  return tl::unexpected<E>(std::move(error));
+    return tl::unexpected<E>(std::move(error));
 }
 
 } // namespace lorvane

@@ -13,24 +13,24 @@ namespace lorvane {
 /// called from any thread. The end of the queue waits for the work that was submitted before it.
 class SerialQueue {
  public:
-  SerialQueue();
-  ~SerialQueue();
-  SerialQueue(const SerialQueue&) = delete;
-  SerialQueue& operator=(const SerialQueue&) = delete;
+    SerialQueue();
+    ~SerialQueue();
+    SerialQueue(const SerialQueue&) = delete;
+    SerialQueue& operator=(const SerialQueue&) = delete;
 
-  void submit(std::function<void()> work);
-  /// Blocks until everything submitted so far has run.
-  void drain();
+    void submit(std::function<void()> work);
+    /// Blocks until everything submitted so far has run.
+    void drain();
 
  private:
-  void run();
+    void run();
 
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  std::deque<std::function<void()>> work_;
-  bool busy_ = false;
-  bool ending_ = false;
-  std::thread thread_;
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::deque<std::function<void()>> work_;
+    bool busy_ = false;
+    bool ending_ = false;
+    std::thread thread_;
 };
 
 } // namespace lorvane

@@ -20,8 +20,8 @@ enum class PasteRoute {
 class PasteKeys {
  public:
     virtual ~PasteKeys() = default;
-    /// Waits at most 0.5 s for modifiers that the user still holds, lifts what is held then, posts the chord. False
-    /// when the keys could not be made. Not cut short by a cancellation when given a shielded scope.
+    /// Waits at most 0.5 s for modifiers that the user still holds, lifts what is held then, posts the chord.
+    /// False when the keys could not be made. Not cut short by a cancellation when given a shielded scope.
     virtual QCoro::Task<bool> post(PasteRoute route, TaskScope scope) = 0;
 };
 

@@ -23,8 +23,8 @@ struct PasteboardSnapshot {
 /// A text on the clipboard for one paste only.
 struct PasteboardLoan {
     QString text;
-    /// The only process that is served the text; everyone else is served `previous`. A requestor whose process cannot
-    /// be told is served the text.
+    /// The only process that is served the text; everyone else is served `previous`. A requestor whose
+    /// process cannot be told is served the text.
     ProcessId target = 0;
     PasteboardSnapshot previous;
     /// Lend the selection of the middle mouse button as well, and give it back with the clipboard.
@@ -39,7 +39,8 @@ struct LoanState {
     bool lost = false;
 };
 
-/// The general clipboard of the desktop. Main thread; a read waits at most 0.5 s in all for an owner that hangs.
+/// The general clipboard of the desktop. Main thread; a read waits at most 0.5 s in all for an owner that
+/// hangs.
 class Pasteboard {
  public:
     virtual ~Pasteboard() = default;
@@ -49,8 +50,8 @@ class Pasteboard {
     virtual QCoro::Task<std::optional<QString>> string(TaskScope scope) = 0;
     /// Replaces the content for good.
     virtual void setString(const QString& text) = 0;
-    /// Replaces the content with a borrowed text, marked for clipboard histories to skip, until `restore` or until
-    /// another program takes the clipboard.
+    /// Replaces the content with a borrowed text, marked for clipboard histories to skip, until `restore` or
+    /// until another program takes the clipboard.
     virtual void lend(PasteboardLoan loan) = 0;
     [[nodiscard]] virtual LoanState loanState() const = 0;
     /// Puts a snapshot back, all items in one step; an empty one clears the clipboard. Ends a loan.

@@ -19,7 +19,9 @@ class FieldElement {
     [[nodiscard]] const QString& identity() const { return identity_; }
     /// The adapter's own hold on the field.
     [[nodiscard]] const std::shared_ptr<const void>& reference() const { return reference_; }
-    friend bool operator==(const FieldElement& a, const FieldElement& b) { return a.identity_ == b.identity_; }
+    friend bool operator==(const FieldElement& a, const FieldElement& b) {
+        return a.identity_ == b.identity_;
+    }
 
  private:
     QString identity_;
@@ -35,8 +37,8 @@ struct FieldReading {
     QString afterCaret;
 };
 
-/// Reads the fields of other applications. Main thread; every wait is bounded by 150 ms, and what cannot be had in
-/// that time, or at all, is absent.
+/// Reads the fields of other applications. Main thread; every wait is bounded by 150 ms, and what cannot be
+/// had in that time, or at all, is absent.
 class FieldAccess {
  public:
     virtual ~FieldAccess() = default;

@@ -19,7 +19,8 @@ constexpr std::uint32_t command = 0x100000;
 constexpr std::uint32_t function = 0x800000;
 } // namespace modifierFlag
 
-/// Virtual key codes in KeyEvent::keyCode. A key that is none of these has some other number, the same for each press.
+/// Virtual key codes in KeyEvent::keyCode. A key that is none of these has some other number, the same for
+/// each press.
 namespace keyCode {
 constexpr int escape = 53;
 constexpr int rightCommand = 54;
@@ -39,15 +40,18 @@ struct KeyEvent {
     Instant time;
 };
 
-/// The keys of the whole desktop, watched and never grabbed; what the program itself posts is left out. Main thread.
+/// The keys of the whole desktop, watched and never grabbed; what the program itself posts is left out. Main
+/// thread.
 class KeyEvents {
  public:
     virtual ~KeyEvents() = default;
 
     /// Keys that go to other applications.
-    [[nodiscard]] virtual Handle addGlobalMonitor(KeyEventKind kind, std::function<void(const KeyEvent&)> observer) = 0;
+    [[nodiscard]] virtual Handle addGlobalMonitor(KeyEventKind kind,
+                                                  std::function<void(const KeyEvent&)> observer) = 0;
     /// Keys that go to the program's own windows; the observer answers true to keep one from them.
-    [[nodiscard]] virtual Handle addLocalMonitor(KeyEventKind kind, std::function<bool(const KeyEvent&)> observer) = 0;
+    [[nodiscard]] virtual Handle addLocalMonitor(KeyEventKind kind,
+                                                 std::function<bool(const KeyEvent&)> observer) = 0;
 };
 
 } // namespace lorvane

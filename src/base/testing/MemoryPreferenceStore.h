@@ -11,28 +11,28 @@ namespace lorvane {
 /// Preferences that are gone with the test.
 class MemoryPreferenceStore final : public PreferenceStore {
  public:
-  [[nodiscard]] QJsonValue value(const QString& key) const override {
-    const auto found = values_.find(key);
-    return found == values_.end() ? QJsonValue(QJsonValue::Undefined) : found->second;
-  }
-  void setValue(const QString& key, const QJsonValue& value) override {
-    if (this->value(key) == value) {
-      return;
+    [[nodiscard]] QJsonValue value(const QString& key) const override {
+        const auto found = values_.find(key);
+        return found == values_.end() ? QJsonValue(QJsonValue::Undefined) : found->second;
     }
-    if (value.isUndefined()) {
-      values_.erase(key);
-    } else {
-      values_[key] = value;
+    void setValue(const QString& key, const QJsonValue& value) override {
+        if (this->value(key) == value) {
+            return;
+        }
+        if (value.isUndefined()) {
+            values_.erase(key);
+        } else {
+            values_[key] = value;
+        }
+        changed_.emit(key);
     }
-    changed_.emit(key);
-  }
-  [[nodiscard]] Handle subscribe(std::function<void(const QString& key)> changed) override {
-    return changed_.subscribe(std::move(changed));
-  }
+    [[nodiscard]] Handle subscribe(std::function<void(const QString& key)> changed) override {
+        return changed_.subscribe(std::move(changed));
+    }
 
  private:
-  std::map<QString, QJsonValue> values_;
-  Signal<QString> changed_;
+    std::map<QString, QJsonValue> values_;
+    Signal<QString> changed_;
 };
 
 } // namespace lorvane

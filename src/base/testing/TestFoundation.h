@@ -12,13 +12,13 @@ namespace lorvane {
 /// A foundation of fakes: virtual time, preferences in memory, source texts as words, log lines kept in
 /// `lines`.
 struct TestFoundation {
-  VirtualClock clock;
-  MemoryPreferenceStore store;
-  Preferences preferences{store};
-  Localisation words;
-  QStringList lines;
-  DiagnosticLog log{clock, std::nullopt, [this](const QString& line) { lines.append(line); }};
-  Foundation foundation{clock, preferences, words, log};
+    VirtualClock clock;
+    MemoryPreferenceStore store;
+    Preferences preferences{store};
+    Localisation words;
+    QStringList lines;
+    DiagnosticLog log{clock, std::nullopt, [this](const QString& line) { lines.append(line); }};
+    Foundation foundation{clock, preferences, words, log};
 };
 
 } // namespace lorvane
