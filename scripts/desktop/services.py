@@ -30,7 +30,7 @@ _A11Y_SERVICE = "/usr/share/dbus-1/services/org.a11y.Bus.service"
 AUDIO = """\
 .fail
 load-module module-native-protocol-unix auth-anonymous=1
-load-module module-null-sink sink_name=virtual_speaker rate=48000 sink_properties=device.description=Virtual_Speaker
+load-module module-null-sink sink_name=virtual_speaker rate=48000 norewinds=1 sink_properties=device.description=Virtual_Speaker
 load-module module-remap-source source_name=virtual_mic master=virtual_speaker.monitor \
 source_properties=device.description=Virtual_Microphone
 set-default-sink virtual_speaker

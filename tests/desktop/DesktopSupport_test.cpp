@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "support/DesktopApps.h"
+#include "support/PhysicalKeyboard.h"
+#include "support/VirtualMicrophone.h"
+#include "support/Windows.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include <gtest/gtest.h>
+
+namespace lorvane {
+
+namespace {
+
+TEST(DesktopApp, EditorsAreReadBackAsTheyStand) {
+    const auto text = QStringLiteral("Zwölf — двенадцать 😀\nsecond line");
+    EXPECT_EQ(DesktopApp::mousepad(text)->text(), text);
+    EXPECT_EQ(DesktopApp::featherpad(text)->text(), text);
+    EXPECT_EQ(DesktopApp::mousepad()->text(), QString());
+}
+
+TEST(DesktopApp, FocusMovesBetweenTwo) {
+    const auto first = DesktopApp::mousepad();
+    const auto second = DesktopApp::featherpad();
+    EXPECT_EQ(windows::active().id, second->window());
+    first->focus();
+    PhysicalKeyboard().tap(keycode::letterA);
+    EXPECT_EQ(first->waitForText(QStringLiteral("a")), QStringLiteral("a"));
+    EXPECT_EQ(second->text(), QString());
+}
+
+TEST(DesktopApp, TheCaretGoesWhereItIsPut) {
+    const auto editor = DesktopApp::mousepad(QStringLiteral("one three"));
+    ASSERT_TRUE(editor->select(4, 9));
+    PhysicalKeyboard().tap(keycode::letterA);
+    EXPECT_EQ(editor->waitForText(QStringLiteral("one a")), QStringLiteral("one a"));
+}
+
+TEST(DesktopApp, AHungProgramShowsNothingUntilItWakes) {
+    const auto editor = DesktopApp::mousepad(QStringLiteral("text"));
+    editor->hang();
+    EXPECT_FALSE(editor->field());
+    editor->wake();
+    EXPECT_TRUE(waitUntil([&] { return editor->field().has_value(); }));
+}
+
+TEST(PhysicalKeyboard, TypesIntoATerminal) {
+    const auto terminal = DesktopApp::xterm();
+    PhysicalKeyboard keyboard;
+    keyboard.tap(keycode::letterA);
+    keyboard.chord({keycode::leftShift, keycode::letterQ});
+    EXPECT_EQ(terminal->waitForText(QStringLiteral("aQ")), QStringLiteral("aQ"));
+}
+
+TEST(PhysicalKeyboard, HoldsAsLongAsAskedAndReleasesWhenItGoes) {
+    PhysicalKeyboard watcher;
+    {
+        PhysicalKeyboard hand;
+        hand.press(keycode::rightControl);
+        EXPECT_TRUE(watcher.isDown(keycode::rightControl));
+        EXPECT_FALSE(watcher.isDown(keycode::leftControl));
+    }
+    EXPECT_FALSE(watcher.isDown(keycode::rightControl));
+    const auto before = std::chrono::steady_clock::now();
+    watcher.hold(keycode::rightControl, std::chrono::milliseconds(150));
+    EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(145));
+    EXPECT_FALSE(watcher.isDown(keycode::rightControl));
+}
+
+// The loudest sample that a source hears, of full scale, while the sound is played.
+double peakHeard(const QString& source, const QString& file, const QString& sink) {
+    QProcess recorder;
+    recorder.start(QStringLiteral("parec"),
+                   {QStringLiteral("--device=") + source, QStringLiteral("--format=s16le"),
+                    QStringLiteral("--rate=16000"), QStringLiteral("--channels=1"),
+                    QStringLiteral("--latency-msec=20")});
+    QByteArray heard;
+    const auto read = [&] { return !(heard += recorder.readAllStandardOutput()).isEmpty(); };
+    EXPECT_TRUE(waitUntil(read)) << "nothing is recorded";
+    Playback(file, sink).wait();
+    read();
+    recorder.kill();
+    recorder.waitForFinished();
+    int peak = 0;
+    for (qsizetype at = 0; at + 1 < heard.size(); at += 2) {
+        qint16 sample = 0;
+        std::memcpy(&sample, heard.constData() + at, sizeof sample);
+        peak = std::max(peak, std::abs(static_cast<int>(sample)));
+    }
+    return peak / 32768.0;
+}
+
+TEST(VirtualMicrophone, HearsWhatIsPlayed) {
+    const auto speech = sound::shortSentence();
+    EXPECT_GT(peakHeard(QStringLiteral("virtual_mic"), speech.file, QStringLiteral("virtual_speaker")), 0.05);
+}
+
+TEST(VirtualMicrophone, APluggedOneHearsItsOwnSoundOnly) {
+    const auto speech = sound::shortSentence();
+    const PluggedMicrophone other(QStringLiteral("usb_headset"), QStringLiteral("USB Headset"));
+    EXPECT_GT(peakHeard(QStringLiteral("usb_headset"), speech.file, other.sink()), 0.05);
+    EXPECT_EQ(peakHeard(QStringLiteral("virtual_mic"), speech.file, other.sink()), 0.0);
+}
+
+TEST(VirtualMicrophone, TheDefaultFollowsTheChoiceAndComesBackWhenUnplugged) {
+    {
+        const PluggedMicrophone other(QStringLiteral("usb_headset"), QStringLiteral("USB Headset"));
+        EXPECT_EQ(sound::defaultSource(), QStringLiteral("virtual_mic"));
+        other.makeDefault();
+        EXPECT_EQ(sound::defaultSource(), QStringLiteral("usb_headset"));
+    }
+    EXPECT_NE(sound::defaultSource(), QStringLiteral("usb_headset"));
+    sound::setDefaultSource(QStringLiteral("virtual_mic"));
+}
+
+TEST(VirtualMicrophone, TheServerComesBackAfterItsEnd) {
+    sound::stopServer();
+    EXPECT_THROW(sound::defaultSource(), std::runtime_error);
+    sound::startServer();
+    EXPECT_EQ(sound::defaultSource(), QStringLiteral("virtual_mic"));
+}
+
+} // namespace
+
+} // namespace lorvane
