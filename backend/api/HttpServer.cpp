@@ -1,0 +1,143 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "api/HttpServer.h"
+
+#include "api/HttpSession.h"
+#include "util/Log.h"
+
+#include <boost/asio.hpp>
+#include <set>
+#include <stdexcept>
+#include <thread>
+
+namespace lorvane::backend {
+
+namespace net = boost::asio;
+using net::ip::tcp;
+
+namespace {
+
+constexpr auto tupled = net::as_tuple(net::use_awaitable);
+// After a failed accept (no file descriptors left, mostly): waiting beats spinning.
+constexpr auto acceptPause = std::chrono::milliseconds(100);
+
+// One thread with its connections; `sessions` is touched on that thread only.
+struct Lane {
+    net::io_context context{1};
+    std::optional<net::executor_work_guard<net::io_context::executor_type>> guard;
+    std::set<HttpSession*> sessions;
+    std::thread thread;
+};
+
+net::awaitable<void> keepSession(std::shared_ptr<HttpSession> session, Lane& lane) {
+    lane.sessions.insert(session.get());
+    co_await session->run();
+    lane.sessions.erase(session.get());
+}
+
+} // namespace
+
+class HttpServer::Implementation {
+ public:
+    Implementation(ServerOptions options, std::vector<Route> routes, Authenticator authenticate,
+                   WorkPool& quick, WorkPool& heavy)
+        : shared_(std::make_shared<ServerShared>(options, std::move(routes), std::move(authenticate), quick,
+                                                 heavy, std::make_shared<ByteBudget>(options.heldBytes))) {
+        for (std::size_t i = 0; i < std::max<std::size_t>(1, options.threads); ++i) {
+            lanes_.push_back(std::make_unique<Lane>());
+            lanes_.back()->guard.emplace(lanes_.back()->context.get_executor());
+        }
+        acceptor_.emplace(lanes_[0]->context);
+        listen(options);
+    }
+
+    void start() {
+        net::co_spawn(lanes_[0]->context, accept(), net::detached);
+        for (auto& lane : lanes_)
+            lane->thread = std::thread([&context = lane->context] { context.run(); });
+    }
+
+    void stop(std::chrono::milliseconds grace) {
+        if (stopped_)
+            return;
+        stopped_ = true;
+        shared_->draining = true;
+        net::post(lanes_[0]->context, [this] {
+            boost::system::error_code ignored;
+            acceptor_->close(ignored);
+        });
+        closeSessions(false);
+        const auto latest = std::chrono::steady_clock::now() + grace;
+        while (shared_->connections > 0 && std::chrono::steady_clock::now() < latest)
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        closeSessions(true);
+        for (auto& lane : lanes_)
+            lane->guard.reset();
+        for (auto& lane : lanes_)
+            if (lane->thread.joinable())
+                lane->thread.join();
+    }
+
+    std::uint16_t port() const { return port_; }
+    std::size_t connections() const { return shared_->connections; }
+
+ private:
+    void listen(const ServerOptions& options) try {
+        const tcp::endpoint endpoint(net::ip::make_address(options.address), options.port);
+        acceptor_->open(endpoint.protocol());
+        acceptor_->set_option(net::socket_base::reuse_address(true));
+        acceptor_->bind(endpoint);
+        acceptor_->listen();
+        port_ = acceptor_->local_endpoint().port();
+    } catch (const boost::system::system_error& error) {
+        throw std::runtime_error("cannot listen on " + options.address + ':' + std::to_string(options.port) +
+                                 ": " + error.code().message());
+    }
+
+    net::awaitable<void> accept() {
+        std::size_t next = 0;
+        while (acceptor_->is_open()) {
+            Lane& lane = *lanes_[next++ % lanes_.size()];
+            auto [error, socket] = co_await acceptor_->async_accept(lane.context, tupled);
+            if (error == net::error::operation_aborted || !acceptor_->is_open())
+                break;
+            if (error) {
+                logLine("accept failed: " + error.message());
+                net::steady_timer pause(lanes_[0]->context, acceptPause);
+                [[maybe_unused]] const auto [waited] = co_await pause.async_wait(tupled);
+                continue;
+            }
+            if (shared_->connections >= shared_->options.connections)
+                continue; // the socket closes here: there is no room even for an answer
+            auto session = std::make_shared<HttpSession>(std::move(socket), shared_);
+            net::co_spawn(lane.context, keepSession(std::move(session), lane), net::detached);
+        }
+    }
+
+    void closeSessions(bool everything) {
+        for (auto& lane : lanes_)
+            net::post(lane->context, [&sessions = lane->sessions, everything] {
+                for (auto* session : sessions)
+                    session->close(everything);
+            });
+    }
+
+    const std::shared_ptr<ServerShared> shared_;
+    std::vector<std::unique_ptr<Lane>> lanes_;
+    std::optional<tcp::acceptor> acceptor_;
+    std::uint16_t port_ = 0;
+    bool stopped_ = false;
+};
+
+HttpServer::HttpServer(ServerOptions options, std::vector<Route> routes, Authenticator authenticate,
+                       WorkPool& quick, WorkPool& heavy)
+    : implementation_(std::make_unique<Implementation>(std::move(options), std::move(routes),
+                                                       std::move(authenticate), quick, heavy)) {}
+
+HttpServer::~HttpServer() { stop(std::chrono::milliseconds(0)); }
+
+std::uint16_t HttpServer::port() const { return implementation_->port(); }
+void HttpServer::start() { implementation_->start(); }
+void HttpServer::stop(std::chrono::milliseconds grace) { implementation_->stop(grace); }
+std::size_t HttpServer::connections() const { return implementation_->connections(); }
+
+} // namespace lorvane::backend

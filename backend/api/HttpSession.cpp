@@ -1,0 +1,439 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "api/HttpSession.h"
+
+#include "api/Wire.h"
+#include "util/Log.h"
+#include "util/WorkPool.h"
+
+#include <algorithm>
+#include <boost/asio.hpp>
+#include <boost/asio/experimental/awaitable_operators.hpp>
+#include <boost/beast/http.hpp>
+#include <poll.h>
+#include <sys/socket.h>
+
+namespace lorvane::backend {
+
+namespace net = boost::asio;
+namespace beast = boost::beast;
+namespace http = boost::beast::http;
+using boost::system::error_code;
+using namespace net::experimental::awaitable_operators;
+
+namespace {
+
+constexpr std::size_t longestHeader = 16 * 1024;
+constexpr std::size_t readStep = 64 * 1024;
+constexpr std::size_t longestTakeId = 64;
+constexpr auto pipelinedPoll = std::chrono::milliseconds(50);
+constexpr auto lingerTime = std::chrono::seconds(5);
+constexpr auto tupled = net::as_tuple(net::use_awaitable);
+
+std::string lowered(std::string_view text) {
+    std::string out(text);
+    std::transform(out.begin(), out.end(), out.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    return out;
+}
+
+std::string_view plain(beast::string_view text) { return {text.data(), text.size()}; }
+
+std::string mediaType(std::string_view contentType) {
+    auto type = contentType.substr(0, contentType.find(';'));
+    while (type.ends_with(' ') || type.ends_with('\t'))
+        type.remove_suffix(1);
+    return lowered(type);
+}
+
+std::string bearerToken(std::string_view authorization) {
+    constexpr std::string_view scheme = "bearer ";
+    if (lowered(authorization.substr(0, scheme.size())) != scheme)
+        return {};
+    return std::string(authorization.substr(scheme.size()));
+}
+
+std::string takeIdOf(std::string_view header) {
+    const bool usable = header.size() <= longestTakeId &&
+                        std::all_of(header.begin(), header.end(), [](char c) { return c > ' ' && c < 0x7f; });
+    return usable ? std::string(header) : std::string();
+}
+
+// The connection's end, seen without taking anything of what it has sent.
+bool hungUp(int socket) {
+    pollfd entry{socket, POLLRDHUP, 0};
+    return ::poll(&entry, 1, 0) > 0 && (entry.revents & (POLLRDHUP | POLLHUP | POLLERR)) != 0;
+}
+
+// Shared with a worker that may answer after the connection is gone.
+struct TokenCall {
+    WakeSlot slot;
+    std::mutex mutex;
+    bool answered = false;
+    bool failed = false;
+    std::optional<DeviceId> device;
+};
+
+void answerToken(TokenCall& call, const Authenticator& authenticate, const std::string& token) {
+    std::optional<DeviceId> device;
+    bool failed = false;
+    try {
+        device = authenticate(token);
+    } catch (const std::exception& error) {
+        failed = true;
+        logLine(std::string("the token store failed: ") + error.what());
+    }
+    {
+        const std::lock_guard lock(call.mutex);
+        call.answered = true;
+        call.failed = failed;
+        call.device = device;
+    }
+    call.slot.wake();
+}
+
+} // namespace
+
+HttpSession::HttpSession(net::ip::tcp::socket socket, std::shared_ptr<ServerShared> shared)
+    : stream_(std::move(socket)), timer_(stream_.get_executor()), shared_(std::move(shared)) {
+    ++shared_->connections;
+}
+
+HttpSession::~HttpSession() { --shared_->connections; }
+
+net::awaitable<void> HttpSession::run() {
+    error_code ignored;
+    stream_.socket().set_option(net::ip::tcp::no_delay(true), ignored);
+    bool more = true;
+    while (more && !closed_) {
+        more = co_await serveOne();
+        more = more && !shared_->draining;
+    }
+    stream_.socket().shutdown(net::ip::tcp::socket::shutdown_both, ignored);
+    stream_.close();
+}
+
+void HttpSession::close(bool everything) {
+    if (!idle_ && !everything)
+        return;
+    closed_ = true;
+    timer_.cancel();
+    stream_.close();
+}
+
+// Reads one request and answers it. False when the connection is to be closed.
+net::awaitable<bool> HttpSession::serveOne() {
+    Parser parser;
+    parser.header_limit(longestHeader);
+    parser.body_limit(boost::none);
+    idle_ = buffer_.size() == 0;
+    stream_.expires_after(what_.empty() ? shared_->options.headerTime : shared_->options.idleTime);
+    const auto [error, size] = co_await http::async_read_header(stream_, buffer_, parser, tupled);
+    idle_ = false;
+    began_ = std::chrono::steady_clock::now();
+    what_ = "unreadable";
+    version_ = 11;
+    keepAlive_ = false;
+    if (error) {
+        const bool more = co_await refuseHeader(error);
+        co_return more;
+    }
+    const auto& head = parser.get();
+    version_ = head.version();
+    const auto path = plain(head.target()).substr(0, plain(head.target()).find('?'));
+    const Route* route = nullptr;
+    bool known = false;
+    for (const auto& candidate : shared_->routes) {
+        if (candidate.path != path)
+            continue;
+        known = true;
+        allow_ = candidate.method;
+        what_ = "method? " + std::string(candidate.path);
+        if (candidate.method == plain(head.method_string()))
+            route = &candidate;
+    }
+    if (!route) {
+        if (!known)
+            what_ = "unknown path";
+        const bool more =
+            co_await refuse(known ? 405 : 404, known ? "method_not_allowed" : "not_found", !parser.is_done());
+        co_return more;
+    }
+    what_ = std::string(route->method) + ' ' + std::string(route->path);
+    keepAlive_ = head.keep_alive();
+    const bool more = co_await serveRoute(parser, *route);
+    co_return more;
+}
+
+net::awaitable<bool> HttpSession::refuseHeader(error_code error) {
+    const auto protocol = http::make_error_code(http::error::end_of_stream);
+    if (error == http::error::end_of_stream || error == http::error::partial_message ||
+        error.category() != protocol.category())
+        co_return false;
+    const bool tooLong = error == http::error::header_limit || error == http::error::buffer_overflow;
+    const bool more = co_await refuse(tooLong ? 431 : 400, "bad_request", true);
+    co_return more;
+}
+
+net::awaitable<bool> HttpSession::serveRoute(Parser& parser, const Route& route) {
+    const auto& head = parser.get();
+    if (parser.content_length().value_or(0) > route.bodyLimit) {
+        const bool more = co_await refuse(413, "too_large", true);
+        co_return more;
+    }
+    Request request;
+    if (route.needsToken) {
+        auto given = bearerToken(plain(head[http::field::authorization]));
+        const auto token = co_await checkToken(std::move(given), request.device);
+        if (token != Token::known) {
+            const bool unknown = token == Token::unknown;
+            const bool more =
+                co_await refuse(unknown ? 401 : 503, unknown ? "unauthorized" : "busy", !parser.is_done());
+            co_return more;
+        }
+    }
+    request.contentType = mediaType(plain(head[http::field::content_type]));
+    request.takeId = takeIdOf(plain(head["X-Tirra-Take"]));
+    ByteBudget::Share held(shared_->bodies);
+    const int refused = co_await readBody(parser, route.bodyLimit, request.body, held);
+    if (refused < 0)
+        co_return false;
+    if (refused > 0) {
+        const bool more = co_await refuse(refused,
+                                          refused == 413   ? "too_large"
+                                          : refused == 503 ? "busy"
+                                                           : "bad_request",
+                                          true);
+        co_return more;
+    }
+    auto pending =
+        std::make_shared<PendingExchange>(std::move(request), std::move(held), shared_->options.backlog);
+    auto& pool = route.heavy ? shared_->heavy : shared_->quick;
+    const bool queued = pool.submit([pending, &route, keep = shared_] { pending->handle(route.handler); });
+    if (!queued) {
+        const bool more = co_await refuse(503, "busy", false);
+        co_return more;
+    }
+    gone_ = false;
+    Answer outcome;
+    co_await (answer(pending, outcome) || watch());
+    pending->abandon();
+    log(what_, outcome.whole ? outcome.status : 0, pending->notes());
+    co_return outcome.whole&& keepAlive_;
+}
+
+// 0 when the body is there, a status to refuse with, or -1 when the connection is gone.
+net::awaitable<int> HttpSession::readBody(Parser& parser, std::size_t limit, std::string& body,
+                                          ByteBudget::Share& held) {
+    if (!parser.is_done() && lowered(plain(parser.get()[http::field::expect])) == "100-continue") {
+        std::string interim = "HTTP/1.1 100 Continue\r\n\r\n";
+        const bool written = co_await writeRaw(std::move(interim));
+        if (!written)
+            co_return -1;
+    }
+    std::vector<char> step(parser.is_done() ? 0 : readStep);
+    const auto latest = std::chrono::steady_clock::now() + shared_->options.bodyTime;
+    while (!parser.is_done()) {
+        parser.get().body().data = step.data();
+        parser.get().body().size = step.size();
+        stream_.expires_at(std::min(std::chrono::steady_clock::now() + shared_->options.bodyPause, latest));
+        auto [error, size] = co_await http::async_read_some(stream_, buffer_, parser, tupled);
+        if (error && error != http::error::need_buffer) {
+            const bool malformed =
+                error.category() == http::make_error_code(http::error::bad_chunk).category() &&
+                error != http::error::end_of_stream && error != http::error::partial_message;
+            if (!malformed)
+                log(what_, 0,
+                    error == beast::error::timeout ? "body came too slowly" : "gone within the body");
+            co_return malformed ? 400 : -1;
+        }
+        const auto count = step.size() - parser.get().body().size;
+        if (body.size() + count > limit)
+            co_return 413;
+        if (!held.grow(count))
+            co_return 503;
+        body.append(step.data(), count);
+    }
+    co_return 0;
+}
+
+net::awaitable<HttpSession::Token> HttpSession::checkToken(std::string token, DeviceId& device) {
+    if (token.empty())
+        co_return Token::unknown;
+    const auto call = std::make_shared<TokenCall>();
+    const ArmedSlot armed(call->slot, waker());
+    const bool queued = shared_->quick.submit(
+        [call, token = std::move(token), keep = shared_] { answerToken(*call, keep->authenticate, token); });
+    if (!queued)
+        co_return Token::unanswered;
+    for (;;) {
+        timer_.expires_at(std::chrono::steady_clock::time_point::max());
+        {
+            const std::lock_guard lock(call->mutex);
+            if (call->answered) {
+                device = call->device.value_or(0);
+                co_return call->failed ? Token::unanswered : call->device ? Token::known : Token::unknown;
+            }
+        }
+        if (closed_)
+            co_return Token::unanswered;
+        co_await wait();
+    }
+}
+
+// Passes on what the worker says, each line awaited: a client that does not read stops the worker, and is
+// given up when one write takes too long.
+net::awaitable<void> HttpSession::answer(std::shared_ptr<PendingExchange> pending, Answer& answer) {
+    const ArmedSlot armed(pending->slot(), waker());
+    bool started = false;
+    for (;;) {
+        timer_.expires_at(std::chrono::steady_clock::time_point::max());
+        auto progress = pending->takeProgress();
+        if (progress.response && !started) {
+            answer.status = progress.response->status;
+            answer.whole = co_await writeResponse(std::move(*progress.response), keepAlive_);
+            co_return;
+        }
+        if (progress.started && !started) {
+            started = true;
+            answer.status = 200;
+            const bool written = co_await writeStreamHead();
+            if (!written)
+                co_return;
+        }
+        const bool idle = progress.empty();
+        const bool written = co_await answerLines(std::move(progress.lines));
+        if (!written)
+            co_return;
+        if (progress.ended) {
+            answer.whole = started;
+            if (started && version_ >= 11) {
+                std::string last = "0\r\n\r\n";
+                answer.whole = co_await writeRaw(std::move(last));
+            }
+            co_return;
+        }
+        if (gone_ || closed_)
+            co_return;
+        if (idle)
+            co_await wait();
+    }
+}
+
+net::awaitable<bool> HttpSession::answerLines(std::deque<std::string> lines) {
+    for (auto& line : lines) {
+        stream_.expires_after(shared_->options.writeTime);
+        if (version_ < 11) {
+            const bool written = co_await writeRaw(std::move(line));
+            if (!written)
+                co_return false;
+            continue;
+        }
+        const auto chunk = http::make_chunk(net::const_buffer(line.data(), line.size()));
+        const auto [error, size] = co_await net::async_write(stream_, chunk, tupled);
+        if (error)
+            co_return false;
+    }
+    co_return true;
+}
+
+// Ends when the client has closed or half-closed the connection.
+net::awaitable<void> HttpSession::watch() {
+    net::steady_timer poll(stream_.get_executor());
+    auto& socket = stream_.socket();
+    for (;;) {
+        const auto [error] = co_await socket.async_wait(net::ip::tcp::socket::wait_read, tupled);
+        if (error || !socket.is_open() || hungUp(socket.native_handle()))
+            break;
+        // The next request has come already, and the socket stays readable: only look from time to time.
+        poll.expires_after(pipelinedPoll);
+        const auto [cancelled] = co_await poll.async_wait(tupled);
+        if (cancelled)
+            break;
+    }
+    gone_ = true;
+}
+
+net::awaitable<bool> HttpSession::writeResponse(Response response, bool keepAlive) {
+    http::response<http::string_body> message(static_cast<http::status>(response.status), version_);
+    message.set(http::field::content_type, "application/json");
+    message.set(http::field::cache_control, "no-store");
+    if (response.status == 405)
+        message.set(http::field::allow, allow_);
+    message.keep_alive(keepAlive && !shared_->draining);
+    message.body() = std::move(response.body);
+    message.prepare_payload();
+    stream_.expires_after(shared_->options.writeTime);
+    const auto [error, size] = co_await http::async_write(stream_, message, tupled);
+    co_return !error;
+}
+
+net::awaitable<bool> HttpSession::writeStreamHead() {
+    http::response<http::empty_body> message(http::status::ok, version_);
+    message.set(http::field::content_type, "application/x-ndjson");
+    message.set(http::field::cache_control, "no-store");
+    message.set("X-Accel-Buffering", "no");
+    if (version_ >= 11)
+        message.chunked(true);
+    else
+        keepAlive_ = false;
+    message.keep_alive(keepAlive_);
+    http::response_serializer<http::empty_body> serializer(message);
+    stream_.expires_after(shared_->options.writeTime);
+    const auto [error, size] = co_await http::async_write_header(stream_, serializer, tupled);
+    co_return !error;
+}
+
+net::awaitable<bool> HttpSession::writeRaw(std::string text) {
+    stream_.expires_after(shared_->options.writeTime);
+    const auto [error, size] = co_await net::async_write(stream_, net::buffer(text), tupled);
+    co_return !error;
+}
+
+// A refusal before the body was read ends the connection, and what still comes in is thrown away for a while:
+// closing at once would reset the connection, and the client would lose the answer.
+net::awaitable<bool> HttpSession::refuse(int status, std::string_view code, bool bodyUnread) {
+    Response response{status, errorBody(code)};
+    const bool written = co_await writeResponse(std::move(response), keepAlive_ && !bodyUnread);
+    log(what_, written ? status : 0, std::string(code));
+    if (written && bodyUnread)
+        co_await linger();
+    co_return written&& keepAlive_ && !bodyUnread;
+}
+
+net::awaitable<void> HttpSession::linger() {
+    error_code ignored;
+    stream_.socket().shutdown(net::ip::tcp::socket::shutdown_send, ignored);
+    stream_.expires_after(lingerTime);
+    std::vector<char> thrown(readStep);
+    for (;;) {
+        const auto [error, size] = co_await stream_.async_read_some(net::buffer(thrown), tupled);
+        if (error || size == 0)
+            break;
+    }
+}
+
+net::awaitable<void> HttpSession::wait() {
+    [[maybe_unused]] const auto [woken] = co_await timer_.async_wait(tupled);
+}
+
+std::function<void()> HttpSession::waker() {
+    return [executor = stream_.get_executor(), weak = weak_from_this()] {
+        net::post(executor, [weak] {
+            if (const auto self = weak.lock())
+                self->timer_.cancel();
+        });
+    };
+}
+
+void HttpSession::log(std::string_view what, int status, const std::string& notes) {
+    const auto took =
+        std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - began_);
+    std::string line(what);
+    line += status == 0 ? " gone" : ' ' + std::to_string(status);
+    line += " took=" + std::to_string(took.count()) + "ms";
+    if (!notes.empty())
+        line += " (" + notes + ')';
+    logLine(line);
+}
+
+} // namespace lorvane::backend

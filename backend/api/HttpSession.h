@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Seen by HttpServer.cpp and HttpSession.cpp only: the two that know the HTTP library.
+#pragma once
+
+#include "api/HttpServer.h"
+#include "api/PendingExchange.h"
+
+#include <atomic>
+#include <boost/asio/awaitable.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <boost/beast/core/flat_buffer.hpp>
+#include <boost/beast/core/tcp_stream.hpp>
+#include <boost/beast/http/buffer_body.hpp>
+#include <boost/beast/http/parser.hpp>
+#include <memory>
+
+namespace lorvane::backend {
+
+// What all connections share, and the work for them that may outlive the server.
+struct ServerShared {
+    ServerOptions options;
+    std::vector<Route> routes;
+    Authenticator authenticate;
+    WorkPool& quick;
+    WorkPool& heavy;
+    std::shared_ptr<ByteBudget> bodies;
+    std::atomic<std::size_t> connections = 0;
+    std::atomic<bool> draining = false;
+};
+
+// One connection, on the thread of its context.
+class HttpSession : public std::enable_shared_from_this<HttpSession> {
+ public:
+    HttpSession(boost::asio::ip::tcp::socket socket, std::shared_ptr<ServerShared> shared);
+    ~HttpSession();
+
+    boost::asio::awaitable<void> run();
+    // Closes an idle connection, or with `everything` any; the running coroutine then ends by itself.
+    void close(bool everything);
+
+ private:
+    using Parser = boost::beast::http::request_parser<boost::beast::http::buffer_body>;
+    enum class Token { known, unknown, unanswered };
+    struct Answer {
+        int status = 0; // 0: the client was gone before an answer
+        bool whole = false;
+    };
+
+    boost::asio::awaitable<bool> serveOne();
+    boost::asio::awaitable<bool> refuseHeader(boost::system::error_code error);
+    boost::asio::awaitable<bool> serveRoute(Parser& parser, const Route& route);
+    boost::asio::awaitable<int> readBody(Parser& parser, std::size_t limit, std::string& body,
+                                         ByteBudget::Share& held);
+    boost::asio::awaitable<Token> checkToken(std::string token, DeviceId& device);
+    boost::asio::awaitable<void> answer(std::shared_ptr<PendingExchange> pending, Answer& answer);
+    boost::asio::awaitable<bool> answerLines(std::deque<std::string> lines);
+    boost::asio::awaitable<void> watch();
+    boost::asio::awaitable<bool> writeResponse(Response response, bool keepAlive);
+    boost::asio::awaitable<bool> writeStreamHead();
+    boost::asio::awaitable<bool> writeRaw(std::string text);
+    boost::asio::awaitable<bool> refuse(int status, std::string_view code, bool bodyUnread);
+    boost::asio::awaitable<void> linger();
+    boost::asio::awaitable<void> wait();
+    std::function<void()> waker();
+    void log(std::string_view what, int status, const std::string& notes);
+
+    boost::beast::tcp_stream stream_;
+    boost::asio::steady_timer timer_;
+    boost::beast::flat_buffer buffer_;
+    const std::shared_ptr<ServerShared> shared_;
+    std::chrono::steady_clock::time_point began_;
+    std::string what_;
+    std::string allow_;
+    unsigned version_ = 11;
+    bool keepAlive_ = true;
+    bool idle_ = true;
+    bool closed_ = false;
+    bool gone_ = false;
+};
+
+} // namespace lorvane::backend

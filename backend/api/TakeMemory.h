@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "storage/Storage.h"
+#include "util/Secrets.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <stop_token>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace lorvane::backend {
+
+// What has been recognised of one take. A take that comes a second time (its stream broke, and the one-shot
+// upload follows) goes on from here, so that no segment is recognised twice.
+class TakeProgress {
+ public:
+    // Holds the take for one request. The second request of a take waits for the first to end.
+    class Turn {
+     public:
+        Turn(TakeProgress& progress, const std::stop_token& stop);
+        ~Turn();
+        Turn(const Turn&) = delete;
+        Turn& operator=(const Turn&) = delete;
+        explicit operator bool() const { return held_; } // false: stopped while waiting
+
+        // Valid while the turn is held.
+        std::vector<std::string>& segments() { return progress_.segments_; }
+        bool& complete() { return progress_.complete_; }
+
+     private:
+        TakeProgress& progress_;
+        bool held_ = false;
+    };
+
+ private:
+    std::mutex mutex_;
+    std::condition_variable_any changed_;
+    bool running_ = false;
+    std::vector<std::string> segments_;
+    bool complete_ = false;
+};
+
+// Keeps the progress of takes in memory for a while; nothing of it is ever written anywhere.
+class TakeMemory {
+ public:
+    using TimePoint = std::chrono::steady_clock::time_point;
+    using Now = std::function<TimePoint()>;
+
+    explicit TakeMemory(std::chrono::seconds keptFor = std::chrono::minutes(2),
+                        Now now = &std::chrono::steady_clock::now, std::size_t most = 10'000);
+
+    // The same object for the same device, take id and content within the time kept; a fresh one otherwise,
+    // and for an empty take id always. Any thread.
+    std::shared_ptr<TakeProgress> find(DeviceId device, const std::string& takeId, const Digest& content);
+    // Drops what is past its time.
+    void sweep();
+    std::size_t size() const;
+
+ private:
+    struct Entry {
+        Digest content;
+        TimePoint until;
+        std::shared_ptr<TakeProgress> progress;
+    };
+    using Key = std::pair<DeviceId, std::string>;
+    void sweepLocked(TimePoint now);
+
+    const std::chrono::seconds keptFor_;
+    const Now now_;
+    const std::size_t most_;
+    mutable std::mutex mutex_;
+    std::map<Key, Entry> entries_;
+};
+
+} // namespace lorvane::backend

@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "api/Wire.h"
+
+#include <boost/json.hpp>
+
+namespace lorvane::backend {
+
+namespace json = boost::json;
+
+namespace {
+
+json::string_view view(std::string_view text) { return {text.data(), text.size()}; }
+
+bool isHex(char c) { return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F'); }
+
+bool isUuid(std::string_view text) {
+    if (text.size() != 36)
+        return false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const bool dash = i == 8 || i == 13 || i == 18 || i == 23;
+        if (dash ? text[i] != '-' : !isHex(text[i]))
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+std::string errorBody(std::string_view code) { return json::serialize(json::object{{"error", view(code)}}); }
+std::string tokenBody(std::string_view token) {
+    return json::serialize(json::object{{"token", view(token)}});
+}
+std::string textBody(std::string_view text) { return json::serialize(json::object{{"text", view(text)}}); }
+
+std::string dictatedBody(const Dictated& dictated) {
+    return json::serialize(json::object{{"text", view(dictated.text)}, {"raw", view(dictated.raw)}});
+}
+
+std::string deltaLine(std::string_view text) {
+    return json::serialize(json::object{{"type", "delta"}, {"text", view(text)}});
+}
+
+std::string doneLine(const Dictated& dictated) {
+    return json::serialize(
+        json::object{{"type", "done"}, {"text", view(dictated.text)}, {"raw", view(dictated.raw)}});
+}
+
+std::string errorLine(std::string_view code) {
+    return json::serialize(json::object{{"type", "error"}, {"error", view(code)}});
+}
+
+ErrorMeaning meaningOf(DictationError error) {
+    switch (error) {
+    case DictationError::badAudio:
+        return {400, "bad_audio"};
+    case DictationError::tooLong:
+        return {413, "too_long"};
+    case DictationError::languageUnavailable:
+        return {501, "language_unavailable"};
+    case DictationError::noSpeech:
+        return {422, "no_speech"};
+    case DictationError::stopped:
+        return {503, "stopped"};
+    case DictationError::engineFailed:
+        break;
+    }
+    return {500, "engine_failed"};
+}
+
+std::optional<std::string> readDevice(std::string_view body) {
+    json::error_code error;
+    const auto value = json::parse(view(body), error);
+    if (error || !value.is_object())
+        return std::nullopt;
+    const auto* entry = value.as_object().if_contains("device");
+    if (!entry || !entry->is_string())
+        return std::nullopt;
+    std::string device(entry->as_string().data(), entry->as_string().size());
+    for (char& c : device)
+        if (c >= 'a' && c <= 'f')
+            c = static_cast<char>(c - 'a' + 'A');
+    if (!isUuid(device))
+        return std::nullopt;
+    return device;
+}
+
+} // namespace lorvane::backend

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "api/Dictation.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace lorvane::backend {
+
+// The JSON that goes over the wire; lines come without their line end.
+
+std::string errorBody(std::string_view code);
+std::string tokenBody(std::string_view token);
+std::string textBody(std::string_view text);
+std::string dictatedBody(const Dictated& dictated);
+
+std::string deltaLine(std::string_view text);
+std::string doneLine(const Dictated& dictated);
+std::string errorLine(std::string_view code);
+
+struct ErrorMeaning {
+    int status;
+    std::string_view code;
+};
+ErrorMeaning meaningOf(DictationError error);
+
+// The identifier of a registration body, in upper case; nothing when the body is not {"device": UUID}.
+std::optional<std::string> readDevice(std::string_view body);
+
+} // namespace lorvane::backend

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "app/Backend.h"
+
+#include <filesystem>
+#include <optional>
+#include <sys/types.h>
+
+namespace lorvane::backend {
+
+struct ProgramOptions {
+    BackendOptions backend;
+    std::filesystem::path database;
+    std::filesystem::path portFile; // empty: none
+    std::filesystem::path models;
+    bool watchParent = false;
+    pid_t parent = 0;
+    std::chrono::seconds drain{5};
+};
+
+struct ParsedOptions {
+    std::optional<ProgramOptions> options; // absent: end with exitStatus, all has been said
+    int exitStatus = 0;
+};
+
+ParsedOptions parseOptions(int argc, char** argv);
+
+} // namespace lorvane::backend

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <stop_token>
+#include <string>
+#include <string_view>
+
+namespace lorvane::backend {
+
+// 16 kHz, one channel.
+using Samples = std::span<const std::int16_t>;
+inline constexpr int sampleRate = 16'000;
+
+struct RecognitionJob {
+    Samples samples;
+    std::string_view language;     // a language code, or empty when the client leaves it to us
+    std::string_view context;      // the text before this audio; may be empty
+    std::string adaptation;        // what keepAdaptation was given last for this device; may be empty
+    std::size_t segmentsKnown = 0; // that many segments of this very audio were recognised before: skip them
+};
+
+struct Recognition {
+    enum class End { complete, noSpeech, stopped, failed };
+    End end = End::failed;
+    std::string adaptation; // to be kept for the device; empty means leave what is there
+    std::string reason;     // for the log, when failed
+};
+
+// Turns speech into raw text. Any thread, several calls at once; a call blocks until its end.
+class Engine {
+ public:
+    // The final text of one segment, in order; a text given is never taken back. It may be empty. The calling
+    // thread is recognise's own.
+    using OnSegment = std::function<void(std::string text)>;
+
+    virtual ~Engine() = default;
+    virtual std::string_view name() const = 0;
+    virtual bool speaks(std::string_view language) const = 0;
+    // Loads what the first recognition would load. Blocks.
+    virtual void warmUp() = 0;
+    virtual Recognition recognise(const RecognitionJob& job, const OnSegment& onSegment,
+                                  std::stop_token stop) = 0;
+};
+
+} // namespace lorvane::backend

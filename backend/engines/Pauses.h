@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "engines/Engine.h"
+
+#include <vector>
+
+namespace lorvane::backend {
+
+struct SpeechSegment {
+    std::size_t begin = 0; // samples
+    std::size_t end = 0;
+};
+
+// Where speech may be cut without cutting a word: in the middle of each pause of at least half a second. A
+// stretch of more than 20 s without such a pause is cut at its quietest place between the 15th and the 20th
+// second, which bounds the work that cannot be interrupted. The segments follow each other without a gap and
+// together are all of the sound; the same sound always gives the same segments.
+std::vector<SpeechSegment> cutAtPauses(Samples samples);
+
+} // namespace lorvane::backend

@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <stdexcept>
+
+namespace lorvane::backend {
+
+class StorageError : public std::runtime_error {
+ public:
+    using std::runtime_error::runtime_error;
+};
+
+} // namespace lorvane::backend

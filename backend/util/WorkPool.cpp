@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "util/WorkPool.h"
+
+#include <utility>
+
+namespace lorvane::backend {
+
+WorkPool::WorkPool(std::size_t threads, std::size_t queueBound) : bound_(queueBound) {
+    threads_.reserve(threads);
+    for (std::size_t i = 0; i < threads; ++i)
+        threads_.emplace_back([this] { work(); });
+}
+
+WorkPool::~WorkPool() {
+    std::deque<Job> dropped;
+    {
+        const std::lock_guard lock(mutex_);
+        ending_ = true;
+        dropped.swap(jobs_);
+    }
+    wake_.notify_all();
+    for (auto& thread : threads_)
+        thread.join();
+}
+
+bool WorkPool::submit(Job job) {
+    {
+        const std::lock_guard lock(mutex_);
+        if (ending_ || jobs_.size() >= bound_)
+            return false;
+        jobs_.push_back(std::move(job));
+    }
+    wake_.notify_one();
+    return true;
+}
+
+std::size_t WorkPool::queued() const {
+    const std::lock_guard lock(mutex_);
+    return jobs_.size();
+}
+
+void WorkPool::work() {
+    for (;;) {
+        Job job;
+        {
+            std::unique_lock lock(mutex_);
+            wake_.wait(lock, [this] { return ending_ || !jobs_.empty(); });
+            if (ending_)
+                return;
+            job = std::move(jobs_.front());
+            jobs_.pop_front();
+        }
+        job();
+    }
+}
+
+} // namespace lorvane::backend

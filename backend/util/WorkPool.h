@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace lorvane::backend {
+
+// A fixed number of threads and a queue that does not grow past its bound.
+// Jobs must not throw. The destructor drops what is still queued and joins the jobs that run; a long job has
+// to watch its own stop token for that to be quick.
+class WorkPool {
+ public:
+    using Job = std::function<void()>;
+
+    WorkPool(std::size_t threads, std::size_t queueBound);
+    ~WorkPool();
+    WorkPool(const WorkPool&) = delete;
+    WorkPool& operator=(const WorkPool&) = delete;
+
+    // False when the queue is full or the pool is ending; the job is then not run. Any thread.
+    [[nodiscard]] bool submit(Job job);
+    std::size_t queued() const;
+
+ private:
+    void work();
+
+    const std::size_t bound_;
+    mutable std::mutex mutex_;
+    std::condition_variable wake_;
+    std::deque<Job> jobs_;
+    bool ending_ = false;
+    std::vector<std::thread> threads_;
+};
+
+} // namespace lorvane::backend
