@@ -10,6 +10,9 @@ function(lorvane_library name)
   target_compile_definitions(lorvane_${name} PUBLIC QT_NO_KEYWORDS QT_NO_CAST_TO_ASCII)
 endfunction()
 
+# Every suite with the label "unit", so that a build with sanitizers makes nothing else.
+add_custom_target(unit_suites)
+
 # lorvane_test(<name> SOURCES ... LINKS ... [LABELS ...]): a suite with virtual time; one ctest entry a suite.
 function(lorvane_test name)
   cmake_parse_arguments(arg "" "" "SOURCES;LINKS;LABELS" ${ARGN})
@@ -23,6 +26,9 @@ function(lorvane_test name)
     set(arg_LABELS unit)
   endif()
   set_tests_properties(${name} PROPERTIES LABELS "${arg_LABELS}" TIMEOUT 300)
+  if("unit" IN_LIST arg_LABELS)
+    add_dependencies(unit_suites lorvane_${name}_test)
+  endif()
 endfunction()
 
 # lorvane_desktop_test(<name> SOURCES ... LINKS ...): runs inside a fresh virtual desktop.
