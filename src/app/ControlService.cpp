@@ -4,7 +4,6 @@
 #include "app/ControlNames.h"
 
 #include <QDBusMessage>
-#include <QTimer>
 
 namespace lorvane {
 
@@ -31,8 +30,9 @@ ControlService::ControlService(QObject* parent, DictationController& controller,
                   {QStringLiteral("Notice"), notice()},
                   {QStringLiteral("Severity"), severity()}});
     }));
-    subscriptions_.push_back(controller_.subscribePermissionsGranted(
-        [this](const bool& granted) { announce({{QStringLiteral("PermissionsGranted"), granted}}); }));
+    subscriptions_.push_back(controller_.subscribePermissionsGranted([this](const bool& granted) {
+        announce({{QStringLiteral("PermissionsGranted"), granted}});
+    }));
 }
 
 QString ControlService::phaseName() const { return nameOf(controller_.phase()); }
@@ -53,7 +53,8 @@ QString ControlService::severity() const {
 bool ControlService::permissionsGranted() const { return controller_.permissionsGranted(); }
 
 void ControlService::Start() {
-    if (std::holds_alternative<Idle>(controller_.phase()) || std::holds_alternative<Done>(controller_.phase())) {
+    if (std::holds_alternative<Idle>(controller_.phase()) ||
+        std::holds_alternative<Done>(controller_.phase())) {
         controller_.startDictation(Source::toggle);
     }
 }
@@ -80,12 +81,13 @@ void ControlService::Open() { controller_.openHomeWindow(); }
 
 void ControlService::Quit() {
     // The answer to this call goes out before the program ends.
-    QTimer::singleShot(0, this, quit_);
+    QMetaObject::invokeMethod(this, quit_, Qt::QueuedConnection);
 }
 
 void ControlService::announce(const QVariantMap& changed) {
-    auto signal = QDBusMessage::createSignal(control::objectPath, QStringLiteral("org.freedesktop.DBus.Properties"),
-                                             QStringLiteral("PropertiesChanged"));
+    auto signal =
+        QDBusMessage::createSignal(control::objectPath, QStringLiteral("org.freedesktop.DBus.Properties"),
+                                   QStringLiteral("PropertiesChanged"));
     signal << control::interfaceName << changed << QStringList();
     bus_.send(signal);
 }

@@ -26,8 +26,8 @@ void NoticeNotifier::show(const Phase& phase) {
     auto call = QDBusMessage::createMethodCall(
         QStringLiteral("org.freedesktop.Notifications"), QStringLiteral("/org/freedesktop/Notifications"),
         QStringLiteral("org.freedesktop.Notifications"), QStringLiteral("Notify"));
-    call << QStringLiteral("Lorvane") << shownId_ << QString() << QStringLiteral("Lorvane") << notice->text << QStringList()
-         << QVariantMap{{QStringLiteral("transient"), true}} << shownMilliseconds;
+    call << QStringLiteral("Lorvane") << shownId_ << QString() << QStringLiteral("Lorvane") << notice->text
+         << QStringList() << QVariantMap{{QStringLiteral("transient"), true}} << shownMilliseconds;
     auto* const watcher = new QDBusPendingCallWatcher(bus_.asyncCall(call), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
         const QDBusPendingReply<quint32> reply = *watcher;

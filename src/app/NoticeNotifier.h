@@ -9,8 +9,8 @@
 
 namespace lorvane {
 
-/// Shows each notice of the controller as a notification of the desktop, one at a time in the same place. A desktop
-/// without a notification service shows nothing.
+/// Shows each notice of the controller as a notification of the desktop, one at a time in the same place. A
+/// desktop without a notification service shows nothing.
 class NoticeNotifier : public QObject {
  public:
     NoticeNotifier(DictationController& controller, QDBusConnection bus);

@@ -15,11 +15,18 @@ constexpr int wrongCall = 2;
 int perform(const lorvane::Command& command) {
     using Verb = lorvane::Command::Verb;
     switch (command.verb) {
-    case Verb::help: std::fputs(qUtf8Printable(lorvane::usageText()), stdout); return 0;
-    case Verb::version: std::printf("lorvane %s\n", LORVANE_VERSION); return 0;
-    case Verb::run: return lorvane::runProgram();
-    case Verb::doctor: return lorvane::runDoctor(command.json);
-    default: return lorvane::sendCommand(command);
+    case Verb::help:
+        std::fputs(qUtf8Printable(lorvane::usageText()), stdout);
+        return 0;
+    case Verb::version:
+        std::printf("lorvane %s\n", LORVANE_VERSION);
+        return 0;
+    case Verb::run:
+        return lorvane::runProgram();
+    case Verb::doctor:
+        return lorvane::runDoctor(command.json);
+    default:
+        return lorvane::sendCommand(command);
     }
 }
 
@@ -32,7 +39,8 @@ int main(int argc, char** argv) {
     QString problem;
     const auto command = lorvane::parseCommand(QCoreApplication::arguments().mid(1), problem);
     if (!command) {
-        std::fprintf(stderr, "lorvane: %s\n\n%s", qUtf8Printable(problem), qUtf8Printable(lorvane::usageText()));
+        std::fprintf(stderr, "lorvane: %s\n\n%s", qUtf8Printable(problem),
+                     qUtf8Printable(lorvane::usageText()));
         return wrongCall;
     }
     return perform(*command);
