@@ -77,7 +77,7 @@ DesktopApp::~DesktopApp() {
 }
 
 QString DesktopApp::writeFile(const QString& text) {
-    const QString path = folder_.filePath(QStringLiteral("text.txt"));
+    QString path = folder_.filePath(QStringLiteral("text.txt"));
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(text.toUtf8()) < 0)
         fail(QStringLiteral("cannot write ") + path);

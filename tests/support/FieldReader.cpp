@@ -37,7 +37,7 @@ class Error {
 };
 
 QString taken(gchar* text) {
-    const QString copy = QString::fromUtf8(text);
+    QString copy = QString::fromUtf8(text);
     g_free(text);
     return copy;
 }
