@@ -48,6 +48,10 @@ int codeOf(Hotkey hotkey) { return rowOf(hotkey).code; }
 
 std::uint32_t maskOf(Hotkey hotkey) { return rowOf(hotkey).mask; }
 
+// words: hotkey.label.rightCommand hotkey.label.rightOption hotkey.label.rightShift hotkey.label.rightControl
+// words: hotkey.label.fn hotkey.short.rightCommand hotkey.short.rightOption hotkey.short.rightShift
+// words: hotkey.short.rightControl hotkey.short.fn
+
 QString label(Hotkey hotkey, const Localisation& words) {
     const Row& row = rowOf(hotkey);
     return words.text(QLatin1String("hotkey.label.") + row.rawName, QString::fromUtf8(row.label));

@@ -4,10 +4,10 @@
 #include "base/Clock.h"
 #include "input/Hotkey.h"
 #include "input/KeyEvents.h"
+#include "input/KeyMonitorList.h"
 
 #include <cstdint>
 #include <map>
-#include <memory>
 
 namespace lorvane {
 
@@ -30,28 +30,19 @@ class FakeKeyEvents final : public KeyEvents {
     /// Another key goes down. True when a local monitor kept it from the program's window.
     bool keyDown(int code);
     /// Hands out exactly this event.
-    bool send(const KeyEvent& event);
+    bool send(const KeyEvent& event) { return monitors_.deliver(event, programHasFocus); }
 
     bool programHasFocus = false;
-    [[nodiscard]] std::size_t monitorCount() const { return monitors_->size(); }
+    [[nodiscard]] std::size_t monitorCount() const { return monitors_.size(); }
 
  private:
-    struct Monitor {
-        KeyEventKind kind;
-        bool local;
-        std::function<bool(const KeyEvent&)> observer;
-    };
-    using Monitors = std::map<std::uint64_t, std::shared_ptr<Monitor>>;
-
     static int leftCode(Hotkey key) { return 1000 + codeOf(key); }
     void setDown(int code, std::uint32_t mask, bool down);
     [[nodiscard]] std::uint32_t flags() const;
-    Handle add(KeyEventKind kind, bool local, std::function<bool(const KeyEvent&)> observer);
 
     const Clock& clock_;
     std::map<int, std::uint32_t> down_;
-    std::uint64_t lastId_ = 0;
-    std::shared_ptr<Monitors> monitors_ = std::make_shared<Monitors>();
+    KeyMonitorList monitors_;
 };
 
 } // namespace lorvane
