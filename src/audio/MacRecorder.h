@@ -41,17 +41,33 @@ class MacRecorder {
     /// Throws the PCM away.
     void cancel();
 
+    /// Also while it is deaf, after a device change that could not be followed.
     [[nodiscard]] bool isRecording() const { return isRecording_; }
     /// When the running or last take began; the clock's beginning before the first.
     [[nodiscard]] Instant startedAt() const { return startedAt_; }
     /// 0.0 to 1.0, refreshed every 0.05 s while recording; for display.
     [[nodiscard]] double level() const { return level_; }
+    /// Told when the level has changed.
     [[nodiscard]] Handle subscribeLevel(std::function<void(const double& level)> observer);
 
     /// Kept for parts of a take; capture does not cut takes, so it is never called.
     std::function<void(QByteArray pcm)> onPart;
 
  private:
+    [[nodiscard]] Result<void, StartFailure> openInput();
+    void applyChosenInput();
+    void followDeviceChange();
+    void closeInput();
+    void setLevel(double level);
+
+    const Foundation foundation_;
+    AudioEngineFactory& engines_;
+    InputDevices& devices_;
+    PCMSink sink_;
+    std::unique_ptr<AudioEngine> engine_;
+    Handle configObserver_;
+    Handle levelTimer_;
+    Signal<double> levelChanged_;
     bool isRecording_ = false;
     Instant startedAt_{};
     double level_ = 0;
