@@ -1,0 +1,186 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/linux/clipboard/X11Pasteboard.h"
+
+#include "platform/linux/clipboard/ContentTypes.h"
+
+#include <vector>
+
+namespace lorvane {
+
+namespace {
+
+constexpr qsizetype mostBytes = 64 * 1024 * 1024;
+/// A selected text; an application that has a bigger one is not worth waiting for.
+constexpr qsizetype mostPrimaryBytes = 4 * 1024 * 1024;
+/// The middle mouse button is read beside the clipboard and mostly not needed.
+constexpr Duration primaryPatience = seconds(0.1);
+constexpr Duration handOverPatience = seconds(1);
+
+const QString clipboardName = QStringLiteral("CLIPBOARD");
+const QString primaryName = QStringLiteral("PRIMARY");
+
+} // namespace
+
+std::unique_ptr<X11Pasteboard> X11Pasteboard::open(Clock& clock) {
+    auto connection = XcbConnection::open();
+    if (!connection) {
+        return nullptr;
+    }
+    return std::unique_ptr<X11Pasteboard>(new X11Pasteboard(std::move(connection), clock));
+}
+
+X11Pasteboard::X11Pasteboard(std::unique_ptr<XcbConnection> connection, Clock& clock)
+    : connection_(std::move(connection)), clock_(clock), sender_(*connection_, clock), windows_(*connection_),
+      clipboard_(*connection_, sender_, clock, clipboardName),
+      primary_(*connection_, sender_, clock, primaryName),
+      clipboardReader_(*connection_, windows_, clock, clipboardName),
+      primaryReader_(*connection_, windows_, clock, primaryName) {}
+
+X11Pasteboard::~X11Pasteboard() {
+    primaryRead_ = TaskHandle();
+    returnPrimary();
+    giveBack(clipboard_);
+    handOver();
+}
+
+QCoro::Task<PasteboardSnapshot> X11Pasteboard::snapshot(TaskScope scope) {
+    rememberPrimary();
+    SelectionRead read;
+    if (clipboard_.isOwned()) {
+        read.content = clipboard_.offer().own();
+    } else {
+        read = co_await clipboardReader_.readAll(mostBytes, scope);
+    }
+    if (primaryRead_.isRunning()) {
+        const Completion<bool> done;
+        const Handle bound = clock_.after(primaryPatience, [done] { done.complete(false); });
+        primaryDone_ = done;
+        co_await done.wait(scope);
+    }
+    form_ = formOf(read.content);
+    PasteboardSnapshot result = snapshotOf(read.content);
+    result.readable = read.readable;
+    co_return result;
+}
+
+void X11Pasteboard::rememberPrimary() {
+    primaryBefore_.reset();
+    if (primary_.isOwned()) {
+        primaryBefore_ = primary_.offer().own();
+        return;
+    }
+    primaryRead_ = startTask([this](TaskScope scope) { return readPrimary(scope); });
+}
+
+QCoro::Task<void> X11Pasteboard::readPrimary(TaskScope scope) {
+    const SelectionRead read = co_await primaryReader_.readAll(mostPrimaryBytes, scope);
+    if (read.readable) {
+        primaryBefore_ = read.content;
+    }
+    const auto done = primaryDone_;
+    done.complete(true);
+}
+
+QCoro::Task<std::optional<QString>> X11Pasteboard::string(TaskScope scope) {
+    if (clipboard_.isOwned()) {
+        co_return clipboard_.offer().own().text();
+    }
+    std::optional<QString> text = co_await clipboardReader_.readText(mostBytes, scope);
+    co_return text;
+}
+
+void X11Pasteboard::setString(const QString& text) {
+    if (isPrimaryLent_ && primary_.offer().own().text() == text) {
+        primary_.replace(ClipboardOffer(contentOfText(text)));
+        isPrimaryLent_ = false;
+    }
+    returnPrimary();
+    clipboard_.take(ClipboardOffer(contentOfText(text)));
+}
+
+void X11Pasteboard::lend(PasteboardLoan loan) {
+    primaryRead_ = TaskHandle();
+    const auto text = contentOfBorrowedText(loan.text);
+    std::optional<ClipboardContent> previous;
+    if (loan.previous.readable) {
+        previous = contentOfSnapshot(loan.previous, form_);
+    }
+    clipboard_.take(ClipboardOffer::lent(text, loan.target, std::move(previous)));
+    if (loan.primaryToo) {
+        primary_.take(ClipboardOffer::lent(text, loan.target, primaryBefore_));
+        isPrimaryLent_ = true;
+    } else {
+        returnPrimary(); // an earlier loan's, if it is still out
+    }
+}
+
+LoanState X11Pasteboard::loanState() const {
+    LoanState state;
+    state.lost = !clipboard_.isOwned() || !clipboard_.offer().isLoan();
+    state.lastRequest = clipboard_.lastRequest();
+    if (isPrimaryLent_ && primary_.lastRequest() > state.lastRequest) {
+        state.lastRequest = primary_.lastRequest();
+    }
+    return state;
+}
+
+void X11Pasteboard::restore(const PasteboardSnapshot& snapshot) {
+    returnPrimary();
+    if (!snapshot.readable) {
+        clipboard_.replace(ClipboardOffer(clipboard_.offer().own()));
+    } else if (snapshot.items.isEmpty()) {
+        clipboard_.release();
+    } else {
+        const auto* previous = clipboard_.offer().previous();
+        clipboard_.replace(ClipboardOffer(contentOfSnapshot(snapshot, previous ? *previous : form_)));
+    }
+}
+
+void X11Pasteboard::returnPrimary() {
+    if (!isPrimaryLent_) {
+        return;
+    }
+    isPrimaryLent_ = false;
+    giveBack(primary_);
+}
+
+void X11Pasteboard::giveBack(SelectionOwner& owner) {
+    if (!owner.isOwned() || !owner.offer().isLoan()) {
+        return;
+    }
+    const auto* previous = owner.offer().previous();
+    if (previous == nullptr) {
+        owner.replace(ClipboardOffer(owner.offer().own()));
+    } else if (previous->isEmpty()) {
+        owner.release();
+    } else {
+        owner.replace(ClipboardOffer(*previous));
+    }
+}
+
+void X11Pasteboard::handOver() {
+    const auto manager = connection_->atom(QStringLiteral("CLIPBOARD_MANAGER"));
+    if (!clipboard_.isOwned() || connection_->ownerOf(manager) == XCB_WINDOW_NONE) {
+        return;
+    }
+    std::vector<xcb_atom_t> types;
+    for (const auto& entry : clipboard_.offer().own().types) {
+        types.push_back(connection_->atom(entry.type));
+    }
+    // The manager asks for these types, and answers when it has them (freedesktop.org, clipboard manager
+    // specification).
+    ReadingWindow window(windows_);
+    const auto property = connection_->atom(QStringLiteral("LORVANE_SAVE"));
+    bool answered = false;
+    const Handle events = connection_->handle(window.id(), [&](const xcb_generic_event_t& event) {
+        answered = answered || (event.response_type & 0x7f) == XCB_SELECTION_NOTIFY;
+    });
+    xcb_change_property(connection_->raw(), XCB_PROP_MODE_REPLACE, window.id(), property, XCB_ATOM_ATOM, 32,
+                        static_cast<std::uint32_t>(types.size()), types.data());
+    xcb_convert_selection(connection_->raw(), window.id(), manager,
+                          connection_->atom(QStringLiteral("SAVE_TARGETS")), property, XCB_CURRENT_TIME);
+    connection_->flush();
+    connection_->runUntil([&] { return answered; }, clock_, handOverPatience);
+}
+
+} // namespace lorvane

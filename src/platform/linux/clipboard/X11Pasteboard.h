@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "base/Clock.h"
+#include "core/Pasteboard.h"
+#include "platform/linux/clipboard/IncrementalSender.h"
+#include "platform/linux/clipboard/ReadingWindows.h"
+#include "platform/linux/clipboard/SelectionOwner.h"
+#include "platform/linux/clipboard/SelectionReader.h"
+#include "platform/linux/clipboard/XcbConnection.h"
+
+#include <memory>
+#include <optional>
+
+namespace lorvane {
+
+/// The clipboard of an X11 desktop, over a connection of its own. Owned by this program, it is answered by
+/// requestor, so that a borrowed text is seen by the process it was lent to and by nobody else;
+/// docs/clipboard.md tells why and what is decided where. Main thread; nothing here waits for another program
+/// inside a call, except the destructor.
+class X11Pasteboard final : public Pasteboard {
+ public:
+    /// Null without an X server.
+    [[nodiscard]] static std::unique_ptr<X11Pasteboard> open(Clock& clock);
+    /// Ends a loan and leaves what is on the clipboard to the desktop's clipboard manager, if there is one;
+    /// waits at most one second for it.
+    ~X11Pasteboard() override;
+
+    /// A content of at most 64 MB, all types together. What this program offers itself is answered from
+    /// memory.
+    QCoro::Task<PasteboardSnapshot> snapshot(TaskScope scope) override;
+    QCoro::Task<std::optional<QString>> string(TaskScope scope) override;
+    /// Ends a loan; the middle mouse button keeps a borrowed text when it is this very text.
+    void setString(const QString& text) override;
+    /// The selection of the middle mouse button is given back as it was at the time of the last `snapshot`.
+    void lend(PasteboardLoan loan) override;
+    [[nodiscard]] LoanState loanState() const override;
+    /// Does nothing to a selection that another program has taken. An unreadable snapshot leaves the text to
+    /// everyone.
+    void restore(const PasteboardSnapshot& snapshot) override;
+
+ private:
+    X11Pasteboard(std::unique_ptr<XcbConnection> connection, Clock& clock);
+    void rememberPrimary();
+    QCoro::Task<void> readPrimary(TaskScope scope);
+    void returnPrimary();
+    static void giveBack(SelectionOwner& owner);
+    void handOver();
+
+    std::unique_ptr<XcbConnection> connection_;
+    Clock& clock_;
+    IncrementalSender sender_;
+    ReadingWindows windows_;
+    SelectionOwner clipboard_;
+    SelectionOwner primary_;
+    SelectionReader clipboardReader_;
+    SelectionReader primaryReader_;
+    /// The order and the property types of what was read last; a snapshot does not carry them.
+    ClipboardContent form_;
+    /// What the middle mouse button had at the last snapshot; nothing when it was not readable in time.
+    std::optional<ClipboardContent> primaryBefore_;
+    bool isPrimaryLent_ = false;
+    Completion<bool> primaryDone_;
+    TaskHandle primaryRead_;
+};
+
+} // namespace lorvane
