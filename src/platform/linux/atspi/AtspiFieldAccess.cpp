@@ -1,0 +1,156 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/linux/atspi/AtspiFieldAccess.h"
+
+#include <QCoreApplication>
+
+#include <algorithm>
+
+namespace lorvane {
+
+namespace {
+
+AccessibleRef refOf(const FieldElement& element) {
+    if (element.reference()) {
+        return *std::static_pointer_cast<const AccessibleRef>(element.reference());
+    }
+    const qsizetype slash = element.identity().indexOf(QLatin1Char('/'));
+    return {element.identity().left(slash), element.identity().mid(slash)};
+}
+
+bool isOurselves(ProcessId process) { return process == QCoreApplication::applicationPid(); }
+
+} // namespace
+
+AtspiFieldAccess::AtspiFieldAccess(AtspiBus& bus, AccessibilitySwitch& accessibilitySwitch,
+                                   const Workspace& workspace, Clock& clock)
+    : bus_(bus), switch_(accessibilitySwitch), workspace_(workspace), clock_(clock), search_(bus, clock, patience_),
+      reader_(bus, clock, patience_), events_(bus.subscribeFocus([this](const FocusEvent& event) { handle(event); })),
+      connection_(bus.subscribeConnection([this] { connectionChanged(); })) {
+    connectionChanged();
+}
+
+QCoro::Task<std::optional<FieldElement>> AtspiFieldAccess::focusedElement(ProcessId process, TaskScope scope) {
+    const Instant end = deadline();
+    const auto found = co_await findFocus(process, end, scope);
+    if (!found) {
+        co_return std::nullopt;
+    }
+    co_return FieldElement(found->identity(), std::make_shared<const AccessibleRef>(*found));
+}
+
+QCoro::Task<std::optional<FieldReading>> AtspiFieldAccess::read(FieldElement element, TaskScope scope) {
+    const AccessibleRef field = refOf(element);
+    if (field.isNull() || patience_.isAside(field.bus, clock_.now())) {
+        co_return std::nullopt;
+    }
+    const Instant end = deadline();
+    auto reading = co_await reader_.read(field, end, scope);
+    co_return reading;
+}
+
+void AtspiFieldAccess::requestManualAccessibility(ProcessId) { switch_.switchOn(); }
+
+QCoro::Task<bool> AtspiFieldAccess::isSecureEventInputEnabled(TaskScope scope) {
+    const auto front = workspace_.frontmostApplication();
+    if (!front) {
+        co_return false;
+    }
+    const Instant end = deadline();
+    const auto field = co_await findFocus(front->processId, end, scope);
+    if (!field) {
+        co_return false;
+    }
+    const Duration bound = std::max(end - clock_.now(), Duration::zero());
+    const auto asked = bus_.call(*field, atspi::accessibleInterface, QStringLiteral("GetRole"), {}, bound);
+    const auto role = co_await asked.wait(scope);
+    co_return role.number() == static_cast<qint64>(atspi::rolePassword);
+}
+
+QCoro::Task<std::optional<AccessibleRef>> AtspiFieldAccess::findFocus(ProcessId process, Instant deadline,
+                                                                      TaskScope scope) {
+    if (isOurselves(process) || process <= 0) {
+        co_return std::nullopt;
+    }
+    const QStringList applications = tracker_.applications();
+    for (const auto& bus : applications) {
+        const ProcessId owner = co_await bus_.processOf(bus, scope);
+        const auto held = tracker_.focusOf(bus);
+        if (owner != process || !held) {
+            continue;
+        }
+        const auto focused = co_await stillFocused(*held, deadline, scope);
+        if (!focused) {
+            co_return std::nullopt;
+        }
+        if (*focused) {
+            co_return held;
+        }
+    }
+    if (withoutFocus_.contains(process)) {
+        co_return std::nullopt;
+    }
+    withoutFocus_.insert(process);
+    const auto found = co_await search_.find(process, deadline, scope);
+    if (found) {
+        tracker_.remember(*found);
+    }
+    const bool wasCutShort = clock_.now() >= deadline;
+    if (found || wasCutShort) {
+        withoutFocus_.remove(process);
+    }
+    co_return found;
+}
+
+QCoro::Task<std::optional<bool>> AtspiFieldAccess::stillFocused(AccessibleRef field, Instant deadline,
+                                                                TaskScope scope) {
+    if (patience_.isAside(field.bus, clock_.now())) {
+        co_return std::nullopt;
+    }
+    const Duration bound = std::max(deadline - clock_.now(), Duration::zero());
+    const auto asked = bus_.call(field, atspi::accessibleInterface, QStringLiteral("GetState"), {}, bound);
+    const auto reply = co_await asked.wait(scope);
+    if (reply.timedOut()) {
+        patience_.putAside(field.bus, clock_.now());
+        co_return std::nullopt;
+    }
+    const auto states = reply.states();
+    const bool focused = states && states->has(atspi::stateFocused) && !states->has(atspi::stateDefunct);
+    if (!focused && tracker_.focusOf(field.bus) == field) {
+        tracker_.dropFocus(field.bus);
+    }
+    co_return focused;
+}
+
+void AtspiFieldAccess::handle(const FocusEvent& event) {
+    const ProcessId process = bus_.knownProcessOf(event.source.bus);
+    if (isOurselves(process)) {
+        return;
+    }
+    patience_.heardFrom(event.source.bus);
+    tracker_.handle(event);
+    if (process != 0) {
+        withoutFocus_.remove(process);
+    } else {
+        withoutFocus_.clear();
+    }
+}
+
+void AtspiFieldAccess::connectionChanged() {
+    tracker_ = FocusTracker();
+    withoutFocus_.clear();
+    if (bus_.isConnected()) {
+        firstLook_ = startTask([this](TaskScope scope) { return lookOnce(scope); });
+    }
+}
+
+QCoro::Task<void> AtspiFieldAccess::lookOnce(TaskScope scope) {
+    if (const auto front = workspace_.frontmostApplication()) {
+        const Instant end = deadline();
+        const auto found = co_await findFocus(front->processId, end, scope);
+        Q_UNUSED(found)
+    }
+}
+
+Instant AtspiFieldAccess::deadline() const { return clock_.now() + AtspiBus::callBound; }
+
+} // namespace lorvane

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "base/DiagnosticLog.h"
+#include "input/FieldAccess.h"
+#include "platform/linux/atspi/AccessibilitySwitch.h"
+#include "platform/linux/atspi/FieldReader.h"
+#include "platform/linux/atspi/FocusSearch.h"
+
+#include <QSet>
+
+namespace lorvane {
+
+/// The fields of other applications over the accessibility bus. The focus is known from events; a search through the
+/// windows happens only for a process of which none has told yet, and once until its next event. Fields of this very
+/// process are not answered here: they are read in process. Main thread; nothing blocks it.
+class AtspiFieldAccess final : public FieldAccess {
+public:
+    AtspiFieldAccess(AtspiBus& bus, AccessibilitySwitch& accessibilitySwitch, const Workspace& workspace,
+                     Clock& clock);
+
+    QCoro::Task<std::optional<FieldElement>> focusedElement(ProcessId process, TaskScope scope) override;
+    QCoro::Task<std::optional<FieldReading>> read(FieldElement element, TaskScope scope) override;
+    void requestManualAccessibility(ProcessId process) override;
+    QCoro::Task<bool> isSecureEventInputEnabled(TaskScope scope) override;
+
+private:
+    QCoro::Task<std::optional<AccessibleRef>> findFocus(ProcessId process, Instant deadline, TaskScope scope);
+    /// Whether the field has the focus still; absent when its application is silent.
+    QCoro::Task<std::optional<bool>> stillFocused(AccessibleRef field, Instant deadline, TaskScope scope);
+    QCoro::Task<void> lookOnce(TaskScope scope);
+    void handle(const FocusEvent& event);
+    void connectionChanged();
+    [[nodiscard]] Instant deadline() const;
+
+    AtspiBus& bus_;
+    AccessibilitySwitch& switch_;
+    const Workspace& workspace_;
+    Clock& clock_;
+    PatienceList patience_;
+    FocusTracker tracker_;
+    FocusSearch search_;
+    FieldReader reader_;
+    /// Processes in which a search found no focus, until they are heard from.
+    QSet<ProcessId> withoutFocus_;
+    Handle events_;
+    Handle connection_;
+    TaskHandle firstLook_;
+};
+
+} // namespace lorvane

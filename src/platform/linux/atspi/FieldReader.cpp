@@ -1,0 +1,248 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/linux/atspi/FieldReader.h"
+
+#include <algorithm>
+
+namespace lorvane {
+
+namespace {
+constexpr qint64 firstPiece = 256;
+constexpr qint64 largestPiece = 1 << 18;
+/// A field that nobody reads any more is not worth its application's events.
+constexpr Duration watchRest = std::chrono::seconds(10);
+constexpr qsizetype mostApplications = 256;
+} // namespace
+
+FieldReader::FieldReader(AtspiBus& bus, Clock& clock, PatienceList& patience)
+    : bus_(bus), clock_(clock), patience_(patience) {}
+
+QCoro::Task<std::optional<FieldReading>> FieldReader::read(AccessibleRef field, Instant deadline, TaskScope scope) {
+    const auto numbers = co_await readNumbers(field, deadline, scope);
+    if (!numbers) {
+        co_return std::nullopt;
+    }
+    const auto toolkit = co_await toolkitOf(field.bus, deadline, scope);
+    const auto after = co_await readAfter(field, *numbers, deadline, scope);
+    if (!toolkit || !after) {
+        co_return std::nullopt;
+    }
+    std::optional<FieldReading> reading;
+    if (assumedUnit(field.bus) == TextUnit::utf16) {
+        reading = co_await inUnits(field, *numbers, *after, deadline, scope);
+    } else {
+        reading = co_await inCodePoints(field, *numbers, *after, deadline, scope);
+    }
+    if (reading && (reading->caret < 0 || reading->caret > reading->length)) {
+        co_return std::nullopt;
+    }
+    co_return reading;
+}
+
+QCoro::Task<std::optional<FieldReader::Numbers>> FieldReader::readNumbers(AccessibleRef field, Instant deadline,
+                                                                         TaskScope scope) {
+    // All asked at once: one round trip.
+    const Duration bound = left(deadline);
+    const auto askState = bus_.call(field, atspi::accessibleInterface, QStringLiteral("GetState"), {}, bound);
+    const auto askRole = bus_.call(field, atspi::accessibleInterface, QStringLiteral("GetRole"), {}, bound);
+    const auto askCount = bus_.property(field, atspi::textInterface, QStringLiteral("CharacterCount"), bound);
+    const auto askCaret = bus_.property(field, atspi::textInterface, QStringLiteral("CaretOffset"), bound);
+    const auto askSelected = bus_.call(field, atspi::textInterface, QStringLiteral("GetNSelections"), {}, bound);
+    const auto stateReply = co_await askState.wait(scope);
+    note(field, stateReply);
+    const auto roleReply = co_await askRole.wait(scope);
+    const auto countReply = co_await askCount.wait(scope);
+    const auto caretReply = co_await askCaret.wait(scope);
+    const auto selectedReply = co_await askSelected.wait(scope);
+    const auto states = stateReply.states();
+    const auto role = roleReply.number();
+    const auto count = countReply.number();
+    auto caret = caretReply.number();
+    if (!states || !role || !count || !caret || *count < 0 || !states->has(atspi::stateEditable) ||
+        *role == atspi::rolePassword || *role == atspi::roleTerminal) {
+        co_return std::nullopt;
+    }
+    if (selectedReply.number().value_or(0) > 0) {
+        const auto start = co_await selectionStart(field, deadline, scope);
+        caret = start ? start : caret;
+    }
+    const Numbers numbers{*count, *caret};
+    if (numbers.caret < 0 || numbers.caret > numbers.count) {
+        co_return std::nullopt;
+    }
+    co_return numbers;
+}
+
+QCoro::Task<std::optional<qint64>> FieldReader::selectionStart(AccessibleRef field, Instant deadline,
+                                                               TaskScope scope) {
+    const QVariantList first{0};
+    const auto asked =
+        bus_.call(field, atspi::textInterface, QStringLiteral("GetSelection"), first, left(deadline));
+    const auto reply = co_await asked.wait(scope);
+    co_return reply.number();
+}
+
+QCoro::Task<std::optional<QString>> FieldReader::readText(AccessibleRef field, qint64 from, qint64 to,
+                                                          Instant deadline, TaskScope scope) {
+    if (from >= to) {
+        co_return QString();
+    }
+    const QVariantList range{static_cast<int>(from), static_cast<int>(to)};
+    const auto asked = bus_.call(field, atspi::textInterface, QStringLiteral("GetText"), range, left(deadline));
+    const auto reply = co_await asked.wait(scope);
+    note(field, reply);
+    auto text = reply.text();
+    // Something stands there, so nothing is no answer.
+    if (text && text->isEmpty()) {
+        text.reset();
+    }
+    co_return text;
+}
+
+QCoro::Task<std::optional<QString>> FieldReader::readAfter(AccessibleRef field, Numbers numbers, Instant deadline,
+                                                           TaskScope scope) {
+    QString after;
+    qint64 piece = firstPiece;
+    for (qint64 at = numbers.caret; at < numbers.count && isBlank(after);) {
+        const qint64 end = std::min(numbers.count, at + piece);
+        const auto text = co_await readText(field, at, end, deadline, scope);
+        if (!text) {
+            co_return std::nullopt;
+        }
+        after += *text;
+        at = end;
+        piece = std::min(4 * piece, largestPiece);
+    }
+    co_return after;
+}
+
+QCoro::Task<std::optional<QString>> FieldReader::toolkitOf(QString bus, Instant deadline, TaskScope scope) {
+    if (const auto known = toolkits_.constFind(bus); known != toolkits_.constEnd()) {
+        co_return *known;
+    }
+    const AccessibleRef root{bus, atspi::rootPath};
+    const auto asked =
+        bus_.property(root, atspi::applicationInterface, QStringLiteral("ToolkitName"), left(deadline));
+    const auto reply = co_await asked.wait(scope);
+    const auto name = reply.text();
+    if (reply.timedOut()) {
+        co_return std::nullopt;
+    }
+    if (toolkits_.size() >= mostApplications) {
+        toolkits_.clear();
+        units_.clear();
+    }
+    // An application that names no toolkit is taken for an unknown one.
+    toolkits_.insert(bus, name.value_or(QString()));
+    co_return toolkits_.value(bus);
+}
+
+QCoro::Task<std::optional<qint64>> FieldReader::pairsIn(AccessibleRef field, qint64 count, Instant deadline,
+                                                        TaskScope scope) {
+    watch(field);
+    if (const auto known = ledger_.pairsFor(count)) {
+        co_return known;
+    }
+    const auto text = co_await readText(field, 0, count, deadline, scope);
+    if (!text) {
+        co_return std::nullopt;
+    }
+    const auto unit = provenUnit(*text, count, TextUnit::codePoints);
+    if (!unit) {
+        co_return std::nullopt;
+    }
+    const qint64 pairs = surrogatePairs(*text);
+    if (pairs > 0) {
+        units_.insert(field.bus, *unit);
+    }
+    if (*unit == TextUnit::codePoints && watched_ == field) {
+        ledger_.enter(count, pairs);
+    }
+    co_return *unit == TextUnit::codePoints ? pairs : 0;
+}
+
+QCoro::Task<std::optional<FieldReading>> FieldReader::inCodePoints(AccessibleRef field, Numbers numbers,
+                                                                   QString after, Instant deadline,
+                                                                   TaskScope scope) {
+    const auto pairs = co_await pairsIn(field, numbers.count, deadline, scope);
+    if (!pairs) {
+        co_return std::nullopt;
+    }
+    qint64 before = *pairs;
+    if (*pairs > 0 && !isBlank(after)) {
+        const auto head = co_await readText(field, 0, numbers.caret, deadline, scope);
+        if (!head && numbers.caret > 0) {
+            co_return std::nullopt;
+        }
+        before = surrogatePairs(head.value_or(QString()));
+    }
+    FieldReading reading;
+    reading.length = numbers.count + *pairs;
+    reading.caret = numbers.caret + before;
+    reading.afterCaret = after;
+    co_return reading;
+}
+
+QCoro::Task<std::optional<FieldReading>> FieldReader::inUnits(AccessibleRef field, Numbers numbers, QString after,
+                                                              Instant deadline, TaskScope scope) {
+    FieldReading reading;
+    reading.length = numbers.count;
+    reading.caret = numbers.caret;
+    reading.afterCaret = after;
+    if (toolkitPadsText(toolkits_.value(field.bus)) && numbers.count > 0) {
+        const qint64 from = std::max<qint64>(0, numbers.count - 2);
+        const auto end = co_await readText(field, from, numbers.count, deadline, scope);
+        if (!end) {
+            co_return std::nullopt;
+        }
+        reading.length -= endsWithFieldPadding(*end) ? 1 : 0;
+        reading.caret = std::min(reading.caret, reading.length);
+        reading.afterCaret = withoutPadding(after);
+    }
+    co_return reading;
+}
+
+Duration FieldReader::left(Instant deadline) const {
+    return std::clamp(deadline - clock_.now(), Duration::zero(), AtspiBus::callBound);
+}
+
+TextUnit FieldReader::assumedUnit(const QString& bus) const {
+    if (const auto proven = units_.constFind(bus); proven != units_.constEnd()) {
+        return *proven;
+    }
+    return unitOfToolkit(toolkits_.value(bus)).value_or(TextUnit::codePoints);
+}
+
+void FieldReader::note(const AccessibleRef& field, const AtspiReply& reply) {
+    if (reply.timedOut()) {
+        patience_.putAside(field.bus, clock_.now());
+    }
+}
+
+void FieldReader::watch(const AccessibleRef& field) {
+    watchEnd_ = clock_.after(watchRest, [this] { unwatch(); });
+    if (watched_ == field) {
+        return;
+    }
+    unwatch();
+    watched_ = field;
+    textWatch_ = bus_.watchText(field.bus, [this](const TextChange& change) { enterChange(change); });
+}
+
+void FieldReader::unwatch() {
+    textWatch_.reset();
+    watched_ = {};
+    ledger_.invalidate();
+}
+
+void FieldReader::enterChange(const TextChange& change) {
+    if (change.source != watched_) {
+        return;
+    }
+    if (change.inserted) {
+        ledger_.inserted(change.characters, change.text);
+    } else {
+        ledger_.removed(change.characters, change.text);
+    }
+}
+
+} // namespace lorvane

@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/linux/atspi/FocusSearch.h"
+
+#include <algorithm>
+
+namespace lorvane {
+
+FocusSearch::FocusSearch(AtspiBus& bus, Clock& clock, PatienceList& patience)
+    : bus_(bus), clock_(clock), patience_(patience) {}
+
+QCoro::Task<std::optional<AccessibleRef>> FocusSearch::find(ProcessId process, Instant deadline, TaskScope scope) {
+    const Objects applications = co_await bus_.applications(scope);
+    for (const auto& application : applications) {
+        const ProcessId owner = co_await bus_.processOf(application.bus, scope);
+        if (owner != process || patience_.isAside(application.bus, clock_.now())) {
+            continue;
+        }
+        const auto found = co_await findWithin(application, deadline, scope);
+        if (found) {
+            co_return found;
+        }
+    }
+    co_return std::nullopt;
+}
+
+QCoro::Task<std::optional<AccessibleRef>> FocusSearch::findWithin(AccessibleRef application, Instant deadline,
+                                                                  TaskScope scope) {
+    std::optional<AccessibleRef> focused;
+    std::size_t seen = 0;
+    unsigned needed = atspi::stateActive;
+    Objects level;
+    level.push_back(application);
+    while (!level.empty() && seen < mostObjects && clock_.now() < deadline) {
+        Objects children = co_await childrenOf(std::move(level), deadline, scope);
+        seen += children.size();
+        Level found = co_await examine(std::move(children), needed, deadline, scope);
+        needed = atspi::stateShowing;
+        if (found.focused) {
+            // What is inside the focused one may have the focus more exactly; nothing beside it can.
+            focused = found.focused;
+            found.showing.clear();
+            found.showing.push_back(*focused);
+        }
+        level = std::move(found.showing);
+    }
+    co_return focused;
+}
+
+QCoro::Task<FocusSearch::Objects> FocusSearch::childrenOf(Objects parents, Instant deadline, TaskScope scope) {
+    std::vector<Completion<AtspiReply>> asked;
+    for (const auto& parent : parents) {
+        asked.push_back(
+            bus_.call(parent, atspi::accessibleInterface, QStringLiteral("GetChildren"), {}, left(deadline)));
+    }
+    Objects children;
+    for (std::size_t i = 0; i < asked.size(); ++i) {
+        const auto reply = co_await asked[i].wait(scope);
+        if (reply.timedOut()) {
+            patience_.putAside(parents[i].bus, clock_.now());
+        }
+        const auto found = reply.objects();
+        if (found && children.size() < mostObjects) {
+            children.insert(children.end(), found->begin(), found->end());
+        }
+    }
+    co_return children;
+}
+
+QCoro::Task<FocusSearch::Level> FocusSearch::examine(Objects objects, unsigned needed, Instant deadline,
+                                                     TaskScope scope) {
+    std::vector<Completion<AtspiReply>> asked;
+    for (const auto& object : objects) {
+        asked.push_back(
+            bus_.call(object, atspi::accessibleInterface, QStringLiteral("GetState"), {}, left(deadline)));
+    }
+    Level level;
+    for (std::size_t i = 0; i < asked.size(); ++i) {
+        const auto reply = co_await asked[i].wait(scope);
+        const auto states = reply.states();
+        if (!states || !states->has(needed)) {
+            continue;
+        }
+        level.showing.push_back(objects[i]);
+        if (states->has(atspi::stateFocused)) {
+            level.focused = objects[i];
+        }
+    }
+    co_return level;
+}
+
+Duration FocusSearch::left(Instant deadline) const {
+    return std::clamp(deadline - clock_.now(), Duration::zero(), AtspiBus::callBound);
+}
+
+} // namespace lorvane

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/linux/atspi/PatienceList.h"
+
+#include <gtest/gtest.h>
+
+namespace lorvane {
+namespace {
+
+const QString hung = QStringLiteral(":1.1");
+
+TEST(PatienceList, AnApplicationThatWasSilentIsLeftAlone) {
+    PatienceList list;
+    EXPECT_FALSE(list.isAside(hung, Instant()));
+    list.putAside(hung, Instant());
+    EXPECT_TRUE(list.isAside(hung, Instant()));
+    EXPECT_FALSE(list.isAside(QStringLiteral(":1.2"), Instant()));
+}
+
+TEST(PatienceList, ItsNextEventBringsItBack) {
+    PatienceList list;
+    list.putAside(hung, Instant());
+    list.heardFrom(hung);
+    EXPECT_FALSE(list.isAside(hung, Instant()));
+}
+
+TEST(PatienceList, ItIsTriedAgainAfterThreeSeconds) {
+    PatienceList list;
+    list.putAside(hung, Instant());
+    EXPECT_TRUE(list.isAside(hung, Instant() + seconds(2.999)));
+    EXPECT_FALSE(list.isAside(hung, Instant() + seconds(3)));
+}
+
+} // namespace
+} // namespace lorvane
