@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "base/Clock.h"
+#include "core/PasteKeys.h"
+
+#include <functional>
+#include <vector>
+
+namespace lorvane {
+
+/// Keys that tell a test that they were posted.
+class FakePasteKeys final : public PasteKeys {
+ public:
+    explicit FakePasteKeys(Clock& clock) : clock_(clock) {}
+
+    QCoro::Task<bool> post(PasteRoute route, TaskScope scope) override;
+
+    /// The keys cannot be made while this is set.
+    bool fails = false;
+    /// The user holds a modifier for so long.
+    Duration delay = Duration::zero();
+    /// What the application does with the keys.
+    std::function<void()> onPosted;
+    std::vector<PasteRoute> posted;
+
+ private:
+    Clock& clock_;
+};
+
+} // namespace lorvane
