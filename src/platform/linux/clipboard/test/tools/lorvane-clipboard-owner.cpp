@@ -23,12 +23,12 @@ int main(int argc, char** argv) {
             mode = QClipboard::Selection;
             continue;
         }
-        QFile file(argument.section(QLatin1Char('='), 1));
+        QFile file(argument.section(QLatin1Char('='), -1));
         if (!file.open(QIODevice::ReadOnly)) {
             return 2;
         }
         const QByteArray bytes = file.readAll();
-        const QString type = argument.section(QLatin1Char('='), 0, 0);
+        const QString type = argument.section(QLatin1Char('='), 0, -2);
         if (type == QLatin1String("image")) {
             data->setImageData(QImage::fromData(bytes));
         } else {
