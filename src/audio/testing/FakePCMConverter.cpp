@@ -16,14 +16,18 @@ std::optional<QByteArray> FakePCMConverter::convert(const InputBuffer& buffer, s
         return std::nullopt;
     }
     QByteArray pcm;
-    const double step = format_.sampleRate / captureRate;
-    for (; position_ < static_cast<double>(buffer.frames); position_ += step) {
-        const auto frame = static_cast<std::size_t>(position_);
-        const float sample = std::clamp(buffer.samples[frame * buffer.channels], -1.0F, 1.0F);
+    const std::uint64_t end = heard_ + buffer.frames;
+    for (;; ++given_) {
+        const auto wanted =
+            static_cast<std::uint64_t>(static_cast<double>(given_) * format_.sampleRate / captureRate);
+        if (wanted >= end) {
+            break;
+        }
+        const float sample = std::clamp(buffer.samples[(wanted - heard_) * buffer.channels], -1.0F, 1.0F);
         const auto value = static_cast<qint16>(std::lround(sample * 32767.0F));
         pcm.append(reinterpret_cast<const char*>(&value), sizeof value);
     }
-    position_ -= static_cast<double>(buffer.frames);
+    heard_ = end;
     return pcm;
 }
 

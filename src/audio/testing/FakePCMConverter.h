@@ -16,8 +16,8 @@ class FakePCMConverter final : public PCMConverter {
     InputFormat format_;
     std::shared_ptr<FakeAudioSystem> system_;
     std::shared_ptr<std::vector<std::size_t>> capacities_;
-    /// Where the next output frame lies, in input frames from the start of the next buffer.
-    double position_ = 0;
+    std::uint64_t heard_ = 0;
+    std::uint64_t given_ = 0;
 };
 
 } // namespace lorvane
