@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/linux/x11/X11Connection.h"
 
-#include <xcb/sync.h>
 #include <xcb/xinput.h>
 #include <xkbcommon/xkbcommon-x11.h>
 
@@ -52,9 +51,6 @@ void X11Connection::agreeOnExtensions() {
     hasXkb_ = xkb_x11_setup_xkb_extension(xcb_, XKB_X11_MIN_MAJOR_XKB_VERSION, XKB_X11_MIN_MINOR_XKB_VERSION,
                                           XKB_X11_SETUP_XKB_EXTENSION_NO_FLAGS, nullptr, nullptr, nullptr,
                                           nullptr) == 1;
-    if (hasExtension(&xcb_sync_id)) {
-        (void)reply(xcb_sync_initialize_reply, xcb_sync_initialize(xcb_, 3, 1));
-    }
 }
 
 bool X11Connection::hasExtension(xcb_extension_t* extension) { return opcodeOf(extension) != 0; }

@@ -3,11 +3,8 @@
 
 #include "base/PreferenceCatalogue.h"
 
-#include <xcb/sync.h>
-
 #include <algorithm>
 #include <array>
-#include <string_view>
 #include <vector>
 
 namespace lorvane {
@@ -99,26 +96,20 @@ void X11KeyEvents::learnWhatIsHeld() {
     watchHeldKeys();
 }
 
-// The server tells its own time as a system counter.
+// A change of a property is told with the server's time. It waits in the queue, before every key, and was
+// sent before the answer that follows it.
 void X11KeyEvents::calibrateTime() {
-    const auto counters = connection_.reply(xcb_sync_list_system_counters_reply,
-                                            xcb_sync_list_system_counters(connection_.xcb()));
-    if (!counters) {
-        return;
-    }
-    for (auto it = xcb_sync_list_system_counters_counters_iterator(counters.get()); it.rem > 0;
-         xcb_sync_systemcounter_next(&it)) {
-        const std::string_view name(xcb_sync_systemcounter_name(it.data),
-                                    static_cast<std::size_t>(xcb_sync_systemcounter_name_length(it.data)));
-        if (name != "SERVERTIME") {
-            continue;
-        }
-        const auto value = connection_.reply(xcb_sync_query_counter_reply,
-                                             xcb_sync_query_counter(connection_.xcb(), it.data->counter));
-        if (value) {
-            serverTime_.observe(value->counter_value.lo, clock_.now());
-        }
-    }
+    auto* const xcb = connection_.xcb();
+    const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    calibrationWindow_ = xcb_generate_id(xcb);
+    xcb_create_window(xcb, 0, calibrationWindow_, connection_.root(), -1, -1, 1, 1, 0,
+                      XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &mask);
+    xcb_change_property(xcb, XCB_PROP_MODE_APPEND, calibrationWindow_, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8,
+                        0, nullptr);
+    (void)connection_.reply(xcb_get_input_focus_reply, xcb_get_input_focus(xcb));
+    calibratedAt_ = clock_.now();
+    xcb_destroy_window(xcb, calibrationWindow_);
+    connection_.flush();
 }
 
 std::optional<XKeyCode> X11KeyEvents::extraKey() const {
@@ -126,6 +117,13 @@ std::optional<XKeyCode> X11KeyEvents::extraKey() const {
 }
 
 void X11KeyEvents::handleEvent(const xcb_generic_event_t& event) {
+    if (event.response_type == XCB_PROPERTY_NOTIFY) {
+        const auto& change = reinterpret_cast<const xcb_property_notify_event_t&>(event);
+        if (change.window == calibrationWindow_) {
+            serverTime_.observe(change.time, calibratedAt_);
+        }
+        return;
+    }
     const auto& generic = reinterpret_cast<const xcb_ge_generic_event_t&>(event);
     if (!watching_ || generic.response_type != XCB_GE_GENERIC ||
         generic.extension != connection_.opcodeOf(&xcb_input_id)) {

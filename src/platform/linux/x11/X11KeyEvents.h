@@ -70,6 +70,8 @@ class X11KeyEvents final : public KeyEvents {
     std::function<bool()> programHasFocus_;
     X11Keyboards keyboards_;
     ServerTime serverTime_;
+    xcb_window_t calibrationWindow_ = XCB_WINDOW_NONE;
+    Instant calibratedAt_;
     HeldKeys held_;
     std::deque<KeptPress> kept_;
     bool watching_ = false;
