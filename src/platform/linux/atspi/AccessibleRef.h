@@ -41,7 +41,7 @@ constexpr unsigned stateDefunct = 6;
 constexpr unsigned stateEditable = 7;
 constexpr unsigned stateFocused = 12;
 constexpr unsigned stateShowing = 25;
-constexpr unsigned stateReadOnly = 43;
+constexpr unsigned stateVisible = 30;
 
 } // namespace atspi
 
@@ -51,6 +51,8 @@ public:
     AccessibleStates() = default;
     explicit AccessibleStates(std::uint64_t bits) : bits_(bits) {}
     [[nodiscard]] bool has(unsigned state) const { return ((bits_ >> state) & 1U) != 0; }
+    /// On the screen as far as the application tells: GTK 4.8 never says "showing" of what is inside a window.
+    [[nodiscard]] bool isSeen() const { return has(atspi::stateShowing) || has(atspi::stateVisible); }
 
 private:
     std::uint64_t bits_ = 0;

@@ -9,6 +9,9 @@ namespace lorvane {
 
 namespace {
 
+/// An application may be starting still, or not know yet that its events are wanted.
+constexpr Duration searchRest = std::chrono::milliseconds(250);
+
 AccessibleRef refOf(const FieldElement& element) {
     if (element.reference()) {
         return *std::static_pointer_cast<const AccessibleRef>(element.reference());
@@ -86,19 +89,28 @@ QCoro::Task<std::optional<AccessibleRef>> AtspiFieldAccess::findFocus(ProcessId 
             co_return held;
         }
     }
-    if (withoutFocus_.contains(process)) {
-        co_return std::nullopt;
-    }
-    withoutFocus_.insert(process);
-    const auto found = co_await search_.find(process, deadline, scope);
-    if (found) {
-        tracker_.remember(*found);
-    }
-    const bool wasCutShort = clock_.now() >= deadline;
-    if (found || wasCutShort) {
-        withoutFocus_.remove(process);
-    }
+    const auto found = co_await search(process, deadline, scope);
     co_return found;
+}
+
+QCoro::Task<std::optional<AccessibleRef>> AtspiFieldAccess::search(ProcessId process, Instant deadline,
+                                                                   TaskScope scope) {
+    const auto last = searched_.constFind(process);
+    if (last != searched_.constEnd() && clock_.now() < last->until) {
+        co_return last->found;
+    }
+    const auto found = co_await search_.find(process, deadline, scope);
+    Searched result;
+    result.until = clock_.now() + searchRest;
+    if (found) {
+        result.found = found->field;
+    }
+    if (found && found->isEditable) {
+        tracker_.remember(found->field);
+    } else {
+        searched_.insert(process, result);
+    }
+    co_return result.found;
 }
 
 QCoro::Task<std::optional<bool>> AtspiFieldAccess::stillFocused(AccessibleRef field, Instant deadline,
@@ -129,15 +141,15 @@ void AtspiFieldAccess::handle(const FocusEvent& event) {
     patience_.heardFrom(event.source.bus);
     tracker_.handle(event);
     if (process != 0) {
-        withoutFocus_.remove(process);
+        searched_.remove(process);
     } else {
-        withoutFocus_.clear();
+        searched_.clear();
     }
 }
 
 void AtspiFieldAccess::connectionChanged() {
     tracker_ = FocusTracker();
-    withoutFocus_.clear();
+    searched_.clear();
     if (bus_.isConnected()) {
         firstLook_ = startTask([this](TaskScope scope) { return lookOnce(scope); });
     }

@@ -7,12 +7,12 @@
 #include "platform/linux/atspi/FieldReader.h"
 #include "platform/linux/atspi/FocusSearch.h"
 
-#include <QSet>
+#include <QHash>
 
 namespace lorvane {
 
 /// The fields of other applications over the accessibility bus. The focus is known from events; a search through the
-/// windows happens only for a process of which none has told yet, and once until its next event. Fields of this very
+/// windows happens only for a process of which none has told yet, and not again at once. Fields of this very
 /// process are not answered here: they are read in process. Main thread; nothing blocks it.
 class AtspiFieldAccess final : public FieldAccess {
 public:
@@ -26,6 +26,7 @@ public:
 
 private:
     QCoro::Task<std::optional<AccessibleRef>> findFocus(ProcessId process, Instant deadline, TaskScope scope);
+    QCoro::Task<std::optional<AccessibleRef>> search(ProcessId process, Instant deadline, TaskScope scope);
     /// Whether the field has the focus still; absent when its application is silent.
     QCoro::Task<std::optional<bool>> stillFocused(AccessibleRef field, Instant deadline, TaskScope scope);
     QCoro::Task<void> lookOnce(TaskScope scope);
@@ -41,8 +42,12 @@ private:
     FocusTracker tracker_;
     FocusSearch search_;
     FieldReader reader_;
-    /// Processes in which a search found no focus, until they are heard from.
-    QSet<ProcessId> withoutFocus_;
+    struct Searched {
+        std::optional<AccessibleRef> found;
+        Instant until;
+    };
+    /// What the last search gave where no event has told, until it may be repeated.
+    QHash<ProcessId, Searched> searched_;
     Handle events_;
     Handle connection_;
     TaskHandle firstLook_;

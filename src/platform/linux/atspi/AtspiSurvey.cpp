@@ -14,7 +14,7 @@ void enter(ShownApplication& into, AccessibleStates states, const QStringList& i
     into.hasWebContent = into.hasWebContent || role == static_cast<qint64>(atspi::roleDocumentWeb);
     if (role == static_cast<qint64>(atspi::roleTerminal)) {
         ++into.terminals;
-    } else if (isText && states.has(atspi::stateEditable) && states.has(atspi::stateShowing) &&
+    } else if (isText && states.has(atspi::stateEditable) && states.isSeen() &&
                role != static_cast<qint64>(atspi::rolePassword)) {
         ++into.readableFields;
         into.writableFields += interfaces.contains(atspi::editableTextInterface) ? 1 : 0;

@@ -8,7 +8,7 @@ namespace lorvane {
 FocusSearch::FocusSearch(AtspiBus& bus, Clock& clock, PatienceList& patience)
     : bus_(bus), clock_(clock), patience_(patience) {}
 
-QCoro::Task<std::optional<AccessibleRef>> FocusSearch::find(ProcessId process, Instant deadline, TaskScope scope) {
+QCoro::Task<std::optional<FoundFocus>> FocusSearch::find(ProcessId process, Instant deadline, TaskScope scope) {
     const Objects applications = co_await bus_.applications(scope);
     for (const auto& application : applications) {
         const ProcessId owner = co_await bus_.processOf(application.bus, scope);
@@ -23,23 +23,23 @@ QCoro::Task<std::optional<AccessibleRef>> FocusSearch::find(ProcessId process, I
     co_return std::nullopt;
 }
 
-QCoro::Task<std::optional<AccessibleRef>> FocusSearch::findWithin(AccessibleRef application, Instant deadline,
+QCoro::Task<std::optional<FoundFocus>> FocusSearch::findWithin(AccessibleRef application, Instant deadline,
                                                                   TaskScope scope) {
-    std::optional<AccessibleRef> focused;
+    std::optional<FoundFocus> focused;
     std::size_t seen = 0;
-    unsigned needed = atspi::stateActive;
+    bool areWindows = true;
     Objects level;
     level.push_back(application);
     while (!level.empty() && seen < mostObjects && clock_.now() < deadline) {
         Objects children = co_await childrenOf(std::move(level), deadline, scope);
         seen += children.size();
-        Level found = co_await examine(std::move(children), needed, deadline, scope);
-        needed = atspi::stateShowing;
+        Level found = co_await examine(std::move(children), areWindows, deadline, scope);
+        areWindows = false;
         if (found.focused) {
             // What is inside the focused one may have the focus more exactly; nothing beside it can.
             focused = found.focused;
             found.showing.clear();
-            found.showing.push_back(*focused);
+            found.showing.push_back(focused->field);
         }
         level = std::move(found.showing);
     }
@@ -66,7 +66,7 @@ QCoro::Task<FocusSearch::Objects> FocusSearch::childrenOf(Objects parents, Insta
     co_return children;
 }
 
-QCoro::Task<FocusSearch::Level> FocusSearch::examine(Objects objects, unsigned needed, Instant deadline,
+QCoro::Task<FocusSearch::Level> FocusSearch::examine(Objects objects, bool areWindows, Instant deadline,
                                                      TaskScope scope) {
     std::vector<Completion<AtspiReply>> asked;
     for (const auto& object : objects) {
@@ -77,12 +77,12 @@ QCoro::Task<FocusSearch::Level> FocusSearch::examine(Objects objects, unsigned n
     for (std::size_t i = 0; i < asked.size(); ++i) {
         const auto reply = co_await asked[i].wait(scope);
         const auto states = reply.states();
-        if (!states || !states->has(needed)) {
+        if (!states || !(areWindows ? states->has(atspi::stateActive) : states->isSeen())) {
             continue;
         }
         level.showing.push_back(objects[i]);
         if (states->has(atspi::stateFocused)) {
-            level.focused = objects[i];
+            level.focused = FoundFocus{objects[i], states->has(atspi::stateEditable)};
         }
     }
     co_return level;

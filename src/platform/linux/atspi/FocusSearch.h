@@ -6,6 +6,12 @@
 
 namespace lorvane {
 
+struct FoundFocus {
+    AccessibleRef field;
+    /// A field of text; otherwise something inside may gain the focus still without a word.
+    bool isEditable = false;
+};
+
 /// Looks through the windows of an application for the field that has the keyboard: for the start of the program, when
 /// no event has told yet. Level by level, everything of a level asked at once; only the active window and only what
 /// shows; at most `mostObjects` objects. Main thread.
@@ -16,19 +22,18 @@ public:
     FocusSearch(AtspiBus& bus, Clock& clock, PatienceList& patience);
 
     /// Absent when there is none, or none was found before `deadline`.
-    QCoro::Task<std::optional<AccessibleRef>> find(ProcessId process, Instant deadline, TaskScope scope);
+    QCoro::Task<std::optional<FoundFocus>> find(ProcessId process, Instant deadline, TaskScope scope);
     /// The same within one application.
-    QCoro::Task<std::optional<AccessibleRef>> findWithin(AccessibleRef application, Instant deadline,
-                                                         TaskScope scope);
+    QCoro::Task<std::optional<FoundFocus>> findWithin(AccessibleRef application, Instant deadline, TaskScope scope);
 
 private:
     using Objects = std::vector<AccessibleRef>;
     struct Level {
         Objects showing;
-        std::optional<AccessibleRef> focused;
+        std::optional<FoundFocus> focused;
     };
     QCoro::Task<Objects> childrenOf(Objects parents, Instant deadline, TaskScope scope);
-    QCoro::Task<Level> examine(Objects objects, unsigned needed, Instant deadline, TaskScope scope);
+    QCoro::Task<Level> examine(Objects objects, bool areWindows, Instant deadline, TaskScope scope);
     [[nodiscard]] Duration left(Instant deadline) const;
 
     AtspiBus& bus_;

@@ -20,8 +20,8 @@ struct ToldWorkspace final : Workspace {
     [[nodiscard]] std::optional<RunningApplication> frontmostApplication() const override { return front; }
 };
 
-/// Lets events happen until the condition holds, at most half a minute.
-inline bool until(const std::function<bool()>& condition, qint64 bound = 30000) {
+/// Lets events happen until the condition holds, at most twenty seconds.
+inline bool until(const std::function<bool()>& condition, qint64 bound = 20000) {
     QElapsedTimer elapsed;
     elapsed.start();
     while (!condition()) {

@@ -5,12 +5,9 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QSocketNotifier>
-#include <QTextStream>
 #include <QVBoxLayout>
 
-#include <cstdio>
-#include <iostream>
-#include <string>
+#include <unistd.h>
 
 namespace {
 
@@ -63,13 +60,17 @@ int main(int argc, char** argv) {
     layout.addWidget(fields.area);
     layout.addWidget(fields.line);
     layout.addWidget(fields.password);
-    QSocketNotifier input(fileno(stdin), QSocketNotifier::Read);
+    QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
     QObject::connect(&input, &QSocketNotifier::activated, &window, [&fields] {
-        std::string order;
-        if (std::getline(std::cin, order)) {
-            obey(fields, QString::fromStdString(order));
-        } else {
+        char orders[65536];
+        const auto size = ::read(STDIN_FILENO, orders, sizeof orders);
+        if (size <= 0) {
             QApplication::quit();
+            return;
+        }
+        const auto lines = QString::fromUtf8(orders, size).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        for (const auto& line : lines) {
+            obey(fields, line);
         }
     });
     window.setWindowTitle(QStringLiteral("Qt fields"));
