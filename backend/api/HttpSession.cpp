@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "api/HttpSession.h"
 
+#include "api/HttpText.h"
+#include "api/TokenCall.h"
 #include "api/Wire.h"
 #include "util/Log.h"
 #include "util/WorkPool.h"
@@ -24,71 +26,16 @@ namespace {
 
 constexpr std::size_t longestHeader = 16 * 1024;
 constexpr std::size_t readStep = 64 * 1024;
-constexpr std::size_t longestTakeId = 64;
 constexpr auto pipelinedPoll = std::chrono::milliseconds(50);
 constexpr auto lingerTime = std::chrono::seconds(5);
 constexpr auto tupled = net::as_tuple(net::use_awaitable);
 
-std::string lowered(std::string_view text) {
-    std::string out(text);
-    std::transform(out.begin(), out.end(), out.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return out;
-}
-
 std::string_view plain(beast::string_view text) { return {text.data(), text.size()}; }
-
-std::string mediaType(std::string_view contentType) {
-    auto type = contentType.substr(0, contentType.find(';'));
-    while (type.ends_with(' ') || type.ends_with('\t'))
-        type.remove_suffix(1);
-    return lowered(type);
-}
-
-std::string bearerToken(std::string_view authorization) {
-    constexpr std::string_view scheme = "bearer ";
-    if (lowered(authorization.substr(0, scheme.size())) != scheme)
-        return {};
-    return std::string(authorization.substr(scheme.size()));
-}
-
-std::string takeIdOf(std::string_view header) {
-    const bool usable = header.size() <= longestTakeId &&
-                        std::all_of(header.begin(), header.end(), [](char c) { return c > ' ' && c < 0x7f; });
-    return usable ? std::string(header) : std::string();
-}
 
 // The connection's end, seen without taking anything of what it has sent.
 bool hungUp(int socket) {
     pollfd entry{socket, POLLRDHUP, 0};
     return ::poll(&entry, 1, 0) > 0 && (entry.revents & (POLLRDHUP | POLLHUP | POLLERR)) != 0;
-}
-
-// Shared with a worker that may answer after the connection is gone.
-struct TokenCall {
-    WakeSlot slot;
-    std::mutex mutex;
-    bool answered = false;
-    bool failed = false;
-    std::optional<DeviceId> device;
-};
-
-void answerToken(TokenCall& call, const Authenticator& authenticate, const std::string& token) {
-    std::optional<DeviceId> device;
-    bool failed = false;
-    try {
-        device = authenticate(token);
-    } catch (const std::exception& error) {
-        failed = true;
-        logLine(std::string("the token store failed: ") + error.what());
-    }
-    {
-        const std::lock_guard lock(call.mutex);
-        call.answered = true;
-        call.failed = failed;
-        call.device = device;
-    }
-    call.slot.wake();
 }
 
 } // namespace
@@ -120,6 +67,26 @@ void HttpSession::close(bool everything) {
     stream_.close();
 }
 
+// `known` tells whether the path has any route. What the log calls the request is settled here: never by the
+// client's own words.
+const Route* HttpSession::findRoute(std::string_view method, std::string_view target, bool& known) {
+    const auto path = target.substr(0, target.find('?'));
+    const Route* route = nullptr;
+    what_ = "unknown path";
+    for (const auto& candidate : shared_->routes) {
+        if (candidate.path != path)
+            continue;
+        known = true;
+        allow_ = candidate.method;
+        what_ = "another method on " + std::string(path);
+        if (candidate.method == method)
+            route = &candidate;
+    }
+    if (route)
+        what_ = std::string(route->method) + ' ' + std::string(route->path);
+    return route;
+}
+
 // Reads one request and answers it. False when the connection is to be closed.
 net::awaitable<bool> HttpSession::serveOne() {
     Parser parser;
@@ -139,26 +106,13 @@ net::awaitable<bool> HttpSession::serveOne() {
     }
     const auto& head = parser.get();
     version_ = head.version();
-    const auto path = plain(head.target()).substr(0, plain(head.target()).find('?'));
-    const Route* route = nullptr;
     bool known = false;
-    for (const auto& candidate : shared_->routes) {
-        if (candidate.path != path)
-            continue;
-        known = true;
-        allow_ = candidate.method;
-        what_ = "method? " + std::string(candidate.path);
-        if (candidate.method == plain(head.method_string()))
-            route = &candidate;
-    }
+    const Route* route = findRoute(plain(head.method_string()), plain(head.target()), known);
     if (!route) {
-        if (!known)
-            what_ = "unknown path";
-        const bool more =
-            co_await refuse(known ? 405 : 404, known ? "method_not_allowed" : "not_found", !parser.is_done());
+        const int status = known ? 405 : 404;
+        const bool more = co_await refuse(status, codeOfStatus(status), !parser.is_done());
         co_return more;
     }
-    what_ = std::string(route->method) + ' ' + std::string(route->path);
     keepAlive_ = head.keep_alive();
     const bool more = co_await serveRoute(parser, *route);
     co_return more;
@@ -170,39 +124,34 @@ net::awaitable<bool> HttpSession::refuseHeader(error_code error) {
         error.category() != protocol.category())
         co_return false;
     const bool tooLong = error == http::error::header_limit || error == http::error::buffer_overflow;
-    const bool more = co_await refuse(tooLong ? 431 : 400, "bad_request", true);
+    const int status = tooLong ? 431 : 400;
+    const bool more = co_await refuse(status, codeOfStatus(status), true);
     co_return more;
 }
 
 net::awaitable<bool> HttpSession::serveRoute(Parser& parser, const Route& route) {
     const auto& head = parser.get();
     if (parser.content_length().value_or(0) > route.bodyLimit) {
-        const bool more = co_await refuse(413, "too_large", true);
+        const bool more = co_await refuse(413, codeOfStatus(413), true);
         co_return more;
     }
     Request request;
     if (route.needsToken) {
         auto given = bearerToken(plain(head[http::field::authorization]));
-        const auto token = co_await checkToken(std::move(given), request.device);
-        if (token != Token::known) {
-            const bool unknown = token == Token::unknown;
-            const bool more =
-                co_await refuse(unknown ? 401 : 503, unknown ? "unauthorized" : "busy", !parser.is_done());
+        const int refused = co_await checkToken(std::move(given), request.device);
+        if (refused != 0) {
+            const bool more = co_await refuse(refused, codeOfStatus(refused), !parser.is_done());
             co_return more;
         }
     }
     request.contentType = mediaType(plain(head[http::field::content_type]));
-    request.takeId = takeIdOf(plain(head["X-Tirra-Take"]));
+    request.takeId = usableTakeId(plain(head["X-Tirra-Take"]));
     ByteBudget::Share held(shared_->bodies);
     const int refused = co_await readBody(parser, route.bodyLimit, request.body, held);
     if (refused < 0)
         co_return false;
     if (refused > 0) {
-        const bool more = co_await refuse(refused,
-                                          refused == 413   ? "too_large"
-                                          : refused == 503 ? "busy"
-                                                           : "bad_request",
-                                          true);
+        const bool more = co_await refuse(refused, codeOfStatus(refused), true);
         co_return more;
     }
     auto pending =
@@ -210,7 +159,7 @@ net::awaitable<bool> HttpSession::serveRoute(Parser& parser, const Route& route)
     auto& pool = route.heavy ? shared_->heavy : shared_->quick;
     const bool queued = pool.submit([pending, &route, keep = shared_] { pending->handle(route.handler); });
     if (!queued) {
-        const bool more = co_await refuse(503, "busy", false);
+        const bool more = co_await refuse(503, codeOfStatus(503), false);
         co_return more;
     }
     gone_ = false;
@@ -218,13 +167,14 @@ net::awaitable<bool> HttpSession::serveRoute(Parser& parser, const Route& route)
     co_await (answer(pending, outcome) || watch());
     pending->abandon();
     log(what_, outcome.whole ? outcome.status : 0, pending->notes());
-    co_return outcome.whole&& keepAlive_;
+    const bool more = outcome.whole && keepAlive_;
+    co_return more;
 }
 
 // 0 when the body is there, a status to refuse with, or -1 when the connection is gone.
 net::awaitable<int> HttpSession::readBody(Parser& parser, std::size_t limit, std::string& body,
                                           ByteBudget::Share& held) {
-    if (!parser.is_done() && lowered(plain(parser.get()[http::field::expect])) == "100-continue") {
+    if (!parser.is_done() && lowerCase(plain(parser.get()[http::field::expect])) == "100-continue") {
         std::string interim = "HTTP/1.1 100 Continue\r\n\r\n";
         const bool written = co_await writeRaw(std::move(interim));
         if (!written)
@@ -256,26 +206,23 @@ net::awaitable<int> HttpSession::readBody(Parser& parser, std::size_t limit, std
     co_return 0;
 }
 
-net::awaitable<HttpSession::Token> HttpSession::checkToken(std::string token, DeviceId& device) {
+// 0 for a known token, else the status to refuse with.
+net::awaitable<int> HttpSession::checkToken(std::string token, DeviceId& device) {
     if (token.empty())
-        co_return Token::unknown;
+        co_return 401;
     const auto call = std::make_shared<TokenCall>();
-    const ArmedSlot armed(call->slot, waker());
+    const ArmedSlot armed(call->slot(), waker());
     const bool queued = shared_->quick.submit(
-        [call, token = std::move(token), keep = shared_] { answerToken(*call, keep->authenticate, token); });
+        [call, token = std::move(token), keep = shared_] { call->run(keep->authenticate, token); });
     if (!queued)
-        co_return Token::unanswered;
+        co_return 503;
     for (;;) {
         timer_.expires_at(std::chrono::steady_clock::time_point::max());
-        {
-            const std::lock_guard lock(call->mutex);
-            if (call->answered) {
-                device = call->device.value_or(0);
-                co_return call->failed ? Token::unanswered : call->device ? Token::known : Token::unknown;
-            }
-        }
-        if (closed_)
-            co_return Token::unanswered;
+        const auto answer = call->answer(device);
+        if (answer == TokenCall::Answer::known)
+            co_return 0;
+        if (answer != TokenCall::Answer::none || closed_)
+            co_return answer == TokenCall::Answer::unknown ? 401 : 503;
         co_await wait();
     }
 }
@@ -288,6 +235,13 @@ net::awaitable<void> HttpSession::answer(std::shared_ptr<PendingExchange> pendin
     for (;;) {
         timer_.expires_at(std::chrono::steady_clock::time_point::max());
         auto progress = pending->takeProgress();
+        // Only straight after looking: what comes during a write would wake nobody.
+        if (progress.empty() && progress.started == started) {
+            if (gone_ || closed_)
+                co_return;
+            co_await wait();
+            continue;
+        }
         if (progress.response && !started) {
             answer.status = progress.response->status;
             answer.whole = co_await writeResponse(std::move(*progress.response), keepAlive_);
@@ -300,7 +254,6 @@ net::awaitable<void> HttpSession::answer(std::shared_ptr<PendingExchange> pendin
             if (!written)
                 co_return;
         }
-        const bool idle = progress.empty();
         const bool written = co_await answerLines(std::move(progress.lines));
         if (!written)
             co_return;
@@ -312,10 +265,6 @@ net::awaitable<void> HttpSession::answer(std::shared_ptr<PendingExchange> pendin
             }
             co_return;
         }
-        if (gone_ || closed_)
-            co_return;
-        if (idle)
-            co_await wait();
     }
 }
 

@@ -40,18 +40,18 @@ class HttpSession : public std::enable_shared_from_this<HttpSession> {
 
  private:
     using Parser = boost::beast::http::request_parser<boost::beast::http::buffer_body>;
-    enum class Token { known, unknown, unanswered };
     struct Answer {
         int status = 0; // 0: the client was gone before an answer
         bool whole = false;
     };
 
     boost::asio::awaitable<bool> serveOne();
+    const Route* findRoute(std::string_view method, std::string_view target, bool& known);
     boost::asio::awaitable<bool> refuseHeader(boost::system::error_code error);
     boost::asio::awaitable<bool> serveRoute(Parser& parser, const Route& route);
     boost::asio::awaitable<int> readBody(Parser& parser, std::size_t limit, std::string& body,
                                          ByteBudget::Share& held);
-    boost::asio::awaitable<Token> checkToken(std::string token, DeviceId& device);
+    boost::asio::awaitable<int> checkToken(std::string token, DeviceId& device);
     boost::asio::awaitable<void> answer(std::shared_ptr<PendingExchange> pending, Answer& answer);
     boost::asio::awaitable<bool> answerLines(std::deque<std::string> lines);
     boost::asio::awaitable<void> watch();

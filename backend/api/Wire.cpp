@@ -32,6 +32,23 @@ std::string tokenBody(std::string_view token) {
 }
 std::string textBody(std::string_view text) { return json::serialize(json::object{{"text", view(text)}}); }
 
+std::string_view codeOfStatus(int status) {
+    switch (status) {
+    case 401:
+        return "unauthorized";
+    case 404:
+        return "not_found";
+    case 405:
+        return "method_not_allowed";
+    case 413:
+        return "too_large";
+    case 503:
+        return "busy";
+    default:
+        return "bad_request";
+    }
+}
+
 std::string dictatedBody(const Dictated& dictated) {
     return json::serialize(json::object{{"text", view(dictated.text)}, {"raw", view(dictated.raw)}});
 }

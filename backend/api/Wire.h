@@ -12,6 +12,7 @@ namespace lorvane::backend {
 // The JSON that goes over the wire; lines come without their line end.
 
 std::string errorBody(std::string_view code);
+std::string_view codeOfStatus(int status); // of the refusals that come before any handler
 std::string tokenBody(std::string_view token);
 std::string textBody(std::string_view text);
 std::string dictatedBody(const Dictated& dictated);

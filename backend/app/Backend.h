@@ -31,6 +31,8 @@ class Backend {
     // Running requests get `grace` to end. Blocks. Once.
     void stop(std::chrono::milliseconds grace) { server_.stop(grace); }
     std::size_t connections() const { return server_.connections(); }
+    // Takes that are worked on or wait.
+    std::size_t busy() const { return heavy_.running() + heavy_.queued(); }
 
  private:
     const std::unique_ptr<Storage> storage_;

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <mutex>
 #include <optional>
 
 extern "C" {
@@ -19,6 +20,11 @@ extern "C" {
 namespace lorvane::backend {
 
 namespace {
+
+// What a microphone may have. A header may claim anything, and the resampler would try.
+constexpr int lowestRate = 4'000;
+constexpr int highestRate = 384'000;
+constexpr int mostChannels = 8;
 
 struct FreeFormat {
     void operator()(AVFormatContext* it) const { avformat_close_input(&it); }
@@ -87,7 +93,8 @@ class ToSpeechSamples {
     ToSpeechSamples(std::vector<std::int16_t>& out, std::size_t bound) : out_(out), bound_(bound) {}
 
     bool add(const AVFrame& frame) {
-        if (frame.sample_rate <= 0 || frame.ch_layout.nb_channels <= 0)
+        if (frame.sample_rate < lowestRate || frame.sample_rate > highestRate ||
+            frame.ch_layout.nb_channels <= 0 || frame.ch_layout.nb_channels > mostChannels)
             return false;
         if (!matches(frame) && !open(frame))
             return false;
@@ -175,6 +182,8 @@ std::optional<AudioError> decodeStream(AVFormatContext& format, int stream, AVCo
 } // namespace
 
 DecodedAudio decodeAudio(std::string_view file, double maxSeconds, const std::stop_token& stop) {
+    static std::once_flag quiet;
+    std::call_once(quiet, [] { av_log_set_level(AV_LOG_QUIET); }); // its words on damaged files are not ours
     std::vector<std::int16_t> out;
     if (file.empty())
         return out;

@@ -24,10 +24,9 @@ constexpr std::array marks = std::to_array<SpokenMark>({
     {"new", "paragraph", "\n\n"},
 });
 
+// Only words that cannot end a sentence: "do that period" is more likely a mark.
 constexpr auto determiners = std::to_array<std::string_view>(
-    {"a",    "an",   "the",  "this", "that",  "each",  "every",   "no",  "my",
-     "your", "his",  "her",  "our",  "their", "one",   "another", "any", "first",
-     "last", "next", "same", "long", "short", "whole", "brief"});
+    {"a", "an", "the", "each", "every", "my", "your", "our", "their", "another"});
 
 constexpr auto fillers =
     std::to_array<std::string_view>({"uh", "uhh", "um", "umm", "er", "erm", "hmm", "mm"});

@@ -19,7 +19,7 @@ const SpokenMark* spokenMark(std::span<const std::string> words);
 // Whether one more word could make a mark of this one.
 bool mayBeginMark(std::string_view word);
 
-// "a period", "the comma", "this new line": after such a word a mark's name is a word like any other.
+// "a period", "the comma", "another new line": after such a word a mark's name is a word like any other.
 bool namesWhatFollows(std::string_view word);
 
 bool isFiller(std::string_view word);

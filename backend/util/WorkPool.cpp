@@ -39,6 +39,11 @@ std::size_t WorkPool::queued() const {
     return jobs_.size();
 }
 
+std::size_t WorkPool::running() const {
+    const std::lock_guard lock(mutex_);
+    return running_;
+}
+
 void WorkPool::work() {
     for (;;) {
         Job job;

@@ -26,6 +26,7 @@ class WorkPool {
     // False when the queue is full or the pool is ending; the job is then not run. Any thread.
     [[nodiscard]] bool submit(Job job);
     std::size_t queued() const;
+    std::size_t running() const;
 
  private:
     void work();
@@ -35,6 +36,7 @@ class WorkPool {
     std::condition_variable wake_;
     std::deque<Job> jobs_;
     bool ending_ = false;
+    std::size_t running_ = 0;
     std::vector<std::thread> threads_;
 };
 

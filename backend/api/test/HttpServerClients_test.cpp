@@ -1,0 +1,262 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Clients that are slow, gone, or too many.
+#include "testing/Connection.h"
+#include "testing/ServerUnderTest.h"
+
+#include <atomic>
+#include <gtest/gtest.h>
+#include <latch>
+
+using namespace lorvane::backend;
+using namespace lorvane::backend::testing;
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+namespace {
+
+Route route(std::string_view path, Handler handler) {
+    return {"GET", path, false, true, 1 << 20, std::move(handler)};
+}
+
+std::string get(const std::string& path) { return requestText({"GET", path, "", "", "", "", ""}); }
+
+double milliseconds(Clock::duration time) { return std::chrono::duration<double, std::milli>(time).count(); }
+
+} // namespace
+
+TEST(HttpServerClients, AClientThatDoesNotReadHoldsUpTheWorkAndIsCut) {
+    std::atomic<std::size_t> written = 0;
+    std::atomic<bool> ended = false;
+    ServerOptions options;
+    options.writeTime = 1s;
+    ServerUnderTest server({route("/flood",
+                                  [&](const Request&, Exchange& exchange) {
+                                      exchange.startLines();
+                                      const std::string line(10'000, 'x');
+                                      while (written < (std::size_t(1) << 30) && exchange.writeLine(line))
+                                          written += line.size();
+                                      ended = true;
+                                  })},
+                           options);
+    const auto before = residentBytes();
+    Connection connection(server.port(), 4096);
+    const auto began = Clock::now();
+    connection.send(get("/flood"));
+    EXPECT_TRUE(eventually([&] { return ended.load(); }));
+    const auto took = milliseconds(Clock::now() - began);
+    const auto grown = residentBytes() > before ? residentBytes() - before : 0;
+    EXPECT_GE(took, 900);
+    EXPECT_LT(took, 5000);
+    EXPECT_LT(written, std::size_t(32) << 20) << "the socket's buffers and no more";
+    EXPECT_LT(grown, std::size_t(8) << 20);
+    EXPECT_TRUE(eventually([&] { return server.server().connections() == 0; }));
+    std::printf("cut after %.0f ms with %zu KiB written, memory grew by %zu KiB\n", took, written / 1024,
+                grown / 1024);
+}
+
+TEST(HttpServerClients, AClientThatReadsSlowlyGetsEverything) {
+    constexpr int lines = 2000;
+    ServerUnderTest server({route("/much", [](const Request&, Exchange& exchange) {
+        exchange.startLines();
+        for (int i = 0; i < lines; ++i)
+            exchange.writeLine(std::to_string(i) + std::string(5000, ' '));
+    })});
+    Connection connection(server.port(), 4096);
+    connection.send(get("/much"));
+    EXPECT_EQ(connection.readHead().status, 200);
+    for (int i = 0; i < lines; ++i) {
+        const auto line = connection.readLine();
+        ASSERT_TRUE(line) << i;
+        ASSERT_EQ(std::stoi(*line), i);
+        if (i % 200 == 0)
+            std::this_thread::sleep_for(20ms);
+    }
+    EXPECT_FALSE(connection.readLine());
+    EXPECT_TRUE(connection.bodyEnded());
+}
+
+TEST(HttpServerClients, ALineIsThereBeforeTheNextIsMade) {
+    std::latch read(1);
+    ServerUnderTest server({route("/two", [&](const Request&, Exchange& exchange) {
+        exchange.startLines();
+        exchange.writeLine("first");
+        read.wait();
+        exchange.writeLine("second");
+    })});
+    Connection connection(server.port());
+    connection.send(get("/two"));
+    connection.readHead();
+    EXPECT_EQ(connection.readLine(), "first");
+    read.count_down();
+    EXPECT_EQ(connection.readLine(), "second");
+}
+
+class Disconnect : public ::testing::TestWithParam<std::tuple<bool, std::string>> {};
+
+// The handler writes nothing meanwhile, so that only the connection itself can tell.
+TEST_P(Disconnect, StopsTheWork) {
+    const auto& [hard, ahead] = GetParam();
+    std::atomic<bool> started = false;
+    std::atomic<bool> stopped = false;
+    std::atomic<Clock::time_point> at{};
+    ServerUnderTest server({route("/work", [&](const Request&, Exchange& exchange) {
+        std::stop_callback note(exchange.stopToken(), [&] {
+            at = Clock::now();
+            stopped = true;
+        });
+        started = true;
+        while (!exchange.stopToken().stop_requested())
+            std::this_thread::sleep_for(1ms);
+    })});
+    Connection connection(server.port());
+    connection.send(get("/work") + ahead);
+    ASSERT_TRUE(eventually([&] { return started.load(); }));
+    const auto left = Clock::now();
+    hard ? connection.reset() : connection.close();
+    ASSERT_TRUE(eventually([&] { return stopped.load(); }));
+    std::printf("stopped %.2f ms after the client left\n", milliseconds(at.load() - left));
+    EXPECT_TRUE(eventually([&] { return server.server().connections() == 0; }));
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, Disconnect,
+                         ::testing::Values(std::tuple(false, ""), std::tuple(true, ""),
+                                           std::tuple(false, "GET /another HTTP/1.1\r\n\r\n")));
+
+TEST(HttpServerClients, AHeaderThatNeverEndsIsCut) {
+    ServerOptions options;
+    options.headerTime = 300ms;
+    ServerUnderTest server({route("/get",
+                                  [](const Request&, Exchange& exchange) {
+                                      exchange.respond({200, ""});
+                                  })},
+                           options);
+    Connection connection(server.port());
+    const auto began = Clock::now();
+    // A byte now and then does not prolong it.
+    while (milliseconds(Clock::now() - began) < 5000 && connection.send("G")) {
+        if (connection.closedWithin(50ms))
+            break;
+    }
+    EXPECT_LT(milliseconds(Clock::now() - began), 3000);
+}
+
+TEST(HttpServerClients, ABodyThatStopsComingIsCut) {
+    ServerOptions options;
+    options.bodyPause = 300ms;
+    ServerUnderTest server({route("/get",
+                                  [](const Request&, Exchange& exchange) {
+                                      exchange.respond({200, ""});
+                                  })},
+                           options);
+    Connection connection(server.port());
+    connection.send("GET /get HTTP/1.1\r\nContent-Length: 100\r\n\r\nhalf");
+    EXPECT_TRUE(connection.closedWithin(10s));
+}
+
+TEST(HttpServerClients, AFullQueueIsBusyAndRecovers) {
+    std::atomic<int> running = 0;
+    std::atomic<bool> release = false;
+    ServerUnderTest server({route("/work", [&](const Request&, Exchange& exchange) {
+        ++running;
+        while (!release)
+            std::this_thread::sleep_for(1ms);
+        exchange.respond({200, "{}"});
+    })});
+    std::vector<Connection> clients;
+    for (int i = 0; i < 2; ++i) {
+        clients.emplace_back(server.port());
+        clients.back().send(get("/work"));
+    }
+    ASSERT_TRUE(eventually([&] { return running == 2; }));
+    int busy = 0;
+    for (int i = 0; i < 6; ++i) {
+        clients.emplace_back(server.port());
+        clients.back().send(get("/work"));
+    }
+    // Two wait in the queue; the four that cannot are answered at once.
+    for (std::size_t i = 2; i < clients.size(); ++i) {
+        clients[i].setPatience(1s);
+        busy += clients[i].readReply().status == 503 ? 1 : 0;
+    }
+    EXPECT_EQ(busy, 4);
+    release = true;
+    EXPECT_EQ(clients[0].readReply().status, 200);
+    EXPECT_EQ(request(server.port(), {"GET", "/work", "", "", "", "", ""}).status, 200);
+}
+
+TEST(HttpServerClients, BodiesBeyondTheSharedMemoryAreBusy) {
+    ServerOptions options;
+    options.heldBytes = 100'000;
+    std::atomic<bool> release = false;
+    std::atomic<int> running = 0;
+    Handler wait = [&](const Request&, Exchange& exchange) {
+        ++running;
+        while (!release)
+            std::this_thread::sleep_for(1ms);
+        exchange.respond({200, "{}"});
+    };
+    ServerUnderTest server({{"POST", "/take", false, true, 1 << 20, wait}}, options);
+    const Call call{"POST", "/take", "", "a/b", "", "", std::string(60'000, 'x')};
+    Connection first(server.port());
+    first.send(requestText(call));
+    ASSERT_TRUE(eventually([&] { return running == 1; }));
+    EXPECT_EQ(request(server.port(), call).status, 503);
+    release = true;
+    EXPECT_EQ(first.readReply().status, 200);
+    EXPECT_EQ(request(server.port(), call).status, 200);
+}
+
+TEST(HttpServerClients, ConnectionsBeyondTheBoundAreClosed) {
+    ServerOptions options;
+    options.connections = 3;
+    ServerUnderTest server({route("/get",
+                                  [](const Request&, Exchange& exchange) {
+                                      exchange.respond({200, ""});
+                                  })},
+                           options);
+    std::vector<Connection> clients;
+    for (int i = 0; i < 3; ++i) {
+        clients.emplace_back(server.port());
+        EXPECT_EQ(request(clients.back(), {"GET", "/get", "", "", "", "", ""}).status, 200);
+    }
+    Connection fourth(server.port());
+    EXPECT_TRUE(fourth.closedWithin(10s));
+    clients.clear();
+    EXPECT_TRUE(eventually([&] { return server.server().connections() == 0; }));
+    EXPECT_EQ(request(server.port(), {"GET", "/get", "", "", "", "", ""}).status, 200);
+}
+
+TEST(HttpServerClients, AStopLetsRunningRequestsEndAndClosesIdleConnections) {
+    std::atomic<bool> started = false;
+    ServerUnderTest server({route("/work", [&](const Request&, Exchange& exchange) {
+        exchange.startLines();
+        exchange.writeLine("first");
+        started = true;
+        std::this_thread::sleep_for(200ms);
+        exchange.writeLine("last");
+    })});
+    Connection idle(server.port());
+    Connection busy(server.port());
+    busy.send(get("/work"));
+    ASSERT_TRUE(eventually([&] { return started.load(); }));
+    server.server().stop(10s);
+    EXPECT_TRUE(idle.closedWithin(10s));
+    EXPECT_EQ(busy.readReply().body, "first\nlast\n");
+    EXPECT_THROW(Connection(server.port()), std::runtime_error);
+}
+
+TEST(HttpServerClients, AStopWithoutGraceStopsTheWork) {
+    std::atomic<bool> started = false;
+    ServerUnderTest server({route("/work", [&](const Request&, Exchange& exchange) {
+        started = true;
+        while (!exchange.stopToken().stop_requested())
+            std::this_thread::sleep_for(1ms);
+    })});
+    Connection connection(server.port());
+    connection.send(get("/work"));
+    ASSERT_TRUE(eventually([&] { return started.load(); }));
+    const auto began = Clock::now();
+    server.server().stop(0ms);
+    EXPECT_LT(milliseconds(Clock::now() - began), 2000);
+    EXPECT_TRUE(connection.closedWithin(10s));
+}

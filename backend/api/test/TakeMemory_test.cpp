@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "api/TakeMemory.h"
+
+#include <future>
+#include <gtest/gtest.h>
+
+using namespace lorvane::backend;
+using namespace std::chrono_literals;
+
+class TakeMemoryTest : public ::testing::Test {
+ protected:
+    TakeMemory::TimePoint now_{};
+    TakeMemory memory_{120s, [this] { return now_; }, 3};
+    const Digest content_ = sha256("audio");
+};
+
+TEST_F(TakeMemoryTest, TheSameTakeIsTheSameProgressForTwoMinutes) {
+    const auto first = memory_.find(1, "take", content_);
+    now_ += 119s;
+    EXPECT_EQ(memory_.find(1, "take", content_), first);
+    now_ += 119s;
+    EXPECT_EQ(memory_.find(1, "take", content_), first) << "each use begins the time anew";
+    now_ += 120s;
+    EXPECT_NE(memory_.find(1, "take", content_), first);
+}
+
+TEST_F(TakeMemoryTest, AnotherDeviceNeverGetsIt) {
+    const auto mine = memory_.find(1, "take", content_);
+    EXPECT_NE(memory_.find(2, "take", content_), mine);
+}
+
+TEST_F(TakeMemoryTest, OtherContentUnderTheSameIdIsAnotherTake) {
+    const auto first = memory_.find(1, "take", content_);
+    const auto second = memory_.find(1, "take", sha256("other"));
+    EXPECT_NE(second, first);
+    EXPECT_EQ(memory_.find(1, "take", sha256("other")), second);
+}
+
+TEST_F(TakeMemoryTest, ATakeWithoutAnIdIsNotKept) {
+    EXPECT_NE(memory_.find(1, "", content_), memory_.find(1, "", content_));
+    EXPECT_EQ(memory_.size(), 0U);
+}
+
+TEST_F(TakeMemoryTest, ItIsBoundedAndForgets) {
+    for (int i = 0; i < 10; ++i)
+        memory_.find(1, std::to_string(i), content_);
+    EXPECT_EQ(memory_.size(), 3U);
+    now_ += 121s;
+    memory_.sweep();
+    EXPECT_EQ(memory_.size(), 0U);
+}
+
+TEST_F(TakeMemoryTest, TheSecondRequestOfATakeWaitsForTheFirst) {
+    const auto progress = memory_.find(1, "take", content_);
+    std::optional<TakeProgress::Turn> first;
+    first.emplace(*progress, std::stop_token());
+    auto second = std::async(std::launch::async, [&] {
+        TakeProgress::Turn turn(*progress, {});
+        return turn.segments();
+    });
+    first->segments() = {"one", "two"};
+    EXPECT_EQ(second.wait_for(20ms), std::future_status::timeout);
+    first.reset();
+    EXPECT_EQ(second.get(), (std::vector<std::string>{"one", "two"}));
+}
+
+TEST_F(TakeMemoryTest, AWaitingRequestCanBeStopped) {
+    const auto progress = memory_.find(1, "take", content_);
+    const TakeProgress::Turn first(*progress, {});
+    std::stop_source stop;
+    auto second = std::async(std::launch::async, [&] {
+        const TakeProgress::Turn turn(*progress, stop.get_token());
+        return static_cast<bool>(turn);
+    });
+    stop.request_stop();
+    EXPECT_FALSE(second.get());
+}
