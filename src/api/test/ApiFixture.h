@@ -44,6 +44,10 @@ class Running {
     TaskHandle task_;
 };
 
+inline bool isTransport(const DictationResult& result) {
+    return !result && std::holds_alternative<TransportError>(result.error());
+}
+
 class ApiFixture : public ::testing::Test {
  protected:
     static constexpr const char* registerPath = "/api/register";
@@ -90,9 +94,6 @@ class ApiFixture : public ::testing::Test {
     }
     static DictationError failed(Failure::Kind kind, std::optional<RegistrationFailure> reason = {}) {
         return Failure{kind, reason};
-    }
-    static bool isTransport(const DictationResult& result) {
-        return !result && std::holds_alternative<TransportError>(result.error());
     }
 
     QCoro::Task<void> note(QString text) {

@@ -3,7 +3,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QJsonDocument>
 #include <QSaveFile>
 
@@ -11,39 +10,50 @@ namespace lorvane {
 
 namespace {
 
-constexpr auto ownerOnly = QFile::ReadOwner | QFile::WriteOwner;
+constexpr auto ownersFile = QFile::ReadOwner | QFile::WriteOwner;
+constexpr auto ownersFolder = ownersFile | QFile::ExeOwner;
 
-QSet<QString> allKeys(const QJsonObject& a, const QJsonObject& b) {
-    const QStringList keys = a.keys() + b.keys();
-    return {keys.begin(), keys.end()};
+QStringList changedKeys(const QJsonObject& before, const QJsonObject& after) {
+    QStringList keys;
+    for (auto entry = after.begin(); entry != after.end(); ++entry) {
+        if (before.value(entry.key()) != entry.value()) {
+            keys.append(entry.key());
+        }
+    }
+    for (auto entry = before.begin(); entry != before.end(); ++entry) {
+        if (!after.contains(entry.key())) {
+            keys.append(entry.key());
+        }
+    }
+    return keys;
+}
+
+QString freeName(const QString& wanted) {
+    QString name = wanted;
+    for (int number = 2; QFile::exists(name); ++number) {
+        name = wanted + QLatin1Char('-') + QString::number(number);
+    }
+    return name;
 }
 
 } // namespace
 
-JsonPreferenceStore::JsonPreferenceStore(QString path, DiagnosticLog& log)
-    : path_(std::move(path)), log_(log) {
-    makeFolder();
-    if (const auto stored = read()) {
-        values_ = *stored;
+JsonPreferenceStore::JsonPreferenceStore(const QString& configFolder, DiagnosticLog& log)
+    : folder_(configFolder + QStringLiteral("/Tirra")),
+      filePath_(folder_ + QStringLiteral("/preferences.json")), log_(log) {
+    QDir().mkpath(folder_);
+    QFile::setPermissions(folder_, ownersFolder);
+    QJsonObject found;
+    const Content content = readFile(found);
+    if (content == Content::readable) {
+        values_ = found;
+        QFile::setPermissions(filePath_, ownersFile);
+    } else if (content == Content::unreadable) {
+        setAside();
     }
-    // The folder tells of a file that is replaced, the file of one that is written in place.
-    connect(&watcher_, &QFileSystemWatcher::directoryChanged, this, [this] { follow(); });
-    connect(&watcher_, &QFileSystemWatcher::fileChanged, this, [this] { follow(); });
+    QObject::connect(&watcher_, &QFileSystemWatcher::fileChanged, &watcher_, [this] { reload(); });
+    QObject::connect(&watcher_, &QFileSystemWatcher::directoryChanged, &watcher_, [this] { reload(); });
     watch();
-}
-
-void JsonPreferenceStore::makeFolder() const {
-    const QString folder = QFileInfo(path_).absolutePath();
-    if (!QFileInfo::exists(folder) && QDir().mkpath(folder)) {
-        QFile::setPermissions(folder, ownerOnly | QFile::ExeOwner);
-    }
-}
-
-void JsonPreferenceStore::watch() {
-    watcher_.addPath(QFileInfo(path_).absolutePath());
-    if (QFileInfo::exists(path_)) {
-        watcher_.addPath(path_);
-    }
 }
 
 QJsonValue JsonPreferenceStore::value(const QString& key) const {
@@ -52,85 +62,103 @@ QJsonValue JsonPreferenceStore::value(const QString& key) const {
 }
 
 void JsonPreferenceStore::setValue(const QString& key, const QJsonValue& value) {
+    QJsonObject found;
+    const Content content = readFile(found);
+    if (content == Content::readable) {
+        takeOver(found);
+    } else if (content == Content::unreadable) {
+        setAside();
+    }
     if (this->value(key) == value) {
         return;
     }
-    // What somebody else wrote a moment ago is not undone by this change.
-    follow();
-    QJsonObject fresh = values_;
-    if (value.isUndefined()) {
-        fresh.remove(key);
-    } else {
-        fresh.insert(key, value);
-    }
     {
         const std::lock_guard lock(mutex_);
-        values_ = fresh;
+        if (value.isUndefined()) {
+            values_.remove(key);
+        } else {
+            values_.insert(key, value);
+        }
     }
-    write();
+    save();
     changed_.emit(key);
 }
 
-void JsonPreferenceStore::follow() {
-    watch();
-    if (const auto fresh = read()) {
-        replace(*fresh);
+Handle JsonPreferenceStore::subscribe(std::function<void(const QString& key)> changed) {
+    return changed_.subscribe(std::move(changed));
+}
+
+JsonPreferenceStore::Content JsonPreferenceStore::readFile(QJsonObject& found) {
+    QFile file(filePath_);
+    if (!file.open(QIODevice::ReadOnly)) {
+        return file.exists() ? Content::unreadable : Content::absent;
+    }
+    const QByteArray bytes = file.readAll();
+    if (bytes == onDisk_ && !bytes.isEmpty()) {
+        return Content::asKnown;
+    }
+    const QJsonDocument document = QJsonDocument::fromJson(bytes);
+    if (!document.isObject()) {
+        return Content::unreadable;
+    }
+    onDisk_ = bytes;
+    found = document.object();
+    return Content::readable;
+}
+
+void JsonPreferenceStore::takeOver(const QJsonObject& found) {
+    QStringList keys;
+    {
+        const std::lock_guard lock(mutex_);
+        keys = changedKeys(values_, found);
+        values_ = found;
+    }
+    for (const QString& key : keys) {
+        changed_.emit(key);
     }
 }
 
-void JsonPreferenceStore::replace(const QJsonObject& fresh) {
-    const QJsonObject before = values_;
-    if (before == fresh) {
-        return;
-    }
+void JsonPreferenceStore::setAside() {
+    const QString aside = freeName(filePath_ + QStringLiteral(".unreadable"));
+    const bool moved = QFile::rename(filePath_, aside);
+    log_.diagLog(moved ? QStringLiteral("[tirra-preferences] unreadable, set aside as %1").arg(aside)
+                       : QStringLiteral("[tirra-preferences] unreadable, and it cannot be set aside"));
+}
+
+void JsonPreferenceStore::save() {
+    QByteArray bytes;
     {
         const std::lock_guard lock(mutex_);
-        values_ = fresh;
+        bytes = QJsonDocument(values_).toJson(QJsonDocument::Indented);
     }
-    for (const QString& key : allKeys(before, fresh)) {
-        if (before.value(key) != fresh.value(key)) {
-            changed_.emit(key);
+    QDir().mkpath(folder_);
+    QSaveFile file(filePath_);
+    const bool written = file.open(QIODevice::WriteOnly) && file.setPermissions(ownersFile) &&
+                         file.write(bytes) == bytes.size() && file.commit();
+    if (!written) {
+        log_.diagLog(QStringLiteral("[tirra-preferences] could not be written: %1").arg(file.errorString()));
+        return;
+    }
+    QFile::setPermissions(filePath_, ownersFile);
+    onDisk_ = bytes;
+    watch();
+}
+
+void JsonPreferenceStore::watch() {
+    for (const QString& path : {folder_, filePath_}) {
+        if (!watcher_.files().contains(path) && !watcher_.directories().contains(path) &&
+            QFile::exists(path)) {
+            watcher_.addPath(path);
         }
     }
 }
 
-// A file that is missing, cut short or no JSON object changes nothing: an editor may be half way through
-// writing it.
-std::optional<QJsonObject> JsonPreferenceStore::read() {
-    QFile file(path_);
-    if (!file.open(QIODevice::ReadOnly)) {
-        return std::nullopt;
-    }
-    const QByteArray content = file.readAll();
-    const QJsonDocument document = QJsonDocument::fromJson(content);
-    const bool unreadable = !document.isObject() && !content.trimmed().isEmpty();
-    if (unreadable && !isUnreadable_) {
-        log_.diagLog(
-            QStringLiteral("[lorvane-preferences] the file is no JSON object; what it said before holds"));
-    }
-    isUnreadable_ = unreadable;
-    return document.isObject() ? std::optional(document.object()) : std::nullopt;
-}
-
-void JsonPreferenceStore::write() {
-    makeFolder();
-    if (isUnreadable_) {
-        const QString aside = path_ + QStringLiteral(".unreadable");
-        QFile::remove(aside);
-        QFile::copy(path_, aside);
-        isUnreadable_ = false;
-    }
-    QSaveFile file(path_);
-    if (!file.open(QIODevice::WriteOnly)) {
-        log_.diagLog(QStringLiteral("[lorvane-preferences] cannot be stored: %1").arg(file.errorString()));
-        return;
-    }
-    file.setPermissions(ownerOnly);
-    const QByteArray content = QJsonDocument(values_).toJson();
-    if (file.write(content) != content.size() || !file.commit()) {
-        log_.diagLog(QStringLiteral("[lorvane-preferences] cannot be stored: %1").arg(file.errorString()));
-    }
+void JsonPreferenceStore::reload() {
     watch();
+    QJsonObject found;
+    if (readFile(found) == Content::readable) {
+        takeOver(found);
+    }
 }
 
 } // namespace lorvane

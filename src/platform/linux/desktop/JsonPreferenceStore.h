@@ -7,42 +7,47 @@
 
 #include <QFileSystemWatcher>
 #include <QJsonObject>
-#include <QObject>
 
 #include <mutex>
 
 namespace lorvane {
 
-/// Preferences in one JSON file that only its owner may read. Every change is on the disk, whole, when
-/// `setValue` returns. Edits from outside are taken up while the program runs; keys that nobody here knows
-/// are kept. A file that is no JSON object is set aside as "<name>.unreadable" before the first change would
-/// overwrite it.
-class JsonPreferenceStore final : public QObject, public PreferenceStore {
+/// Preferences as one JSON object in a file of mode 0600 in a folder of mode 0700.
+///
+/// A value is on the disk when `setValue` returns: preferences change seldom and by hand, and a token that a
+/// crash forgets would cost a registration. The file is replaced as a whole, never written in place. Edits
+/// from outside are taken over when the file changes and, at the latest, right before the next write, so
+/// neither side loses keys. A file that cannot be read as one JSON object changes nothing while the program
+/// runs; at the start and before a write it is set aside as "preferences.json.unreadable" (with a number when
+/// that name is taken) and a log line says so. A file that vanishes while the program runs changes nothing.
+class JsonPreferenceStore final : public PreferenceStore {
  public:
-    JsonPreferenceStore(QString path, DiagnosticLog& log);
+    /// `configFolder`: the folder of per-user settings; the file is Tirra/preferences.json below it.
+    JsonPreferenceStore(const QString& configFolder, DiagnosticLog& log);
 
     [[nodiscard]] QJsonValue value(const QString& key) const override;
     void setValue(const QString& key, const QJsonValue& value) override;
-    [[nodiscard]] Handle subscribe(std::function<void(const QString& key)> changed) override {
-        return changed_.subscribe(std::move(changed));
-    }
+    [[nodiscard]] Handle subscribe(std::function<void(const QString& key)> changed) override;
+
+    [[nodiscard]] const QString& filePath() const { return filePath_; }
 
  private:
-    void makeFolder() const;
+    enum class Content { asKnown, readable, unreadable, absent };
+    Content readFile(QJsonObject& found);
+    void takeOver(const QJsonObject& found);
+    void setAside();
+    void save();
     void watch();
-    /// Reads the file anew and tells of every key that differs.
-    void follow();
-    [[nodiscard]] std::optional<QJsonObject> read();
-    void replace(const QJsonObject& fresh);
-    void write();
+    void reload();
 
-    QString path_;
+    QString folder_;
+    QString filePath_;
     DiagnosticLog& log_;
     mutable std::mutex mutex_;
     QJsonObject values_;
-    bool isUnreadable_ = false;
-    QFileSystemWatcher watcher_;
+    QByteArray onDisk_;
     Signal<QString> changed_;
+    QFileSystemWatcher watcher_;
 };
 
 } // namespace lorvane

@@ -1,48 +1,52 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/linux/secrets/KeychainSecretStore.h"
 
+#include <QStringDecoder>
 #include <qt6keychain/keychain.h>
 
 namespace lorvane {
 
 namespace {
 
-constexpr Duration patience = std::chrono::seconds(1);
+constexpr Duration patience = seconds(1);
+using Secret = std::optional<QByteArray>;
 
-using Answer = std::optional<QByteArray>;
-
-// The job deletes itself once it is done, however long that takes; only the waiting for it is bounded.
-template <typename Job>
-Completion<Answer> begin(Job* job, std::function<Answer(const Job&)> answerOf) {
-    const Completion<Answer> answer;
-    QObject::connect(job, &QKeychain::Job::finished, job, [job, answer, answerOf = std::move(answerOf)] {
-        answer.complete(job->error() == QKeychain::NoError ? answerOf(*job) : Answer());
-    });
-    job->setInsecureFallback(false);
-    job->start();
-    return answer;
+// Text is kept as text, so that the desktop's own tools show it.
+void setValue(QKeychain::WritePasswordJob& job, const QByteArray& value) {
+    QStringDecoder decode(QStringDecoder::Utf8);
+    const QString text = decode(value);
+    if (decode.hasError()) {
+        job.setBinaryData(value);
+    } else {
+        job.setTextData(text);
+    }
 }
 
 } // namespace
 
-QCoro::Task<Answer> KeychainSecretStore::read(QString service, QString account, TaskScope scope) {
-    auto* const job = new QKeychain::ReadPasswordJob(service);
+QCoro::Task<std::optional<QByteArray>> KeychainSecretStore::read(QString service, QString account,
+                                                                 TaskScope scope) {
+    const Completion<Secret> arrival;
+    auto* const job = new QKeychain::ReadPasswordJob(service); // deletes itself once it is done
     job->setKey(account);
-    const auto answer = begin<QKeychain::ReadPasswordJob>(
-        job, [](const QKeychain::ReadPasswordJob& done) { return Answer(done.binaryData()); });
-    const Handle limit = clock_.after(patience, [answer] { answer.complete(std::nullopt); });
-    co_return co_await answer.wait(scope);
+    QObject::connect(job, &QKeychain::Job::finished, job, [job, arrival] {
+        arrival.complete(job->error() == QKeychain::NoError ? Secret(job->binaryData()) : std::nullopt);
+    });
+    const Handle timer = clock_.after(patience, [arrival] { arrival.complete(std::nullopt); });
+    job->start();
+    co_return co_await arrival.wait(scope);
 }
 
 QCoro::Task<void> KeychainSecretStore::write(QString service, QString account, QByteArray value,
                                              TaskScope scope) {
-    auto* const job = new QKeychain::WritePasswordJob(service);
+    const Completion<bool> arrival;
+    auto* const job = new QKeychain::WritePasswordJob(service); // deletes itself once it is done
     job->setKey(account);
-    job->setBinaryData(value);
-    const auto answer = begin<QKeychain::WritePasswordJob>(
-        job, [](const QKeychain::WritePasswordJob&) { return Answer(QByteArray()); });
-    const Handle limit = clock_.after(patience, [answer] { answer.complete(std::nullopt); });
-    co_await answer.wait(scope);
+    setValue(*job, value);
+    QObject::connect(job, &QKeychain::Job::finished, job, [arrival] { arrival.complete(true); });
+    const Handle timer = clock_.after(patience, [arrival] { arrival.complete(false); });
+    job->start();
+    co_await arrival.wait(scope);
 }
 
 } // namespace lorvane

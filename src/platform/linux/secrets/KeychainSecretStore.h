@@ -5,8 +5,9 @@
 
 namespace lorvane {
 
-/// The key store of the desktop (Secret Service or KWallet) through QtKeychain. A desktop without one, or one
-/// that waits for its user, reads as empty after a second at most. Main thread.
+/// The desktop's keyring (Secret Service or KWallet) by QtKeychain. Nothing waits longer than a second: a
+/// keyring that is locked, absent or asks the user something reads as empty meanwhile. What is asked of it
+/// goes on in the background.
 class KeychainSecretStore final : public SecretStore {
  public:
     explicit KeychainSecretStore(Clock& clock) : clock_(clock) {}
