@@ -42,10 +42,11 @@ EndSignals::EndSignals(std::function<void()> end) {
     writeEnd_ = ends[1];
     signalPipe = writeEnd_;
     notifier_ = std::make_unique<QSocketNotifier>(readEnd_, QSocketNotifier::Read);
-    QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(), [this, end = std::move(end)] {
-        notifier_->setEnabled(false);
-        end();
-    });
+    QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(),
+                     [this, end = std::move(end)] {
+                         notifier_->setEnabled(false);
+                         end();
+                     });
     install(onSignal);
 }
 

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/DesktopAdapters.h"
+
+#include "platform/linux/av/SwrPCMConverter.h"
+
+#include <QLocale>
+
+namespace lorvane {
+
+DesktopAdapters::DesktopAdapters(const Foundation& foundation, const QDBusConnection& session)
+    : accessibilitySwitch(session), display(foundation.log), capabilities(capabilitiesOf(display)),
+      workspace(display, DesktopEntries(DesktopEntries::standardFolders(), QLocale::system().name())),
+      keyEvents(display, foundation, [this] { return workspace.isOwnProcessInFront(); }),
+      extraKey(display, foundation), pasteKeys(display, foundation.clock),
+      pasteboard(X11Pasteboard::open(foundation.clock)), accessibilityBus(foundation.clock, session),
+      fields(accessibilityBus, accessibilitySwitch, workspace, foundation.clock),
+      accessibility(
+          foundation, accessibilityBus, accessibilitySwitch,
+          [this] { return display.isAlive() && capabilities.canPostKeys(); }, session),
+      sound(foundation.clock), inputs(sound), engines(sound, SwrPCMConverter::make), chime(sound),
+      http(foundation.clock), secrets(foundation.clock), windows(foundation),
+      journal(foundation.preferences) {}
+
+} // namespace lorvane

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/Dictation.h"
+
+namespace lorvane {
+
+Dictation::Dictation(const Foundation& foundation, DesktopAdapters& desktop)
+    : api(desktop.http, desktop.secrets, foundation.preferences, desktop.cloud),
+      recorder(foundation, desktop.engines, desktop.inputs), encoder(foundation, desktop.codec),
+      parts(foundation, api, encoder), capture(foundation, recorder, parts),
+      screen(foundation.clock, desktop.pill, desktop.windows),
+      status(foundation.clock, screen, desktop.accessibility), keys(foundation, desktop.keyEvents),
+      typing(foundation, desktop.workspace),
+      insertion(foundation, *desktop.pasteboard, desktop.pasteKeys, desktop.fields, desktop.workspace),
+      landing(foundation, status, desktop.accessibility, typing, insertion, desktop.chime),
+      delivery(foundation, api, status, landing, desktop.journal, desktop.workspace),
+      controller(foundation, status, screen, keys, capture, delivery) {}
+
+} // namespace lorvane

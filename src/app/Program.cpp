@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/Program.h"
+
+#include "app/BackendChoice.h"
+#include "app/ControlClient.h"
+#include "app/ControlNames.h"
+#include "app/ControlService.h"
+#include "app/Dictation.h"
+#include "app/EndSignals.h"
+#include "app/NoticeNotifier.h"
+#include "app/Stores.h"
+#include "base/PreferenceCatalogue.h"
+
+#include <QCoreApplication>
+
+#include <cstdio>
+
+namespace lorvane {
+
+namespace {
+
+/// The whole program, made once.
+class Program {
+ public:
+    Program(const Foundation& foundation, const QDBusConnection& session)
+        : foundation_(foundation), session_(session), desktop_(foundation, session) {}
+
+    [[nodiscard]] bool hasDisplay() const { return desktop_.hasDisplay(); }
+    void start();
+
+ private:
+    void chooseFirstHoldKey();
+    QCoro::Task<void> firstExchange(TaskScope scope);
+    void showBackendGone();
+
+    const Foundation foundation_;
+    QDBusConnection session_;
+    DesktopAdapters desktop_;
+    std::unique_ptr<Dictation> dictation_;
+    std::unique_ptr<BackendChoice> backend_;
+    QObject busObject_;
+    std::unique_ptr<NoticeNotifier> notifier_;
+};
+
+// Many keyboards of PCs have no right Super, which the hold key would fall back to.
+void Program::chooseFirstHoldKey() {
+    if (!foundation_.preferences.stored(preference::hotkey)) {
+        foundation_.preferences.set(preference::hotkey, QString(rawName(Hotkey::rightControl)));
+    }
+}
+
+void Program::start() {
+    chooseFirstHoldKey();
+    dictation_ = std::make_unique<Dictation>(foundation_, desktop_);
+    DictationController& controller = dictation_->controller;
+    backend_ = std::make_unique<BackendChoice>(
+        foundation_, [this](const QUrl& address) { dictation_->api.setBackendURL(address); },
+        [this] { showBackendGone(); });
+    desktop_.windows.onFirstRunOver = [&controller] { controller.finishOnboarding(); };
+    notifier_ = std::make_unique<NoticeNotifier>(controller, session_);
+    new ControlService(&busObject_, controller, session_, [] { QCoreApplication::quit(); });
+    session_.registerObject(control::objectPath, &busObject_);
+    controller.start([this](TaskScope scope) { return firstExchange(scope); });
+}
+
+// The bundled backend says its address only once it runs, and a registration before that would fail.
+QCoro::Task<void> Program::firstExchange(TaskScope scope) {
+    co_await backend_->known(scope);
+    co_await dictation_->api.registerDevice(scope);
+}
+
+void Program::showBackendGone() {
+    const Localisation& words = foundation_.words;
+    dictation_->status.showNotice(words.text("The local backend keeps stopping — see \"lorvane doctor\""),
+                                  NoticeSeverity::error);
+}
+
+int fail(const char* reason) {
+    std::fprintf(stderr, "lorvane: %s\n", reason);
+    return 1;
+}
+
+} // namespace
+
+int runProgram() {
+    QDBusConnection session = QDBusConnection::sessionBus();
+    if (!session.isConnected()) {
+        return fail("there is no session bus (is DBUS_SESSION_BUS_ADDRESS set?)");
+    }
+    if (!session.registerService(control::serviceName)) {
+        return sendCommand({Command::Verb::open});
+    }
+    Stores stores;
+    Program program(stores.foundation(), session);
+    if (!program.hasDisplay()) {
+        return fail("there is no X display (is DISPLAY set?); \"lorvane doctor\" tells more");
+    }
+    program.start();
+    const EndSignals endSignals([] { QCoreApplication::quit(); });
+    return QCoreApplication::exec();
+}
+
+} // namespace lorvane

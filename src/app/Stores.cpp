@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/Stores.h"
+
+#include <QDir>
+#include <QStandardPaths>
+
+namespace lorvane {
+
+namespace {
+
+QString configFile() {
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+           QStringLiteral("/Tirra/preferences.json");
+}
+
+// $XDG_STATE_HOME, which this Qt has no name for; absent when there is no home either.
+std::optional<QString> stateFolder() {
+    const QString folder = qEnvironmentVariable("XDG_STATE_HOME");
+    if (QDir::isAbsolutePath(folder)) {
+        return folder;
+    }
+    const QString home = QDir::homePath();
+    return home.isEmpty() || home == QLatin1String("/")
+               ? std::nullopt
+               : std::optional(home + QStringLiteral("/.local/state"));
+}
+
+} // namespace
+
+Stores::Stores()
+    : log_(clock_, stateFolder()), store_(configFile(), log_), words_(loadWords(preferences_, log_)) {}
+
+QString dataFolder() {
+    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/Tirra");
+}
+
+} // namespace lorvane

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/doctor/DoctorReport.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <algorithm>
+
+namespace lorvane {
+
+namespace {
+
+QString statusName(DoctorLine::Status status) {
+    switch (status) {
+    case DoctorLine::Status::ok:
+        return QStringLiteral("ok");
+    case DoctorLine::Status::warning:
+        return QStringLiteral("warn");
+    case DoctorLine::Status::failed:
+        break;
+    }
+    return QStringLiteral("fail");
+}
+
+QString textOf(const std::vector<DoctorLine>& lines) {
+    QString text;
+    for (const auto& line : lines) {
+        text += QStringLiteral("  [%1] %2\n").arg(statusName(line.status), -4).arg(line.what);
+        if (!line.remedy.isEmpty()) {
+            text += QStringLiteral("         %1\n").arg(line.remedy);
+        }
+    }
+    return text;
+}
+
+QJsonArray jsonOf(const std::vector<DoctorLine>& lines) {
+    QJsonArray array;
+    for (const auto& line : lines) {
+        array.append(QJsonObject{{QStringLiteral("id"), line.id},
+                                 {QStringLiteral("status"), statusName(line.status)},
+                                 {QStringLiteral("what"), line.what},
+                                 {QStringLiteral("remedy"), line.remedy}});
+    }
+    return array;
+}
+
+} // namespace
+
+bool DoctorReport::dictationWorks() const {
+    return std::none_of(lines.begin(), lines.end(),
+                        [](const DoctorLine& line) { return line.status == DoctorLine::Status::failed; });
+}
+
+QString asText(const DoctorReport& report, const Localisation& words) {
+    QString text = words.text("This desktop") + QLatin1Char('\n') + textOf(report.lines);
+    if (!report.windows.empty()) {
+        text += QLatin1Char('\n') + words.text("Open windows") + QLatin1Char('\n') + textOf(report.windows);
+    }
+    text += QLatin1Char('\n');
+    text += report.dictationWorks() ? words.text("Dictation works.") : words.text("Dictation does not work.");
+    return text + QLatin1Char('\n');
+}
+
+QByteArray asJson(const DoctorReport& report) {
+    const QJsonObject object{{QStringLiteral("dictationWorks"), report.dictationWorks()},
+                             {QStringLiteral("checks"), jsonOf(report.lines)},
+                             {QStringLiteral("windows"), jsonOf(report.windows)}};
+    return QJsonDocument(object).toJson(QJsonDocument::Indented);
+}
+
+} // namespace lorvane
