@@ -114,6 +114,6 @@ TEST_P(ClockContract, BothTimesMoveOnTogether) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Clocks, ClockContract, ::testing::Bool(),
-                         [](const auto& info) { return info.param ? "QtClock" : "VirtualClock"; });
+                         [](const auto& with) { return with.param ? "QtClock" : "VirtualClock"; });
 
 } // namespace

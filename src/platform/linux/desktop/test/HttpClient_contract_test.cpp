@@ -153,6 +153,6 @@ TEST_P(HttpClientContract, ACancelledRequestEndsAtOnce) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Clients, HttpClientContract, ::testing::Bool(),
-                         [](const auto& info) { return info.param ? "QtHttpClient" : "FakeHttpClient"; });
+                         [](const auto& with) { return with.param ? "QtHttpClient" : "FakeHttpClient"; });
 
 } // namespace

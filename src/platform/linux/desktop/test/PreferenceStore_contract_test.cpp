@@ -87,8 +87,8 @@ TEST_P(PreferenceStoreContract, AnObserverMayWriteAnotherKey) {
     EXPECT_EQ(store->value("copy"), QJsonValue("x"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Stores, PreferenceStoreContract, ::testing::Bool(), [](const auto& info) {
-    return info.param ? "JsonPreferenceStore" : "MemoryPreferenceStore";
+INSTANTIATE_TEST_SUITE_P(Stores, PreferenceStoreContract, ::testing::Bool(), [](const auto& with) {
+    return with.param ? "JsonPreferenceStore" : "MemoryPreferenceStore";
 });
 
 TEST(JsonPreferenceStoreThreads, ReadsAreSafeWhileTheMainThreadWrites) {

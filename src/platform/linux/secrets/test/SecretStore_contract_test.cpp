@@ -64,7 +64,7 @@ TEST_P(SecretStoreContract, BytesThatAreNoTextComeBackAsTheyWere) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Stores, SecretStoreContract, ::testing::Bool(),
-                         [](const auto& info) { return info.param ? "Keyring" : "FakeSecretStore"; });
+                         [](const auto& with) { return with.param ? "Keyring" : "FakeSecretStore"; });
 
 TEST(KeychainSecretStore, ATextIsSeenByTheDesktopsOwnTool) {
     QtClock clock;
