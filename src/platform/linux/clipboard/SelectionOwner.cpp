@@ -43,26 +43,27 @@ void SelectionOwner::take(ClipboardOffer offer) {
     since_ = XCB_CURRENT_TIME;
     takenByRequest_ =
         xcb_set_selection_owner(connection_.raw(), window_, selection_, XCB_CURRENT_TIME).sequence;
-    connection_.flush();
+    waitForServer();
 }
 
 void SelectionOwner::replace(ClipboardOffer offer) {
-    if (!isStillOwned()) {
+    if (!mayReplace()) {
         return;
     }
     offer_ = std::move(offer);
+    isOwned_ = true;
     lastRequest_.reset();
-    xcb_set_selection_owner(connection_.raw(), window_, selection_, justAfterTaking());
-    connection_.flush();
+    xcb_set_selection_owner(connection_.raw(), window_, selection_, justAfterLastChange());
+    waitForServer();
 }
 
 void SelectionOwner::release() {
-    if (!isStillOwned()) {
+    if (!mayReplace()) {
         return;
     }
     isOwned_ = false;
     offer_ = ClipboardOffer();
-    xcb_set_selection_owner(connection_.raw(), XCB_WINDOW_NONE, selection_, justAfterTaking());
+    xcb_set_selection_owner(connection_.raw(), XCB_WINDOW_NONE, selection_, justAfterLastChange());
     if (connection_.ownerOf(selection_) == window_) {
         // Taken within this very millisecond: for the server that time is still to come.
         xcb_set_selection_owner(connection_.raw(), XCB_WINDOW_NONE, selection_, XCB_CURRENT_TIME);
@@ -70,17 +71,20 @@ void SelectionOwner::release() {
     connection_.flush();
 }
 
-bool SelectionOwner::isStillOwned() {
+/// When a call returns, whoever asks finds the new state: the server serves its clients in no fixed order.
+void SelectionOwner::waitForServer() { static_cast<void>(connection_.ownerOf(selection_)); }
+
+bool SelectionOwner::mayReplace() {
     if (isOwned_ && since_ == XCB_CURRENT_TIME && connection_.ownerOf(selection_) != window_) {
         isOwned_ = false;
         offer_ = ClipboardOffer();
     }
-    return isOwned_;
+    return isOwned_ || (since_ != XCB_CURRENT_TIME && readAt_ == changeCount_);
 }
 
-/// A time at which only we can have owned the selection: the server drops a request with a time before the
-/// last change, so that a copy made meanwhile stays, known to us or not.
-xcb_timestamp_t SelectionOwner::justAfterTaking() const {
+/// A time at which nobody can have taken the selection but by the change that is known: the server drops a
+/// request with a time before the last change, so that a copy that we have not heard of yet stays.
+xcb_timestamp_t SelectionOwner::justAfterLastChange() const {
     return since_ == XCB_CURRENT_TIME || since_ + 1 == XCB_CURRENT_TIME ? since_ : since_ + 1;
 }
 
@@ -88,9 +92,9 @@ void SelectionOwner::onChange(const SelectionChange& change) {
     if (change.selection != selection_ || isBefore(change.afterRequest, takenByRequest_)) {
         return;
     }
-    if (change.owner == window_) {
-        since_ = change.time;
-    } else {
+    since_ = change.time;
+    ++changeCount_;
+    if (change.owner != window_) {
         isOwned_ = false;
         offer_ = ClipboardOffer();
     }

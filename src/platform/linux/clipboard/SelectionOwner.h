@@ -28,6 +28,11 @@ class SelectionOwner {
     /// Leaves the selection without an owner, with the same reserve.
     void release();
 
+    /// Counts the changes of the selection that are known here. A reader notes it first and hands it back
+    /// with what it read.
+    [[nodiscard]] std::uint32_t changeCount() const { return changeCount_; }
+    void markRead(std::uint32_t changeCount) { readAt_ = changeCount; }
+
     [[nodiscard]] bool isOwned() const { return isOwned_; }
     [[nodiscard]] const ClipboardOffer& offer() const { return offer_; }
     /// When the process that the text was lent to last asked for it.
@@ -35,7 +40,8 @@ class SelectionOwner {
     [[nodiscard]] xcb_atom_t selection() const { return selection_; }
 
  private:
-    [[nodiscard]] bool isStillOwned();
+    void waitForServer();
+    [[nodiscard]] bool mayReplace();
     void onChange(const SelectionChange& change);
     void onEvent(const xcb_generic_event_t& event);
     void answer(const xcb_selection_request_event_t& request);
@@ -45,7 +51,7 @@ class SelectionOwner {
                                        std::optional<ProcessId> process);
     void writeTargets(xcb_window_t requestor, xcb_atom_t property, const ClipboardContent& content);
     [[nodiscard]] bool write(xcb_window_t requestor, xcb_atom_t property, const TypedBytes& content);
-    [[nodiscard]] xcb_timestamp_t justAfterTaking() const;
+    [[nodiscard]] xcb_timestamp_t justAfterLastChange() const;
 
     XcbConnection& connection_;
     IncrementalSender& sender_;
@@ -54,9 +60,11 @@ class SelectionOwner {
     xcb_window_t window_;
     ClipboardOffer offer_;
     bool isOwned_ = false;
-    /// The server's time of our ownership; XCB_CURRENT_TIME until the server has told it.
+    /// The server's time of the last change that is known; XCB_CURRENT_TIME until the server has told it.
     xcb_timestamp_t since_ = XCB_CURRENT_TIME;
     std::uint32_t takenByRequest_ = 0;
+    std::uint32_t changeCount_ = 0;
+    std::optional<std::uint32_t> readAt_;
     std::optional<Instant> lastRequest_;
     Handle changes_;
     Handle events_;

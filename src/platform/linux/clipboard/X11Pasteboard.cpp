@@ -69,7 +69,7 @@ void X11Pasteboard::rememberPrimary() {
         primaryBefore_ = primary_.offer().own();
         return;
     }
-    primaryRead_ = startTask([this](TaskScope scope) { return readPrimary(scope); });
+    primaryRead_ = startTask([this](TaskScope scope) { return readPrimary(std::move(scope)); });
 }
 
 QCoro::Task<void> X11Pasteboard::readPrimary(TaskScope scope) {
@@ -85,7 +85,9 @@ QCoro::Task<std::optional<QString>> X11Pasteboard::string(TaskScope scope) {
     if (clipboard_.isOwned()) {
         co_return clipboard_.offer().own().text();
     }
+    const auto change = clipboard_.changeCount();
     std::optional<QString> text = co_await clipboardReader_.readText(mostBytes, scope);
+    clipboard_.markRead(change);
     co_return text;
 }
 
@@ -127,7 +129,9 @@ LoanState X11Pasteboard::loanState() const {
 void X11Pasteboard::restore(const PasteboardSnapshot& snapshot) {
     returnPrimary();
     if (!snapshot.readable) {
-        clipboard_.replace(ClipboardOffer(clipboard_.offer().own()));
+        if (clipboard_.isOwned()) {
+            clipboard_.replace(ClipboardOffer(clipboard_.offer().own()));
+        }
     } else if (snapshot.items.isEmpty()) {
         clipboard_.release();
     } else {

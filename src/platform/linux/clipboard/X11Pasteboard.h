@@ -35,8 +35,8 @@ class X11Pasteboard final : public Pasteboard {
     /// The selection of the middle mouse button is given back as it was at the time of the last `snapshot`.
     void lend(PasteboardLoan loan) override;
     [[nodiscard]] LoanState loanState() const override;
-    /// Does nothing to a selection that another program has taken. An unreadable snapshot leaves the text to
-    /// everyone.
+    /// A copy that another program has made meanwhile stays, unless `string` has read it: then the caller
+    /// knows what it replaces. An unreadable snapshot leaves the text of a loan to everyone.
     void restore(const PasteboardSnapshot& snapshot) override;
 
  private:

@@ -83,12 +83,13 @@ PasteboardOnDesktop::PasteboardOnDesktop() : pasteboard_(X11Pasteboard::open(clo
 }
 
 PasteboardSnapshot PasteboardOnDesktop::snapshot() {
-    return finish<PasteboardSnapshot>([this](TaskScope scope) { return pasteboard_->snapshot(scope); });
+    return finish<PasteboardSnapshot>(
+        [this](TaskScope scope) { return pasteboard_->snapshot(std::move(scope)); });
 }
 
 std::optional<QString> PasteboardOnDesktop::string() {
     using Text = std::optional<QString>;
-    return finish<Text>([this](TaskScope scope) { return pasteboard_->string(scope); });
+    return finish<Text>([this](TaskScope scope) { return pasteboard_->string(std::move(scope)); });
 }
 
 void PasteboardOnDesktop::lend(const QString& text, ProcessId target, const PasteboardSnapshot& previous,

@@ -18,7 +18,8 @@ class ClipboardRequestors : public PasteboardOnDesktop {
     ClipboardRequestors() : windows_(*peer_), reader_(*peer_, windows_, clock_, "CLIPBOARD") {}
 
     SelectionRead read() {
-        return finish<SelectionRead>([this](TaskScope scope) { return reader_.readAll(noLimit, scope); });
+        return finish<SelectionRead>(
+            [this](TaskScope scope) { return reader_.readAll(noLimit, std::move(scope)); });
     }
     void ask(xcb_window_t window, const QString& target, const QString& property) {
         xcb_convert_selection(peer_->raw(), window, peer_->atom("CLIPBOARD"), peer_->atom(target),

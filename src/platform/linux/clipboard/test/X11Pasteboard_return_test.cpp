@@ -15,7 +15,7 @@ constexpr ProcessId nobody = 1; // asks for nothing
 
 class ClipboardReturn : public PasteboardOnDesktop {
  protected:
-    void expectTheSameAfterALoan(const Types& before);
+    void expectTheSameAfterALoan(Types before);
 };
 
 QByteArray noise(qsizetype size) {
@@ -40,7 +40,7 @@ void expectSame(const Types& seen, const Types& wanted) {
     }
 }
 
-void ClipboardReturn::expectTheSameAfterALoan(const Types& before) {
+void ClipboardReturn::expectTheSameAfterALoan(Types before) {
     ASSERT_FALSE(before.isEmpty());
     QElapsedTimer timer;
     timer.start();
@@ -48,6 +48,12 @@ void ClipboardReturn::expectTheSameAfterALoan(const Types& before) {
     std::cout << "snapshot: " << static_cast<double>(timer.nsecsElapsed()) / 1e6 << " ms\n";
     ASSERT_TRUE(held.readable);
     ASSERT_EQ(held.items.size(), 1);
+    for (const auto* icon : {"image/ico", "image/cur"}) {
+        // The toolkit makes these anew for every requestor, with a few bytes that it never set.
+        if (before.contains(icon)) {
+            before[icon] = held.items.first().value(icon);
+        }
+    }
     expectSame(held.items.first(), before);
     lend("dictated", nobody, held);
     expectSame(everythingAskedByAnother(), before);
@@ -152,9 +158,28 @@ TEST_F(ClipboardReturn, ACopyMadeDuringTheLoanStays) {
     lend("dictated", nobody, held);
     const ForeignOwner user({{"text/plain", "the user's own copy"}});
     EXPECT_TRUE(waitUntil([&] { return pasteboard_->loanState().lost; }));
-    EXPECT_EQ(string(), "the user's own copy");
     pasteboard_->restore(held);
     EXPECT_EQ(askedByAnother("text/plain"), "the user's own copy");
+    EXPECT_EQ(string(), "the user's own copy");
+}
+
+TEST_F(ClipboardReturn, ACopyThatWasReadMayBeReplacedAndANewerOneStays) {
+    const ForeignOwner owner({{"text/plain", "old"}});
+    const auto held = snapshot();
+    lend("dictated", nobody, held);
+    {
+        const ForeignOwner user({{"text/plain", "dictated"}});
+        EXPECT_TRUE(waitUntil([&] { return pasteboard_->loanState().lost; }));
+        EXPECT_EQ(string(), "dictated");
+        pasteboard_->restore(held);
+        EXPECT_EQ(askedByAnother("text/plain"), "old") << "the same text counts as unchanged";
+    }
+    lend("dictated", nobody, held);
+    const ForeignOwner user({{"text/plain", "dictated"}});
+    EXPECT_EQ(string(), "dictated");
+    const ForeignOwner newer({{"text/plain", "newer"}});
+    pasteboard_->restore(held);
+    EXPECT_EQ(askedByAnother("text/plain"), "newer");
 }
 
 TEST_F(ClipboardReturn, ACopyThatWeHaveNotHeardOfYetStays) {
