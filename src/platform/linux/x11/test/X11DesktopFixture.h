@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "base/Foundation.h"
 #include "base/testing/MemoryPreferenceStore.h"
 #include "platform/linux/desktop/QtClock.h"
 #include "platform/linux/x11/X11Connection.h"

@@ -39,6 +39,15 @@ class X11KeyEventsTest : public X11DesktopFixture {
         const QRegularExpression row("↳ (?!.*XTEST).*id=(\\d+).*slave\\s+keyboard");
         return row.match(list).captured(1);
     }
+    /// From here on the server tells us of no key, as if its release had been lost.
+    void stopRawEvents() {
+        struct {
+            xcb_input_event_mask_t head{XCB_INPUT_DEVICE_ALL_MASTER, 1};
+            std::uint32_t mask = 0;
+        } nothing;
+        xcb_input_xi_select_events(connection.xcb(), connection.root(), 1, &nothing.head);
+        connection.sync();
+    }
     void setFloating(const QString& keyboard, bool floating) {
         const auto result = floating ? runTool("xinput", {"float", keyboard})
                                      : runTool("xinput", {"reattach", keyboard, "Virtual core keyboard"});
@@ -163,12 +172,29 @@ TEST_F(X11KeyEventsTest, TimeIsThatOfTheKeyAndNotOfItsArrival) {
 }
 
 TEST_F(X11KeyEventsTest, ReleaseWithoutAnEventIsFoundByState) {
+    hand.press(keycode::rightControl);
+    EXPECT_EQ(seenSoFar(), QStringList{"flags 62 40000"});
+    stopRawEvents();
+    hand.release(keycode::rightControl);
+    EXPECT_TRUE(waitUntil([this] { return seen.size() == 2; }));
+    EXPECT_EQ(seen.last(), "flags 62 0");
+}
+
+TEST_F(X11KeyEventsTest, HeldKeyIsBelievedWithoutEvents) {
+    hand.press(keycode::rightControl);
+    EXPECT_EQ(seenSoFar(), QStringList{"flags 62 40000"});
+    stopRawEvents();
+    EXPECT_FALSE(waitUntil([this] { return seen.size() > 1; }, std::chrono::milliseconds(350)));
+    hand.release(keycode::rightControl);
+}
+
+TEST_F(X11KeyEventsTest, KeyboardThatIsTakenAwayLetsItsKeysGo) {
     const QString keyboard = ordinaryKeyboard();
     ASSERT_FALSE(keyboard.isEmpty());
     hand.press(keycode::rightControl);
-    setFloating(keyboard, true); // its events reach nobody now
-    hand.release(keycode::rightControl);
+    setFloating(keyboard, true);
     EXPECT_TRUE(waitUntil([this] { return seen.size() == 2; }));
+    hand.release(keycode::rightControl);
     setFloating(keyboard, false);
     EXPECT_EQ(seenSoFar(), (QStringList{"flags 62 40000", "flags 62 0"}));
     hand.tap(keycode::rightControl);
