@@ -145,8 +145,8 @@ TEST(Doctor, EachWindowIsMatchedWithWhatItsProcessShows) {
 
 class WindowFinding : public ::testing::Test {
 protected:
-    DoctorLine line(const WindowFields* fields, WindowProgram program) const {
-        return windowLine(OpenWindow{1, QStringLiteral("W"), {}}, fields, program, words);
+    DoctorLine line(const WindowFields* shown, WindowProgram program) const {
+        return windowLine(OpenWindow{1, QStringLiteral("W"), {}}, shown, program, words);
     }
     Localisation words;
     WindowFields fields = fieldsOf(1);

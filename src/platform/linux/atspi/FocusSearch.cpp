@@ -36,8 +36,12 @@ QCoro::Task<std::optional<FoundFocus>> FocusSearch::findWithin(AccessibleRef app
         Level found = co_await examine(std::move(children), areWindows, deadline, scope);
         areWindows = false;
         if (found.focused) {
-            // What is inside the focused one may have the focus more exactly; nothing beside it can.
             focused = found.focused;
+            // Inside a field Qt says "focused" of the field's own parts too.
+            if (focused->isEditable) {
+                break;
+            }
+            // What is inside the focused one may have the focus more exactly; nothing beside it can.
             found.showing.clear();
             found.showing.push_back(focused->field);
         }
