@@ -48,7 +48,7 @@ TEST(HttpServerClients, AClientThatDoesNotReadHoldsUpTheWorkAndIsCut) {
     EXPECT_GE(took, 900);
     EXPECT_LT(took, 5000);
     EXPECT_LT(written, std::size_t(32) << 20) << "the socket's buffers and no more";
-    EXPECT_LT(grown, std::size_t(8) << 20);
+    EXPECT_LT(grown, std::size_t(32) << 20) << "of the gigabyte that it would send";
     EXPECT_TRUE(eventually([&] { return server.server().connections() == 0; }));
     std::printf("cut after %.0f ms with %zu KiB written, memory grew by %zu KiB\n", took, written / 1024,
                 grown / 1024);
