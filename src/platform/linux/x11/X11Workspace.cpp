@@ -46,22 +46,48 @@ bool X11Workspace::isOwnProcessInFront() const {
 
 void X11Workspace::handleEvent(const xcb_generic_event_t& event) {
     constexpr std::uint8_t sentByAnotherClient = 0x80;
-    if ((event.response_type & ~sentByAnotherClient) != XCB_PROPERTY_NOTIFY) {
-        return;
-    }
-    const auto& change = reinterpret_cast<const xcb_property_notify_event_t&>(event);
-    if (change.window == connection_.root() && change.atom == connection_.atom("_NET_ACTIVE_WINDOW")) {
-        readActiveWindow();
+    const int type = event.response_type & ~sentByAnotherClient;
+    if (type == XCB_PROPERTY_NOTIFY) {
+        const auto& change = reinterpret_cast<const xcb_property_notify_event_t&>(event);
+        if (change.window == connection_.root() && change.atom == connection_.atom("_NET_ACTIVE_WINDOW")) {
+            readActiveWindow();
+        }
+    } else if (type == XCB_DESTROY_NOTIFY) {
+        const auto& destroyed = reinterpret_cast<const xcb_destroy_notify_event_t&>(event);
+        if (destroyed.window == active_) {
+            setFront(XCB_WINDOW_NONE, std::nullopt);
+        }
     }
 }
 
+// A window manager may leave the number of a window that has gone, and the server gives numbers out again: so
+// the number alone never tells that nothing has changed.
 void X11Workspace::readActiveWindow() {
     const xcb_window_t window = number(connection_.root(), "_NET_ACTIVE_WINDOW").value_or(XCB_WINDOW_NONE);
-    if (window == active_ && front_) {
+    if (window == XCB_WINDOW_NONE || !watchForItsEnd(window)) {
+        setFront(XCB_WINDOW_NONE, std::nullopt);
+    } else {
+        setFront(window, applicationOf(window));
+    }
+}
+
+bool X11Workspace::watchForItsEnd(xcb_window_t window) {
+    const std::uint32_t mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    return window == connection_.root() || connection_.errorOf(xcb_change_window_attributes_checked(
+                                               connection_.xcb(), window, XCB_CW_EVENT_MASK, &mask)) == 0;
+}
+
+void X11Workspace::setFront(xcb_window_t window, std::optional<RunningApplication> application) {
+    if (active_ != window && active_ != XCB_WINDOW_NONE && active_ != connection_.root()) {
+        const std::uint32_t nothing = 0;
+        xcb_change_window_attributes(connection_.xcb(), active_, XCB_CW_EVENT_MASK, &nothing);
+        connection_.flush();
+    }
+    if (active_ == window && front_ == application) {
         return;
     }
     active_ = window;
-    front_ = window == XCB_WINDOW_NONE ? std::nullopt : std::optional(applicationOf(window));
+    front_ = std::move(application);
     changed_.emit();
 }
 

@@ -28,6 +28,9 @@ class X11Workspace final : public Workspace {
  private:
     void handleEvent(const xcb_generic_event_t& event);
     void readActiveWindow();
+    /// False when there is no such window.
+    [[nodiscard]] bool watchForItsEnd(xcb_window_t window);
+    void setFront(xcb_window_t window, std::optional<RunningApplication> application);
     [[nodiscard]] RunningApplication applicationOf(xcb_window_t window);
     [[nodiscard]] ProcessId processOf(xcb_window_t window);
     /// Whose connection made the window, as the X server knows it (XRes); 0 when it does not.
