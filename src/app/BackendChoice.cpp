@@ -4,9 +4,6 @@
 #include "app/Stores.h"
 #include "base/PreferenceCatalogue.h"
 
-#include <QCoreApplication>
-#include <QDir>
-
 namespace lorvane {
 
 QUrl BackendChoice::configured(const Preferences& preferences) {
@@ -21,10 +18,8 @@ BackendChoice::BackendChoice(const Foundation& foundation, std::function<void(co
         known_.complete(true);
         return;
     }
-    const QString executable =
-        QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("lorvane-backend"));
     bundled_ = std::make_unique<BundledBackend>(
-        foundation, executable, dataFolder() + QStringLiteral("/backend"),
+        foundation, BundledBackend::standardExecutable(), dataFolder() + QStringLiteral("/backend"),
         BundledBackend::Callbacks{[this, use = std::move(use)](const QUrl& address) {
                                       use(address);
                                       known_.complete(true);

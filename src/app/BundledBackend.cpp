@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/BundledBackend.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QRegularExpression>
 
@@ -38,6 +39,10 @@ BundledBackend::~BundledBackend() {
         process_.kill();
         process_.waitForFinished(gentleEndMilliseconds);
     }
+}
+
+QString BundledBackend::standardExecutable() {
+    return QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("lorvane-backend"));
 }
 
 void BundledBackend::start() {

@@ -28,6 +28,10 @@ class BundledBackend : public QObject {
     ~BundledBackend() override;
 
     void start();
+    /// Drops what the child says of its requests; else it goes to this program's standard error.
+    void silence() { process_.setStandardErrorFile(QProcess::nullDevice()); }
+    /// Beside this program.
+    [[nodiscard]] static QString standardExecutable();
     /// The child's process, 0 when none runs.
     [[nodiscard]] qint64 processId() const { return process_.processId(); }
 

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "support/Wait.h"
+
+#include <QJsonObject>
+#include <QProcess>
+#include <QTemporaryDir>
+
+namespace lorvane {
+
+// The program under test, as a user starts it: a process of its own with folders of its own in the virtual
+// desktop, ready when it is handed out and ended with this object. Throws std::runtime_error with its output
+// when it does not come up.
+class LorvaneProgram {
+ public:
+    // `backend`: the address it is told to use; empty for the backend that comes with it.
+    explicit LorvaneProgram(const QString& backend = {}, const QJsonObject& preferences = {});
+    ~LorvaneProgram();
+    LorvaneProgram(const LorvaneProgram&) = delete;
+    LorvaneProgram& operator=(const LorvaneProgram&) = delete;
+
+    qint64 pid() const { return process_.processId(); }
+    // A property of the control interface: "Phase", "Notice", "Severity".
+    QString property(const QString& name) const;
+    QString phase() const { return property(QStringLiteral("Phase")); }
+    bool waitForPhase(const QString& wanted, std::chrono::milliseconds bound = generously) const;
+    // Every phase since the start, in order, each change once; notices as "notice: text".
+    QStringList phases() const { return phases_; }
+    bool waitForPhases(const QStringList& wanted, std::chrono::milliseconds bound = generously) const;
+    void forgetPhases();
+    QString log() const;
+    QString preferencesFile() const;
+    int run(const QStringList& arguments, QByteArray* output = nullptr) const;
+    bool isRunning() const { return process_.state() == QProcess::Running; }
+    void kill();
+
+ private:
+    QProcessEnvironment environment_;
+    QTemporaryDir home_;
+    QProcess process_;
+    class PhaseRecorder;
+    std::unique_ptr<PhaseRecorder> recorder_;
+    mutable QStringList phases_;
+};
+
+} // namespace lorvane
