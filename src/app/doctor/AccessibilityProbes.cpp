@@ -16,10 +16,10 @@ constexpr Duration connectBound = std::chrono::seconds(2);
 constexpr Duration connectStep = std::chrono::milliseconds(10);
 
 /// A boolean property of a service on the session bus; false when it cannot be had.
-QCoro::Task<bool> flagOf(QDBusConnection session, QString service, QString path, QString interface, QString name,
-                         TaskScope scope) {
-    auto get = QDBusMessage::createMethodCall(service, path, QStringLiteral("org.freedesktop.DBus.Properties"),
-                                              QStringLiteral("Get"));
+QCoro::Task<bool> flagOf(QDBusConnection session, QString service, QString path, QString interface,
+                         QString name, TaskScope scope) {
+    auto get = QDBusMessage::createMethodCall(
+        service, path, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
     get.setArguments({interface, name});
     const Completion<bool> answer;
     QDBusPendingCallWatcher watcher(session.asyncCall(get));
@@ -76,7 +76,8 @@ WindowProgram programOf(ProcessId process) {
 
 } // namespace
 
-void addAccessibilityProbes(DoctorProbes& probes, AtspiBus& bus, Clock& clock, const QDBusConnection& session) {
+void addAccessibilityProbes(DoctorProbes& probes, AtspiBus& bus, Clock& clock,
+                            const QDBusConnection& session) {
     probes.accessibility = [&bus, &clock, session](TaskScope scope) {
         return accessibilityFacts(&bus, &clock, session, scope);
     };
@@ -87,7 +88,8 @@ void addAccessibilityProbes(DoctorProbes& probes, AtspiBus& bus, Clock& clock, c
 void addTrayProbe(DoctorProbes& probes, const QDBusConnection& session) {
     probes.tray = [session](TaskScope scope) {
         return flagOf(session, QStringLiteral("org.kde.StatusNotifierWatcher"),
-                      QStringLiteral("/StatusNotifierWatcher"), QStringLiteral("org.kde.StatusNotifierWatcher"),
+                      QStringLiteral("/StatusNotifierWatcher"),
+                      QStringLiteral("org.kde.StatusNotifierWatcher"),
                       QStringLiteral("IsStatusNotifierHostRegistered"), scope);
     };
 }

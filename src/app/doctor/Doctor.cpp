@@ -8,8 +8,10 @@ namespace lorvane {
 namespace {
 using Status = DoctorLine::Status;
 
-void add(DoctorReport& report, const char* id, Status status, const QString& what, const QString& remedy = {}) {
-    report.lines.push_back({QString::fromLatin1(id), status, what, status == Status::ok ? QString() : remedy});
+void add(DoctorReport& report, const char* id, Status status, const QString& what,
+         const QString& remedy = {}) {
+    report.lines.push_back(
+        {QString::fromLatin1(id), status, what, status == Status::ok ? QString() : remedy});
 }
 } // namespace
 
@@ -69,7 +71,8 @@ void Doctor::accessibility(DoctorReport& report, AccessibilityFacts facts) const
             words_.text("Install the package at-spi2-core, then log out and in again."));
     } else if (!facts.isSwitchedOn) {
         add(report, "accessibility", Status::failed, words_.text("Accessibility is switched off."),
-            words_.text("Start Lorvane: it switches accessibility on. Then start the other applications again."));
+            words_.text(
+                "Start Lorvane: it switches accessibility on. Then start the other applications again."));
     } else {
         add(report, "accessibility", Status::ok, words_.text("Accessibility is on, so fields can be read."));
     }
@@ -79,14 +82,16 @@ void Doctor::microphone(DoctorReport& report, const Result<QString, QString>& fo
     if (found) {
         add(report, "microphone", Status::ok, words_.text("The microphone is %1.").arg(*found));
     } else {
-        add(report, "microphone", Status::failed, words_.text("There is no microphone: %1.").arg(found.error()),
+        add(report, "microphone", Status::failed,
+            words_.text("There is no microphone: %1.").arg(found.error()),
             words_.text("Connect one, and see that PulseAudio or PipeWire (with pipewire-pulse) runs."));
     }
 }
 
 void Doctor::backend(DoctorReport& report, const BackendFacts& facts) const {
     if (!facts.isHealthy) {
-        add(report, "backend", Status::failed, words_.text("The backend does not answer at %1.").arg(facts.address),
+        add(report, "backend", Status::failed,
+            words_.text("The backend does not answer at %1.").arg(facts.address),
             words_.text("Start Lorvane, or set LORVANE_BACKEND_URL to a backend that runs."));
     } else if (!facts.isRegistered) {
         add(report, "backend", Status::warning,
@@ -119,7 +124,8 @@ QCoro::Task<void> Doctor::services(DoctorReport* report, TaskScope scope) {
         add(*report, "tray", good ? Status::ok : Status::warning,
             good ? words_.text("There is a tray for the icon.")
                  : words_.text("There is no tray, so the icon does not show."),
-            words_.text("On GNOME, install the extension AppIndicator. \"lorvane open\" does what the icon does."));
+            words_.text(
+                "On GNOME, install the extension AppIndicator. \"lorvane open\" does what the icon does."));
     }
 }
 

@@ -6,14 +6,15 @@
 
 namespace lorvane {
 
-/// Says what of this desktop works for dictation and how to mend what does not. Works whether or not the program runs.
+/// Says what of this desktop works for dictation and how to mend what does not. Works whether or not the
+/// program runs.
 class Doctor {
-public:
+ public:
     Doctor(DoctorProbes probes, const Localisation& words);
 
     QCoro::Task<DoctorReport> examine(TaskScope scope);
 
-private:
+ private:
     void session(DoctorReport& report) const;
     void keys(DoctorReport& report) const;
     void accessibility(DoctorReport& report, AccessibilityFacts facts) const;
@@ -27,7 +28,7 @@ private:
 };
 
 /// The finding on one open window. `fields` is what its process shows, null when it shows nothing.
-[[nodiscard]] DoctorLine windowLine(const OpenWindow& window, const WindowFields* fields, WindowProgram program,
-                                    const Localisation& words);
+[[nodiscard]] DoctorLine windowLine(const OpenWindow& window, const WindowFields* fields,
+                                    WindowProgram program, const Localisation& words);
 
 } // namespace lorvane

@@ -30,7 +30,8 @@ struct WindowFields {
     ProcessId process = 0;
     bool isSilent = false;
     bool hasWebContent = false;
-    /// Fields of text that can be read, and how many of them take text through the accessibility interface besides.
+    /// Fields of text that can be read, and how many of them take text through the accessibility interface
+    /// besides.
     int readable = 0;
     int writable = 0;
     int terminals = 0;
@@ -48,7 +49,8 @@ struct BackendFacts {
     bool isRegistered = false;
 };
 
-/// What the doctor asks of the world; each is asked once. A probe that is left empty is reported as not checked.
+/// What the doctor asks of the world; each is asked once. A probe that is left empty is reported as not
+/// checked.
 struct DoctorProbes {
     std::function<SessionKind()> session;
     std::function<QCoro::Task<AccessibilityFacts>(TaskScope)> accessibility;

@@ -9,8 +9,8 @@
 
 namespace lorvane {
 
-/// One finding. `failed` means that dictation does not work because of it; `warning` that something is missing with
-/// which it would work better.
+/// One finding. `failed` means that dictation does not work because of it; `warning` that something is
+/// missing with which it would work better.
 struct DoctorLine {
     enum class Status { ok, warning, failed };
     /// Stable name for programs that read the report.
@@ -32,8 +32,8 @@ struct DoctorReport {
 };
 
 [[nodiscard]] QString asText(const DoctorReport& report, const Localisation& words);
-/// One object: "dictationWorks", "checks" and "windows", each of these with "id", "status" ("ok", "warn", "fail"),
-/// "what" and "remedy".
+/// One object: "dictationWorks", "checks" and "windows", each of these with "id", "status" ("ok", "warn",
+/// "fail"), "what" and "remedy".
 [[nodiscard]] QByteArray asJson(const DoctorReport& report);
 
 } // namespace lorvane

@@ -17,7 +17,8 @@ Finding hidden(WindowProgram program, const Localisation& words) {
     const QString what = words.text("%1: text can be pasted, but its fields cannot be read.");
     switch (program) {
     case WindowProgram::qt:
-        return {Status::warning, what, words.text("Start it again: it looks for accessibility only when it starts.")};
+        return {Status::warning, what,
+                words.text("Start it again: it looks for accessibility only when it starts.")};
     case WindowProgram::chromium:
         return {Status::warning, what, words.text("Start it again with --force-renderer-accessibility.")};
     case WindowProgram::unknown:
@@ -38,10 +39,12 @@ Finding findingOf(const WindowFields* fields, WindowProgram program, const Local
         return hidden(program, words);
     }
     if (fields->writable > 0) {
-        return {Status::ok, words.text("%1: fields can be read, and text can be typed into them live."), QString()};
+        return {Status::ok, words.text("%1: fields can be read, and text can be typed into them live."),
+                QString()};
     }
     if (fields->readable > 0) {
-        return {Status::ok, words.text("%1: fields can be read, and text can be typed into them live by keys."),
+        return {Status::ok,
+                words.text("%1: fields can be read, and text can be typed into them live by keys."),
                 QString()};
     }
     if (fields->terminals > 0) {

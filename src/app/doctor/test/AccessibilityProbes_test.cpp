@@ -8,7 +8,7 @@ namespace lorvane {
 namespace {
 
 class AccessibilityProbesTest : public AtspiDesktopTest {
-protected:
+ protected:
     AccessibilityProbesTest() {
         addAccessibilityProbes(probes, bus, clock, QDBusConnection::sessionBus());
         addTrayProbe(probes, QDBusConnection::sessionBus());

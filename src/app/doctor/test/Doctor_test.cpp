@@ -26,7 +26,9 @@ DoctorProbes healthy() {
     probes.syntheticKeys = [] { return true; };
     probes.microphone = [](TaskScope) { return told(Result<QString, QString>(QStringLiteral("Built-in"))); };
     probes.keyStore = [](TaskScope) { return told(true); };
-    probes.backend = [](TaskScope) { return told(BackendFacts{QStringLiteral("http://127.0.0.1:1"), true, true}); };
+    probes.backend = [](TaskScope) {
+        return told(BackendFacts{QStringLiteral("http://127.0.0.1:1"), true, true});
+    };
     probes.tray = [](TaskScope) { return told(true); };
     return probes;
 }
@@ -71,9 +73,13 @@ TEST(Doctor, EachThingThatDictationNeedsFailsByItselfAndSaysHowToMendIt) {
     const std::vector<std::pair<const char*, std::function<void(DoctorProbes&)>>> breaks{
         {"session", [](auto& probes) { probes.session = [] { return SessionKind::none; }; }},
         {"accessibility",
-         [](auto& probes) { probes.accessibility = [](TaskScope) { return told(AccessibilityFacts{false, false}); }; }},
+         [](auto& probes) {
+             probes.accessibility = [](TaskScope) { return told(AccessibilityFacts{false, false}); };
+         }},
         {"accessibility",
-         [](auto& probes) { probes.accessibility = [](TaskScope) { return told(AccessibilityFacts{true, false}); }; }},
+         [](auto& probes) {
+             probes.accessibility = [](TaskScope) { return told(AccessibilityFacts{true, false}); };
+         }},
         {"keys", [](auto& probes) { probes.keyWatching = [] { return std::make_pair(2, 1); }; }},
         {"keys", [](auto& probes) { probes.keyWatching = [] { return std::nullopt; }; }},
         {"paste", [](auto& probes) { probes.syntheticKeys = [] { return false; }; }},
@@ -104,7 +110,9 @@ TEST(Doctor, WhatIsOnlyConvenientWarnsAndDictationWorks) {
     probes.session = [] { return SessionKind::wayland; };
     probes.keyStore = [](TaskScope) { return told(false); };
     probes.tray = [](TaskScope) { return told(false); };
-    probes.backend = [](TaskScope) { return told(BackendFacts{QStringLiteral("http://127.0.0.1:1"), true, false}); };
+    probes.backend = [](TaskScope) {
+        return told(BackendFacts{QStringLiteral("http://127.0.0.1:1"), true, false});
+    };
     const auto report = examine(probes);
     for (const char* id : {"session", "keys-store", "tray", "backend"}) {
         expectMend(lineOf(report, id), Status::warning);
@@ -138,13 +146,15 @@ TEST(Doctor, EachWindowIsMatchedWithWhatItsProcessShows) {
     };
     const auto report = examine(probes);
     ASSERT_EQ(report.windows.size(), 2U);
-    EXPECT_EQ(report.windows[0].what, QStringLiteral("Notes: fields can be read, and text can be typed into them live."));
-    EXPECT_EQ(report.windows[1].what, QStringLiteral("Shell: text can be pasted, but its fields cannot be read."));
+    EXPECT_EQ(report.windows[0].what,
+              QStringLiteral("Notes: fields can be read, and text can be typed into them live."));
+    EXPECT_EQ(report.windows[1].what,
+              QStringLiteral("Shell: text can be pasted, but its fields cannot be read."));
     EXPECT_TRUE(report.dictationWorks()) << "windows never decide";
 }
 
 class WindowFinding : public ::testing::Test {
-protected:
+ protected:
     DoctorLine line(const WindowFields* shown, WindowProgram program) const {
         return windowLine(OpenWindow{1, QStringLiteral("W"), {}}, shown, program, words);
     }
@@ -159,7 +169,8 @@ TEST_F(WindowFinding, AHiddenQtProgramIsStartedAgain) {
 }
 
 TEST_F(WindowFinding, ABrowserWithoutItsPageNeedsItsSwitch) {
-    for (const auto* shown : {static_cast<const WindowFields*>(nullptr), static_cast<const WindowFields*>(&fields)}) {
+    for (const auto* shown :
+         {static_cast<const WindowFields*>(nullptr), static_cast<const WindowFields*>(&fields)}) {
         const auto found = line(shown, WindowProgram::chromium);
         expectMend(found, Status::warning);
         EXPECT_TRUE(found.remedy.contains(QStringLiteral("--force-renderer-accessibility")));
@@ -189,7 +200,8 @@ TEST_F(WindowFinding, TheWaysIntoAFieldAreTold) {
 
 TEST(DoctorReport, JsonCarriesEveryLineUnderStableNames) {
     DoctorReport report;
-    report.lines.push_back({QStringLiteral("tray"), Status::warning, QStringLiteral("w"), QStringLiteral("r")});
+    report.lines.push_back(
+        {QStringLiteral("tray"), Status::warning, QStringLiteral("w"), QStringLiteral("r")});
     report.windows.push_back({QStringLiteral("window"), Status::ok, QStringLiteral("o"), QString()});
     const auto object = QJsonDocument::fromJson(asJson(report)).object();
     EXPECT_EQ(object[QStringLiteral("dictationWorks")], true);
@@ -203,7 +215,8 @@ TEST(DoctorReport, JsonCarriesEveryLineUnderStableNames) {
 
 TEST(DoctorReport, TextShowsStatusAndRemedy) {
     DoctorReport report;
-    report.lines.push_back({QStringLiteral("paste"), Status::failed, QStringLiteral("broken"), QStringLiteral("mend")});
+    report.lines.push_back(
+        {QStringLiteral("paste"), Status::failed, QStringLiteral("broken"), QStringLiteral("mend")});
     const QString text = asText(report, Localisation());
     EXPECT_TRUE(text.contains(QStringLiteral("[fail] broken\n         mend\n"))) << text.toStdString();
     EXPECT_TRUE(text.endsWith(QStringLiteral("Dictation does not work.\n")));

@@ -25,7 +25,8 @@ QDBusMessage propertyCall(const QString& member) {
 AccessibilitySwitch::AccessibilitySwitch(QDBusConnection session) : session_(std::move(session)) {
     session_.connect(busService, busPath, propertiesInterface, QStringLiteral("PropertiesChanged"), this,
                      SLOT(propertiesChanged(QDBusMessage)));
-    auto* watcher = new QDBusServiceWatcher(busService, session_, QDBusServiceWatcher::WatchForOwnerChange, this);
+    auto* watcher =
+        new QDBusServiceWatcher(busService, session_, QDBusServiceWatcher::WatchForOwnerChange, this);
     // A service that was started anew has forgotten the switch.
     connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, [this] { switchOn(); });
     connect(watcher, &QDBusServiceWatcher::serviceUnregistered, this, [this] { learn(false); });

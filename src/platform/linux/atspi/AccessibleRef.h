@@ -7,8 +7,8 @@
 
 namespace lorvane {
 
-/// One object of one application on the accessibility bus. The bus name is the unique one, which is never given out
-/// again; the path is the application's own and stays with the object for its life.
+/// One object of one application on the accessibility bus. The bus name is the unique one, which is never
+/// given out again; the path is the application's own and stays with the object for its life.
 struct AccessibleRef {
     QString bus;
     QString path;
@@ -47,14 +47,15 @@ constexpr unsigned stateVisible = 30;
 
 /// The states of one object at one moment.
 class AccessibleStates {
-public:
+ public:
     AccessibleStates() = default;
     explicit AccessibleStates(std::uint64_t bits) : bits_(bits) {}
     [[nodiscard]] bool has(unsigned state) const { return ((bits_ >> state) & 1U) != 0; }
-    /// On the screen as far as the application tells: GTK 4.8 never says "showing" of what is inside a window.
+    /// On the screen as far as the application tells: GTK 4.8 never says "showing" of what is inside a
+    /// window.
     [[nodiscard]] bool isSeen() const { return has(atspi::stateShowing) || has(atspi::stateVisible); }
 
-private:
+ private:
     std::uint64_t bits_ = 0;
 };
 

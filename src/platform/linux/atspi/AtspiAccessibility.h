@@ -11,8 +11,9 @@ namespace lorvane {
 
 /// Trusted: the accessibility bus answers, its switch is on, and keys can be posted. Main thread.
 class AtspiAccessibility final : public Accessibility {
-public:
-    /// `canPostKeys`: whether this session takes synthetic keys; asked each time. `session`: where notifications go.
+ public:
+    /// `canPostKeys`: whether this session takes synthetic keys; asked each time. `session`: where
+    /// notifications go.
     AtspiAccessibility(const Foundation& foundation, AtspiBus& bus, AccessibilitySwitch& accessibilitySwitch,
                        std::function<bool()> canPostKeys, QDBusConnection session);
 
@@ -20,7 +21,7 @@ public:
     void openAccessibilitySettings() override;
     [[nodiscard]] Handle subscribe(std::function<void()> changed) override;
 
-private:
+ private:
     [[nodiscard]] QString advice() const;
     void notify(const QString& title, const QString& text);
 

@@ -37,7 +37,8 @@ QString eventDetail(const QDBusMessage& message) { return message.arguments().va
 
 AtspiBus::AtspiBus(Clock& clock, QDBusConnection session)
     : clock_(clock), session_(std::move(session)),
-      connectionName_(QStringLiteral("lorvane-accessibility-") + QUuid::createUuid().toString(QUuid::WithoutBraces)),
+      connectionName_(QStringLiteral("lorvane-accessibility-") +
+                      QUuid::createUuid().toString(QUuid::WithoutBraces)),
       connection_(connectionName_), retryDelay_(firstRetry) {
     askForAddress();
 }
@@ -45,8 +46,9 @@ AtspiBus::AtspiBus(Clock& clock, QDBusConnection session)
 AtspiBus::~AtspiBus() { close(); }
 
 void AtspiBus::askForAddress() {
-    const auto ask = QDBusMessage::createMethodCall(QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
-                                                    QStringLiteral("org.a11y.Bus"), QStringLiteral("GetAddress"));
+    const auto ask =
+        QDBusMessage::createMethodCall(QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
+                                       QStringLiteral("org.a11y.Bus"), QStringLiteral("GetAddress"));
     auto* watcher = new QDBusPendingCallWatcher(session_.asyncCall(ask), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
         watcher->deleteLater();
@@ -103,7 +105,8 @@ void AtspiBus::retryLater() {
     retryDelay_ = std::min(2 * retryDelay_, lastRetry);
 }
 
-void AtspiBus::follow(const QString& interface, const QString& member, const QStringList& match, const char* slot) {
+void AtspiBus::follow(const QString& interface, const QString& member, const QStringList& match,
+                      const char* slot) {
     connection_.connect(QString(), QString(), interface, member, match, QString(), this, slot);
 }
 
@@ -130,23 +133,24 @@ Handle AtspiBus::watchText(const QString& bus, std::function<void(const TextChan
     auto subscription = std::make_shared<Handle>(textEvents_.subscribe(std::move(observer)));
     return Handle([this, bus, event, member, subscription] {
         subscription->reset();
-        connection_.disconnect(bus, QString(), atspi::objectEvents, member, this, SLOT(textChanged(QDBusMessage)));
-        auto message = QDBusMessage::createMethodCall(atspi::registryBus, atspi::registryPath, atspi::registryBus,
-                                                      QStringLiteral("DeregisterEvent"));
+        connection_.disconnect(bus, QString(), atspi::objectEvents, member, this,
+                               SLOT(textChanged(QDBusMessage)));
+        auto message = QDBusMessage::createMethodCall(atspi::registryBus, atspi::registryPath,
+                                                      atspi::registryBus, QStringLiteral("DeregisterEvent"));
         message.setArguments({event});
         connection_.asyncCall(message);
     });
 }
 
-Completion<AtspiReply> AtspiBus::call(const AccessibleRef& object, const QString& interface, const QString& member,
-                                      const QVariantList& arguments, Duration bound) {
+Completion<AtspiReply> AtspiBus::call(const AccessibleRef& object, const QString& interface,
+                                      const QString& member, const QVariantList& arguments, Duration bound) {
     auto message = QDBusMessage::createMethodCall(object.bus, object.path, interface, member);
     message.setArguments(arguments);
     return send(message, bound);
 }
 
-Completion<AtspiReply> AtspiBus::property(const AccessibleRef& object, const QString& interface, const QString& name,
-                                          Duration bound) {
+Completion<AtspiReply> AtspiBus::property(const AccessibleRef& object, const QString& interface,
+                                          const QString& name, Duration bound) {
     auto message =
         QDBusMessage::createMethodCall(object.bus, object.path, propertiesInterface, QStringLiteral("Get"));
     message.setArguments({interface, name});

@@ -22,14 +22,14 @@ struct TextChange {
     QString text;
 };
 
-/// The connection to the accessibility bus: calls to applications, each with its own bound, and their events. Nothing
-/// here ever waits: a call is sent and its answer comes as a Completion, so that a hung application holds up nobody
-/// and our own windows may be asked like any others. Answers and events come in the order in which an application
-/// sent them. Connects again by itself when the bus goes away. Main thread.
+/// The connection to the accessibility bus: calls to applications, each with its own bound, and their events.
+/// Nothing here ever waits: a call is sent and its answer comes as a Completion, so that a hung application
+/// holds up nobody and our own windows may be asked like any others. Answers and events come in the order in
+/// which an application sent them. Connects again by itself when the bus goes away. Main thread.
 class AtspiBus : public QObject {
     Q_OBJECT
 
-public:
+ public:
     /// One call never takes longer.
     static constexpr Duration callBound = std::chrono::milliseconds(150);
 
@@ -45,8 +45,8 @@ public:
     [[nodiscard]] Handle subscribeFocus(std::function<void(const FocusEvent&)> observer) {
         return focusEvents_.subscribe(std::move(observer));
     }
-    /// The text events of one application (they cost it work, so no others are asked for). One at a time: end the
-    /// previous watch first, and each before the bus.
+    /// The text events of one application (they cost it work, so no others are asked for). One at a time: end
+    /// the previous watch first, and each before the bus.
     [[nodiscard]] Handle watchText(const QString& bus, std::function<void(const TextChange&)> observer);
 
     [[nodiscard]] Completion<AtspiReply> call(const AccessibleRef& object, const QString& interface,
@@ -61,14 +61,14 @@ public:
     /// The root object of every application that shows itself.
     QCoro::Task<std::vector<AccessibleRef>> applications(TaskScope scope);
 
-private Q_SLOTS:
+ private Q_SLOTS:
     void stateChanged(const QDBusMessage& message);
     void windowChanged(const QDBusMessage& message);
     void textChanged(const QDBusMessage& message);
     void nameOwnerChanged(const QDBusMessage& message);
     void disconnected();
 
-private:
+ private:
     void askForAddress();
     void open(const QString& address);
     void close();

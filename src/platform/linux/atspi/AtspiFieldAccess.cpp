@@ -26,13 +26,15 @@ bool isOurselves(ProcessId process) { return process == QCoreApplication::applic
 
 AtspiFieldAccess::AtspiFieldAccess(AtspiBus& bus, AccessibilitySwitch& accessibilitySwitch,
                                    const Workspace& workspace, Clock& clock)
-    : bus_(bus), switch_(accessibilitySwitch), workspace_(workspace), clock_(clock), search_(bus, clock, patience_),
-      reader_(bus, clock, patience_), events_(bus.subscribeFocus([this](const FocusEvent& event) { handle(event); })),
+    : bus_(bus), switch_(accessibilitySwitch), workspace_(workspace), clock_(clock),
+      search_(bus, clock, patience_), reader_(bus, clock, patience_),
+      events_(bus.subscribeFocus([this](const FocusEvent& event) { handle(event); })),
       connection_(bus.subscribeConnection([this] { connectionChanged(); })) {
     connectionChanged();
 }
 
-QCoro::Task<std::optional<FieldElement>> AtspiFieldAccess::focusedElement(ProcessId process, TaskScope scope) {
+QCoro::Task<std::optional<FieldElement>> AtspiFieldAccess::focusedElement(ProcessId process,
+                                                                          TaskScope scope) {
     const Instant end = deadline();
     const auto found = co_await findFocus(process, end, scope);
     if (!found) {

@@ -11,11 +11,11 @@
 
 namespace lorvane {
 
-/// The fields of other applications over the accessibility bus. The focus is known from events; a search through the
-/// windows happens only for a process of which none has told yet, and not again at once. Fields of this very
-/// process are not answered here: they are read in process. Main thread; nothing blocks it.
+/// The fields of other applications over the accessibility bus. The focus is known from events; a search
+/// through the windows happens only for a process of which none has told yet, and not again at once. Fields
+/// of this very process are not answered here: they are read in process. Main thread; nothing blocks it.
 class AtspiFieldAccess final : public FieldAccess {
-public:
+ public:
     AtspiFieldAccess(AtspiBus& bus, AccessibilitySwitch& accessibilitySwitch, const Workspace& workspace,
                      Clock& clock);
 
@@ -24,7 +24,7 @@ public:
     void requestManualAccessibility(ProcessId process) override;
     QCoro::Task<bool> isSecureEventInputEnabled(TaskScope scope) override;
 
-private:
+ private:
     QCoro::Task<std::optional<AccessibleRef>> findFocus(ProcessId process, Instant deadline, TaskScope scope);
     QCoro::Task<std::optional<AccessibleRef>> search(ProcessId process, Instant deadline, TaskScope scope);
     /// Whether the field has the focus still; absent when its application is silent.

@@ -21,7 +21,8 @@ QVariant AtspiReply::first() const {
         return {};
     }
     const QVariant value = values_.first();
-    return value.metaType() == QMetaType::fromType<QDBusVariant>() ? value.value<QDBusVariant>().variant() : value;
+    return value.metaType() == QMetaType::fromType<QDBusVariant>() ? value.value<QDBusVariant>().variant()
+                                                                   : value;
 }
 
 std::optional<QString> AtspiReply::text() const {

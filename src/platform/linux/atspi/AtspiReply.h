@@ -13,7 +13,7 @@ namespace lorvane {
 
 /// What a call to an application gave: its values, a refusal, or silence.
 class AtspiReply {
-public:
+ public:
     enum class Outcome { answered, refused, timedOut };
 
     AtspiReply(Outcome outcome, QVariantList values) : outcome_(outcome), values_(std::move(values)) {}
@@ -28,7 +28,7 @@ public:
     [[nodiscard]] std::optional<QStringList> names() const;
     [[nodiscard]] std::optional<std::vector<AccessibleRef>> objects() const;
 
-private:
+ private:
     [[nodiscard]] QVariant first() const;
 
     Outcome outcome_;

@@ -69,7 +69,8 @@ QCoro::Task<void> AtspiSurvey::count(Objects objects, ShownApplication* into, Ta
     for (const auto& object : objects) {
         Asked one;
         one.states = bus_.call(object, atspi::accessibleInterface, QStringLiteral("GetState"), {}, bound);
-        one.interfaces = bus_.call(object, atspi::accessibleInterface, QStringLiteral("GetInterfaces"), {}, bound);
+        one.interfaces =
+            bus_.call(object, atspi::accessibleInterface, QStringLiteral("GetInterfaces"), {}, bound);
         one.role = bus_.call(object, atspi::accessibleInterface, QStringLiteral("GetRole"), {}, bound);
         asked.push_back(std::move(one));
     }
@@ -79,8 +80,8 @@ QCoro::Task<void> AtspiSurvey::count(Objects objects, ShownApplication* into, Ta
         const auto role = co_await one.role.wait(scope);
         into->silent = into->silent || states.timedOut();
         if (states.answered() && interfaces.answered() && role.answered()) {
-            enter(*into, states.states().value_or(AccessibleStates()), interfaces.names().value_or(QStringList()),
-                  role.number().value_or(0));
+            enter(*into, states.states().value_or(AccessibleStates()),
+                  interfaces.names().value_or(QStringList()), role.number().value_or(0));
         }
     }
 }
@@ -89,7 +90,8 @@ QCoro::Task<AtspiSurvey::Objects> AtspiSurvey::childrenOf(Objects parents, Shown
                                                           TaskScope scope) {
     std::vector<Completion<AtspiReply>> asked;
     for (const auto& parent : parents) {
-        asked.push_back(bus_.call(parent, atspi::accessibleInterface, QStringLiteral("GetChildren"), {}, bound));
+        asked.push_back(
+            bus_.call(parent, atspi::accessibleInterface, QStringLiteral("GetChildren"), {}, bound));
     }
     Objects children;
     for (const auto& one : asked) {

@@ -12,8 +12,8 @@ struct ShownApplication {
     QString toolkit;
     /// It was asked and did not answer in time.
     bool silent = false;
-    /// Text fields that can be edited: some can be read, some can be written through the interface besides, and some
-    /// are the screen of a terminal.
+    /// Text fields that can be edited: some can be read, some can be written through the interface besides,
+    /// and some are the screen of a terminal.
     int readableFields = 0;
     int writableFields = 0;
     int terminals = 0;
@@ -21,9 +21,10 @@ struct ShownApplication {
     bool hasWebContent = false;
 };
 
-/// Goes once through everything that applications show of themselves: for a report, not for the work of dictation.
+/// Goes once through everything that applications show of themselves: for a report, not for the work of
+/// dictation.
 class AtspiSurvey {
-public:
+ public:
     /// An application with more objects is looked at as far as this.
     static constexpr int mostObjects = 4000;
 
@@ -31,7 +32,7 @@ public:
 
     QCoro::Task<std::vector<ShownApplication>> run(TaskScope scope);
 
-private:
+ private:
     using Objects = std::vector<AccessibleRef>;
     QCoro::Task<ShownApplication> examine(AccessibleRef application, TaskScope scope);
     QCoro::Task<void> count(Objects objects, ShownApplication* into, TaskScope scope);

@@ -16,7 +16,8 @@ constexpr qsizetype mostApplications = 256;
 FieldReader::FieldReader(AtspiBus& bus, Clock& clock, PatienceList& patience)
     : bus_(bus), clock_(clock), patience_(patience) {}
 
-QCoro::Task<std::optional<FieldReading>> FieldReader::read(AccessibleRef field, Instant deadline, TaskScope scope) {
+QCoro::Task<std::optional<FieldReading>> FieldReader::read(AccessibleRef field, Instant deadline,
+                                                           TaskScope scope) {
     const auto numbers = co_await readNumbers(field, deadline, scope);
     if (!numbers) {
         co_return std::nullopt;
@@ -38,15 +39,16 @@ QCoro::Task<std::optional<FieldReading>> FieldReader::read(AccessibleRef field, 
     co_return reading;
 }
 
-QCoro::Task<std::optional<FieldReader::Numbers>> FieldReader::readNumbers(AccessibleRef field, Instant deadline,
-                                                                         TaskScope scope) {
+QCoro::Task<std::optional<FieldReader::Numbers>> FieldReader::readNumbers(AccessibleRef field,
+                                                                          Instant deadline, TaskScope scope) {
     // All asked at once: one round trip.
     const Duration bound = left(deadline);
     const auto askState = bus_.call(field, atspi::accessibleInterface, QStringLiteral("GetState"), {}, bound);
     const auto askRole = bus_.call(field, atspi::accessibleInterface, QStringLiteral("GetRole"), {}, bound);
     const auto askCount = bus_.property(field, atspi::textInterface, QStringLiteral("CharacterCount"), bound);
     const auto askCaret = bus_.property(field, atspi::textInterface, QStringLiteral("CaretOffset"), bound);
-    const auto askSelected = bus_.call(field, atspi::textInterface, QStringLiteral("GetNSelections"), {}, bound);
+    const auto askSelected =
+        bus_.call(field, atspi::textInterface, QStringLiteral("GetNSelections"), {}, bound);
     const auto stateReply = co_await askState.wait(scope);
     note(field, stateReply);
     const auto roleReply = co_await askRole.wait(scope);
@@ -87,7 +89,8 @@ QCoro::Task<std::optional<QString>> FieldReader::readText(AccessibleRef field, q
         co_return QString();
     }
     const QVariantList range{static_cast<int>(from), static_cast<int>(to)};
-    const auto asked = bus_.call(field, atspi::textInterface, QStringLiteral("GetText"), range, left(deadline));
+    const auto asked =
+        bus_.call(field, atspi::textInterface, QStringLiteral("GetText"), range, left(deadline));
     const auto reply = co_await asked.wait(scope);
     note(field, reply);
     auto text = reply.text();
@@ -98,8 +101,8 @@ QCoro::Task<std::optional<QString>> FieldReader::readText(AccessibleRef field, q
     co_return text;
 }
 
-QCoro::Task<std::optional<QString>> FieldReader::readAfter(AccessibleRef field, Numbers numbers, Instant deadline,
-                                                           TaskScope scope) {
+QCoro::Task<std::optional<QString>> FieldReader::readAfter(AccessibleRef field, Numbers numbers,
+                                                           Instant deadline, TaskScope scope) {
     QString after;
     qint64 piece = firstPiece;
     for (qint64 at = numbers.caret; at < numbers.count && isBlank(after);) {
@@ -182,8 +185,8 @@ QCoro::Task<std::optional<FieldReading>> FieldReader::inCodePoints(AccessibleRef
     co_return reading;
 }
 
-QCoro::Task<std::optional<FieldReading>> FieldReader::inUnits(AccessibleRef field, Numbers numbers, QString after,
-                                                              Instant deadline, TaskScope scope) {
+QCoro::Task<std::optional<FieldReading>>
+FieldReader::inUnits(AccessibleRef field, Numbers numbers, QString after, Instant deadline, TaskScope scope) {
     FieldReading reading;
     reading.length = numbers.count;
     reading.caret = numbers.caret;

@@ -9,32 +9,35 @@
 
 namespace lorvane {
 
-/// Reads length, caret and what follows the caret of one field, in UTF-16 units whatever its application counts.
+/// Reads length, caret and what follows the caret of one field, in UTF-16 units whatever its application
+/// counts.
 ///
-/// The cost does not grow with the field where it can be helped: length and caret are numbers that the application
-/// gives, and of the text after the caret only as much is fetched as tells whether it is blank. An application that
-/// counts code points (GTK, Chromium) has its field fetched whole once, for the number of its surrogate pairs, which
-/// is then carried on by its change events (TextLedger). Main thread.
+/// The cost does not grow with the field where it can be helped: length and caret are numbers that the
+/// application gives, and of the text after the caret only as much is fetched as tells whether it is blank.
+/// An application that counts code points (GTK, Chromium) has its field fetched whole once, for the number of
+/// its surrogate pairs, which is then carried on by its change events (TextLedger). Main thread.
 class FieldReader {
-public:
+ public:
     FieldReader(AtspiBus& bus, Clock& clock, PatienceList& patience);
 
-    /// Absent when the field is no text that can be edited, is a password, or did not answer before `deadline`.
+    /// Absent when the field is no text that can be edited, is a password, or did not answer before
+    /// `deadline`.
     QCoro::Task<std::optional<FieldReading>> read(AccessibleRef field, Instant deadline, TaskScope scope);
 
-private:
+ private:
     struct Numbers {
         qint64 count = 0;
         qint64 caret = 0;
     };
     QCoro::Task<std::optional<Numbers>> readNumbers(AccessibleRef field, Instant deadline, TaskScope scope);
     QCoro::Task<std::optional<qint64>> selectionStart(AccessibleRef field, Instant deadline, TaskScope scope);
-    QCoro::Task<std::optional<QString>> readText(AccessibleRef field, qint64 from, qint64 to, Instant deadline,
-                                                 TaskScope scope);
+    QCoro::Task<std::optional<QString>> readText(AccessibleRef field, qint64 from, qint64 to,
+                                                 Instant deadline, TaskScope scope);
     QCoro::Task<std::optional<QString>> readAfter(AccessibleRef field, Numbers numbers, Instant deadline,
                                                   TaskScope scope);
     QCoro::Task<std::optional<QString>> toolkitOf(QString bus, Instant deadline, TaskScope scope);
-    QCoro::Task<std::optional<qint64>> pairsIn(AccessibleRef field, qint64 count, Instant deadline, TaskScope scope);
+    QCoro::Task<std::optional<qint64>> pairsIn(AccessibleRef field, qint64 count, Instant deadline,
+                                               TaskScope scope);
     QCoro::Task<std::optional<FieldReading>> inCodePoints(AccessibleRef field, Numbers numbers, QString after,
                                                           Instant deadline, TaskScope scope);
     QCoro::Task<std::optional<FieldReading>> inUnits(AccessibleRef field, Numbers numbers, QString after,

@@ -8,7 +8,8 @@ namespace lorvane {
 FocusSearch::FocusSearch(AtspiBus& bus, Clock& clock, PatienceList& patience)
     : bus_(bus), clock_(clock), patience_(patience) {}
 
-QCoro::Task<std::optional<FoundFocus>> FocusSearch::find(ProcessId process, Instant deadline, TaskScope scope) {
+QCoro::Task<std::optional<FoundFocus>> FocusSearch::find(ProcessId process, Instant deadline,
+                                                         TaskScope scope) {
     const Objects applications = co_await bus_.applications(scope);
     for (const auto& application : applications) {
         const ProcessId owner = co_await bus_.processOf(application.bus, scope);
@@ -24,7 +25,7 @@ QCoro::Task<std::optional<FoundFocus>> FocusSearch::find(ProcessId process, Inst
 }
 
 QCoro::Task<std::optional<FoundFocus>> FocusSearch::findWithin(AccessibleRef application, Instant deadline,
-                                                                  TaskScope scope) {
+                                                               TaskScope scope) {
     std::optional<FoundFocus> focused;
     std::size_t seen = 0;
     bool areWindows = true;
@@ -50,7 +51,8 @@ QCoro::Task<std::optional<FoundFocus>> FocusSearch::findWithin(AccessibleRef app
     co_return focused;
 }
 
-QCoro::Task<FocusSearch::Objects> FocusSearch::childrenOf(Objects parents, Instant deadline, TaskScope scope) {
+QCoro::Task<FocusSearch::Objects> FocusSearch::childrenOf(Objects parents, Instant deadline,
+                                                          TaskScope scope) {
     std::vector<Completion<AtspiReply>> asked;
     for (const auto& parent : parents) {
         asked.push_back(

@@ -12,11 +12,11 @@ struct FoundFocus {
     bool isEditable = false;
 };
 
-/// Looks through the windows of an application for the field that has the keyboard: for the start of the program, when
-/// no event has told yet. Level by level, everything of a level asked at once; only the active window and only what
-/// shows; at most `mostObjects` objects. Main thread.
+/// Looks through the windows of an application for the field that has the keyboard: for the start of the
+/// program, when no event has told yet. Level by level, everything of a level asked at once; only the active
+/// window and only what shows; at most `mostObjects` objects. Main thread.
 class FocusSearch {
-public:
+ public:
     static constexpr std::size_t mostObjects = 3000;
 
     FocusSearch(AtspiBus& bus, Clock& clock, PatienceList& patience);
@@ -24,9 +24,10 @@ public:
     /// Absent when there is none, or none was found before `deadline`.
     QCoro::Task<std::optional<FoundFocus>> find(ProcessId process, Instant deadline, TaskScope scope);
     /// The same within one application.
-    QCoro::Task<std::optional<FoundFocus>> findWithin(AccessibleRef application, Instant deadline, TaskScope scope);
+    QCoro::Task<std::optional<FoundFocus>> findWithin(AccessibleRef application, Instant deadline,
+                                                      TaskScope scope);
 
-private:
+ private:
     using Objects = std::vector<AccessibleRef>;
     struct Level {
         Objects showing;

@@ -24,7 +24,8 @@ void FocusTracker::handle(const FocusEvent& event) {
         application.activeWindow = event.source.path;
         break;
     case FocusEvent::Kind::windowDeactivated:
-        // The late word of a window that another window of the same application has already followed says nothing.
+        // The late word of a window that another window of the same application has already followed says
+        // nothing.
         if (application.activeWindow.isEmpty() || application.activeWindow == event.source.path) {
             application.activeWindow.clear();
             application.field.reset();

@@ -19,11 +19,12 @@ struct FocusEvent {
 
 /// Which field of each application has, or had last, the keyboard; a pure value over the events.
 ///
-/// Each application is kept by itself, since the order of events of two applications is not fixed ("the old one lost
-/// it" may come 100 ms after "the new one gained it"): which application counts is for the window manager to say.
-/// Within one, the last that gained the focus has it, and losing it is believed only of the one that has it.
+/// Each application is kept by itself, since the order of events of two applications is not fixed ("the old
+/// one lost it" may come 100 ms after "the new one gained it"): which application counts is for the window
+/// manager to say. Within one, the last that gained the focus has it, and losing it is believed only of the
+/// one that has it.
 class FocusTracker {
-public:
+ public:
     void handle(const FocusEvent& event);
     /// A field that was found without an event.
     void remember(const AccessibleRef& field);
@@ -36,7 +37,7 @@ public:
     /// Every application with a focus, the one that gained it last first.
     [[nodiscard]] QStringList applications() const;
 
-private:
+ private:
     struct Application {
         std::optional<QString> field;
         QString activeWindow;

@@ -8,10 +8,10 @@
 
 namespace lorvane {
 
-/// Applications that did not answer in time. One is not asked again until it is heard from, or for three seconds, so
-/// that a hung application costs one bound and not one for every read.
+/// Applications that did not answer in time. One is not asked again until it is heard from, or for three
+/// seconds, so that a hung application costs one bound and not one for every read.
 class PatienceList {
-public:
+ public:
     static constexpr Duration rest = std::chrono::seconds(3);
 
     void putAside(const QString& bus, Instant now) { until_.insert(bus, now + rest); }
@@ -28,7 +28,7 @@ public:
         return false;
     }
 
-private:
+ private:
     QHash<QString, Instant> until_;
 };
 

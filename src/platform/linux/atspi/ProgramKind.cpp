@@ -10,8 +10,8 @@ namespace lorvane {
 ProgramKind kindFrom(const QByteArray& maps, const QStringList& filesBeside) {
     // Chromium first: it maps Qt too where it was told to look like a Qt program.
     for (const auto& name : filesBeside) {
-        if (name == QLatin1String("chrome_100_percent.pak") || name == QLatin1String("v8_context_snapshot.bin") ||
-            name == QLatin1String("snapshot_blob.bin")) {
+        if (name == QLatin1String("chrome_100_percent.pak") ||
+            name == QLatin1String("v8_context_snapshot.bin") || name == QLatin1String("snapshot_blob.bin")) {
             return ProgramKind::chromium;
         }
     }

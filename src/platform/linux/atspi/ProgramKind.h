@@ -8,8 +8,8 @@ namespace lorvane {
 /// What a program that shows nothing of itself is made of, since that decides what helps.
 enum class ProgramKind { unknown, qt, chromium };
 
-/// Read from what the process has mapped (/proc/PID/maps) and from the files beside its program: Chromium and what is
-/// built on it carries its resources there.
+/// Read from what the process has mapped (/proc/PID/maps) and from the files beside its program: Chromium and
+/// what is built on it carries its resources there.
 [[nodiscard]] ProgramKind programKind(ProcessId process);
 
 /// The pure part: `maps` as the kernel writes it, and the names beside the program.

@@ -7,12 +7,12 @@
 
 namespace lorvane {
 
-/// How many surrogate pairs stand in a field whose application counts code points, so that its length in UTF-16 units
-/// is known without fetching the text again. Entered once from the whole text, then carried on by the application's
-/// own change events, and believed only as long as the character count that it predicts is the one that is read: a
-/// lost or wrong event costs a fetch, never a wrong position.
+/// How many surrogate pairs stand in a field whose application counts code points, so that its length in
+/// UTF-16 units is known without fetching the text again. Entered once from the whole text, then carried on
+/// by the application's own change events, and believed only as long as the character count that it predicts
+/// is the one that is read: a lost or wrong event costs a fetch, never a wrong position.
 class TextLedger {
-public:
+ public:
     /// The whole text was read.
     void enter(qint64 characters, qint64 pairs);
     void inserted(qint64 characters, const QString& text) { apply(characters, text, 1); }
@@ -22,7 +22,7 @@ public:
     /// The pairs in a field that has `characters` code points now; absent when the text has to be read.
     [[nodiscard]] std::optional<qint64> pairsFor(qint64 characters) const;
 
-private:
+ private:
     void apply(qint64 characters, const QString& text, int sign);
 
     bool valid_ = false;

@@ -59,7 +59,8 @@ std::optional<TextUnit> provenUnit(const QString& text, qint64 count, TextUnit a
 }
 
 bool isBlank(const QString& text) {
-    return std::all_of(text.begin(), text.end(), [](QChar unit) { return unit.isSpace() || unit == padding; });
+    return std::all_of(text.begin(), text.end(),
+                       [](QChar unit) { return unit.isSpace() || unit == padding; });
 }
 
 } // namespace lorvane

@@ -12,18 +12,20 @@ enum class TextUnit { utf16, codePoints };
 
 /// What a toolkit is known to count; absent for one that is not known.
 [[nodiscard]] std::optional<TextUnit> unitOfToolkit(const QString& toolkitName);
-/// Whether the toolkit puts U+FEFF into what it hands over: one in the place of each second half of a surrogate pair
-/// (its positions count UTF-16 units, the interface counts characters), and one at the end of a field.
+/// Whether the toolkit puts U+FEFF into what it hands over: one in the place of each second half of a
+/// surrogate pair (its positions count UTF-16 units, the interface counts characters), and one at the end of
+/// a field.
 [[nodiscard]] bool toolkitPadsText(const QString& toolkitName);
 
 /// Surrogate pairs: by so many UTF-16 units a text is longer than it has code points.
 [[nodiscard]] qint64 surrogatePairs(const QString& text);
 /// The text without the padding described at `toolkitPadsText`.
 [[nodiscard]] QString withoutPadding(const QString& text);
-/// Whether a whole text, given with padding, ends with the padding of its field and not with that of a character.
+/// Whether a whole text, given with padding, ends with the padding of its field and not with that of a
+/// character.
 [[nodiscard]] bool endsWithFieldPadding(const QString& text);
-/// The unit in which `count` is the length of the whole `text`; absent when it is neither. `assumed` decides where both
-/// units give the same.
+/// The unit in which `count` is the length of the whole `text`; absent when it is neither. `assumed` decides
+/// where both units give the same.
 [[nodiscard]] std::optional<TextUnit> provenUnit(const QString& text, qint64 count, TextUnit assumed);
 /// Nothing but white space and line ends.
 [[nodiscard]] bool isBlank(const QString& text);

@@ -9,7 +9,7 @@ namespace lorvane {
 namespace {
 
 class AtspiAccessibilityTest : public AtspiDesktopTest {
-protected:
+ protected:
     static void setSwitch(bool on) {
         auto set = QDBusMessage::createMethodCall(
             QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),

@@ -10,7 +10,7 @@ namespace lorvane {
 namespace {
 
 class AtspiBusLossTest : public AtspiDesktopTest {
-protected:
+ protected:
     TestFoundation world;
     AtspiAccessibility accessibility{world.foundation, bus, accessibilitySwitch, [] { return true; },
                                      QDBusConnection::sessionBus()};

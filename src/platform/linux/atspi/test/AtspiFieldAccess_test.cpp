@@ -23,7 +23,7 @@ struct Toolkit {
 void PrintTo(const Toolkit& toolkit, std::ostream* out) { *out << toolkit.name; }
 
 class EachToolkit : public AtspiDesktopTest, public ::testing::WithParamInterface<Toolkit> {
-protected:
+ protected:
     Program fields{QString::fromUtf8(GetParam().program), GetParam().arguments};
 
     void place(const QString& text, const char* order) {
@@ -120,9 +120,8 @@ TEST_P(EachToolkit, AHungProgramCostsItsBoundOnceAndHoldsUpNobody) {
     qint64 longestGap = 0;
     QElapsedTimer sinceBeat;
     QTimer beat;
-    QObject::connect(&beat, &QTimer::timeout, [&] {
-        longestGap = std::max(longestGap, sinceBeat.restart());
-    });
+    QObject::connect(&beat, &QTimer::timeout,
+                     [&] { longestGap = std::max(longestGap, sinceBeat.restart()); });
     ::kill(static_cast<pid_t>(fields.id()), SIGSTOP);
     sinceBeat.start();
     beat.start(5);
@@ -137,6 +136,24 @@ TEST_P(EachToolkit, AHungProgramCostsItsBoundOnceAndHoldsUpNobody) {
     EXPECT_LE(inSeconds(thrice - once), 0.05) << "it was asked again though it had been silent";
     EXPECT_LE(longestGap, 100) << "the main loop stood still";
     EXPECT_TRUE(reads(fields.id(), 0, 0, QString())) << "it woke up and is read again";
+}
+
+TEST_P(EachToolkit, ReadingOverAndOverGivesTheSame) {
+    place(smileText, caretOrder(4, 3).toUtf8());
+    ASSERT_TRUE(reads(fields.id(), 5, 4, QStringLiteral("\n")));
+    std::vector<double> costs;
+    for (int i = 0; i < 500; ++i) {
+        const Instant before = clock.now();
+        const auto element = focus(fields.id());
+        ASSERT_TRUE(element);
+        const auto reading = read(*element);
+        costs.push_back(1000 * inSeconds(clock.now() - before));
+        ASSERT_TRUE(reading);
+        EXPECT_EQ(reading->caret, 4);
+    }
+    std::sort(costs.begin(), costs.end());
+    std::cout << GetParam().name << ": focus and read p50 " << costs[250] << " ms, p95 " << costs[475]
+              << " ms\n";
 }
 
 TEST_P(EachToolkit, AFieldOfAMillionCharactersIsReadAndStaysCheap) {
@@ -159,18 +176,20 @@ TEST_P(EachToolkit, AFieldOfAMillionCharactersIsReadAndStaysCheap) {
         EXPECT_EQ(reading->length, units);
     }
     std::sort(costs.begin(), costs.end());
-    std::cout << GetParam().name << ": read of 1 MB p50 " << costs[100] << " ms, p95 " << costs[190] << " ms\n";
+    std::cout << GetParam().name << ": read of 1 MB p50 " << costs[100] << " ms, p95 " << costs[190]
+              << " ms\n";
     // Fetching the text each time costs several times as much on any machine.
     EXPECT_LE(costs[100], 20.0);
     fields.order(QStringLiteral("insert ") + QString::fromUtf8("x😀y"));
     EXPECT_TRUE(reads(fields.id(), units + 4, units + 4, QString()));
 }
 
-INSTANTIATE_TEST_SUITE_P(Desktop, EachToolkit,
-                         ::testing::Values(Toolkit{"Gtk3", GTK_FIELDS, {QStringLiteral("3")}, TextUnit::codePoints},
-                                           Toolkit{"Gtk4", GTK_FIELDS, {QStringLiteral("4")}, TextUnit::codePoints},
-                                           Toolkit{"Qt6", QT_FIELDS, {}, TextUnit::utf16}),
-                         [](const auto& toolkit) { return std::string(toolkit.param.name); });
+INSTANTIATE_TEST_SUITE_P(
+    Desktop, EachToolkit,
+    ::testing::Values(Toolkit{"Gtk3", GTK_FIELDS, {QStringLiteral("3")}, TextUnit::codePoints},
+                      Toolkit{"Gtk4", GTK_FIELDS, {QStringLiteral("4")}, TextUnit::codePoints},
+                      Toolkit{"Qt6", QT_FIELDS, {}, TextUnit::utf16}),
+    [](const auto& toolkit) { return std::string(toolkit.param.name); });
 
 class RealEditors : public AtspiDesktopTest {};
 
@@ -208,6 +227,16 @@ TEST_F(RealEditors, TwoProgramsHaveDifferentFields) {
     const auto two = focus(second.id());
     ASSERT_TRUE(one && two);
     EXPECT_FALSE(*one == *two);
+}
+
+TEST_F(RealEditors, ASecondConnectionComesUpBesideTheFirst) {
+    const Instant before = clock.now();
+    const AtspiBus second(clock, QDBusConnection::sessionBus());
+    const Instant made = clock.now();
+    ASSERT_TRUE(until([&] { return second.isConnected(); }));
+    std::cout << "connected after " << 1000 * inSeconds(clock.now() - before)
+              << " ms, of which the constructor " << 1000 * inSeconds(made - before) << " ms\n";
+    EXPECT_TRUE(bus.isConnected());
 }
 
 TEST_F(RealEditors, OurselvesAreNeverAsked) {

@@ -49,7 +49,7 @@ T finish(Make make) {
 
 /// A program of the test with its window; it ends with this.
 class Program {
-public:
+ public:
     explicit Program(const QString& path, const QStringList& arguments = {}) {
         process_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
         process_.start(path, arguments);
@@ -69,14 +69,14 @@ public:
         process_.waitForFinished();
     }
 
-private:
+ private:
     QProcess process_;
     ProcessId id_ = 0;
 };
 
 /// The adapter on the real accessibility bus of the virtual desktop.
 class AtspiDesktopTest : public ::testing::Test {
-protected:
+ protected:
     AtspiDesktopTest() {
         if (!until([this] { return bus.isConnected() && accessibilitySwitch.isOn(); })) {
             throw std::runtime_error("no accessibility bus");
@@ -88,7 +88,8 @@ protected:
             [&](TaskScope scope) { return access.focusedElement(process, scope); });
     }
     std::optional<FieldReading> read(const FieldElement& element) {
-        return finish<std::optional<FieldReading>>([&](TaskScope scope) { return access.read(element, scope); });
+        return finish<std::optional<FieldReading>>(
+            [&](TaskScope scope) { return access.read(element, scope); });
     }
     bool isSecure() {
         return finish<bool>([&](TaskScope scope) { return access.isSecureEventInputEnabled(scope); });
@@ -108,7 +109,8 @@ protected:
             return reading && reading->length == length && reading->caret == caret &&
                    reading->afterCaret.left(40) == after.left(40);
         });
-        return good ? ::testing::AssertionSuccess() : ::testing::AssertionFailure() << "last: " << seen.toStdString();
+        return good ? ::testing::AssertionSuccess()
+                    : ::testing::AssertionFailure() << "last: " << seen.toStdString();
     }
     QString fileWith(const QString& text) {
         const QString path = folder.filePath(QStringLiteral("text%1.txt").arg(++files));

@@ -12,7 +12,7 @@ const QString editor = QStringLiteral(":1.10");
 const QString browser = QStringLiteral(":1.20");
 
 class FocusTrackerTest : public ::testing::Test {
-protected:
+ protected:
     void say(Kind kind, const QString& bus, const char* path) {
         tracker.handle({kind, {bus, QString::fromUtf8(path)}});
     }

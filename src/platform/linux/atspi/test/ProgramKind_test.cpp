@@ -17,11 +17,13 @@ TEST(ProgramKind, QtIsToldByItsLibrary) {
 TEST(ProgramKind, ChromiumIsToldByTheFilesBesideIt) {
     EXPECT_EQ(kindFrom("", {QStringLiteral("icudtl.dat"), QStringLiteral("chrome_100_percent.pak")}),
               ProgramKind::chromium);
-    EXPECT_EQ(kindFrom("… /libQt6Gui.so.6", {QStringLiteral("v8_context_snapshot.bin")}), ProgramKind::chromium);
+    EXPECT_EQ(kindFrom("… /libQt6Gui.so.6", {QStringLiteral("v8_context_snapshot.bin")}),
+              ProgramKind::chromium);
 }
 
 TEST(ProgramKind, AnythingElseIsUnknown) {
-    EXPECT_EQ(kindFrom("… /usr/bin/xterm\n", {QStringLiteral("xterm"), QStringLiteral("ls")}), ProgramKind::unknown);
+    EXPECT_EQ(kindFrom("… /usr/bin/xterm\n", {QStringLiteral("xterm"), QStringLiteral("ls")}),
+              ProgramKind::unknown);
     EXPECT_EQ(programKind(-1), ProgramKind::unknown);
     // This very program links no Gui.
     EXPECT_EQ(programKind(QCoreApplication::applicationPid()), ProgramKind::unknown);

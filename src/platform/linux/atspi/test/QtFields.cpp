@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A window with a text area, a line and a password, worked by lines on standard input; see gtk-fields for the lines.
+// A window with a text area, a line and a password, worked by lines on standard input; see gtk-fields for the
+// lines.
 #include <QApplication>
 #include <QFile>
 #include <QLineEdit>
@@ -39,7 +40,8 @@ void obey(const Fields& fields, const QString& order) {
     } else if (word == QLatin1String("caret")) {
         select(fields, rest.toInt(), rest.toInt());
     } else if (word == QLatin1String("select")) {
-        select(fields, rest.section(QLatin1Char(' '), 0, 0).toInt(), rest.section(QLatin1Char(' '), 1).toInt());
+        select(fields, rest.section(QLatin1Char(' '), 0, 0).toInt(),
+               rest.section(QLatin1Char(' '), 1).toInt());
     } else if (word == QLatin1String("insert")) {
         fields.area->insertPlainText(rest);
     } else if (word == QLatin1String("focus")) {

@@ -42,7 +42,8 @@ TEST(TextUnits, ACountThatFitsNeitherUnitIsNotBelieved) {
 
 TEST(TextUnits, PaddingIsTakenOutAndTheFieldsOwnToldFromACharacters) {
     const QChar pad(0xFEFF);
-    EXPECT_EQ(withoutPadding(QString::fromUtf8("😀") + pad + QStringLiteral("a") + pad), QString::fromUtf8("😀a"));
+    EXPECT_EQ(withoutPadding(QString::fromUtf8("😀") + pad + QStringLiteral("a") + pad),
+              QString::fromUtf8("😀a"));
     EXPECT_TRUE(endsWithFieldPadding(QStringLiteral("a") + pad));
     EXPECT_TRUE(endsWithFieldPadding(QString(pad)));
     EXPECT_TRUE(endsWithFieldPadding(QString(pad) + pad));
