@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/linux/pulse/PulseCapture.h"
 
+#include "platform/linux/pulse/PulseStream.h"
+
 #include <algorithm>
 #include <pulse/error.h>
 
@@ -36,11 +38,7 @@ PulseCapture::~PulseCapture() {
         return;
     }
     const PulseConnection::Lock lock(connection_);
-    pa_stream_set_state_callback(stream_, nullptr, nullptr);
-    pa_stream_set_read_callback(stream_, nullptr, nullptr);
-    pa_stream_set_moved_callback(stream_, nullptr, nullptr);
-    pa_stream_disconnect(stream_);
-    pa_stream_unref(stream_);
+    endStream(stream_);
 }
 
 void PulseCapture::open(pa_context* context, const PulseSource& source) {

@@ -2,6 +2,7 @@
 #include "platform/linux/pulse/PulseChime.h"
 
 #include "platform/linux/pulse/ChimeSound.h"
+#include "platform/linux/pulse/PulseStream.h"
 
 #include <pulse/proplist.h>
 
@@ -79,9 +80,7 @@ void PulseChime::end(pa_stream* stream) {
     if (playing_.erase(stream) == 0) {
         return;
     }
-    pa_stream_set_state_callback(stream, nullptr, nullptr);
-    pa_stream_disconnect(stream);
-    pa_stream_unref(stream);
+    endStream(stream);
 }
 
 } // namespace lorvane

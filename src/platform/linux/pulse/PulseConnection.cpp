@@ -190,6 +190,7 @@ void PulseConnection::contextLost(State state) {
     {
         const std::lock_guard guard(mutex_);
         state_ = state;
+        refused_ = state == State::forbidden;
     }
     stateChanged_.notify_all();
     QMetaObject::invokeMethod(
