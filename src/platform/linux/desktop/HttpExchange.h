@@ -3,45 +3,50 @@
 
 #include "api/HttpClient.h"
 #include "base/Clock.h"
+#include "platform/linux/desktop/HttpAnswer.h"
 
-#include <QNetworkReply>
+#include <QTcpSocket>
 
 #include <memory>
 
 namespace lorvane {
 
-/// One request under way: turns the reply's signals into waits and ends the connection with itself.
+/// One request on a connection of its own: turns the socket's signals into waits and closes the connection
+/// with itself. The socket's read buffer is bounded, and bytes are taken from it only when they are asked
+/// for, so a slow reader fills it and then stops the server. (QNetworkReply's own bound does not hold for a
+/// chunked body: it reads all that comes.)
 class HttpExchange {
  public:
-    /// Owns the reply. `idle`: the longest wait without any progress.
-    HttpExchange(QNetworkReply* reply, Duration idle, Clock& clock);
+    HttpExchange(HttpRequest request, Clock& clock);
     HttpExchange(const HttpExchange&) = delete;
     HttpExchange& operator=(const HttpExchange&) = delete;
     ~HttpExchange();
 
-    /// Comes back when the reply has moved on; false: it did not for the whole idle time. What is there by
-    /// then is left to the caller to look at.
+    /// Comes back when something has moved; false: nothing did for the request's whole time-out. What is
+    /// there by then is left to the caller to look at.
     QCoro::Task<bool> progress(TaskScope scope);
 
-    [[nodiscard]] bool hasStatus() const { return status() > 0; }
-    [[nodiscard]] int status() const;
-    [[nodiscard]] bool isFinished() const { return reply_->isFinished(); }
-    /// What broke the connection, apart from what a status says.
-    [[nodiscard]] std::optional<TransportError> transportError() const;
-    /// Closed by the other side.
-    [[nodiscard]] bool wasClosed() const;
-    [[nodiscard]] QByteArray take(qint64 most) { return reply_->read(most); }
-    [[nodiscard]] bool hasBytes() const { return reply_->bytesAvailable() > 0; }
+    [[nodiscard]] int status() const { return answer_.status(); }
+    /// Bytes of the body, at most a few KiB; empty when none are there now.
+    [[nodiscard]] QByteArray take();
+    /// The body came whole or the connection broke; asked once `take` gives nothing.
+    [[nodiscard]] bool isFinished() const { return answer_.isComplete() || error_; }
+    [[nodiscard]] const std::optional<TransportError>& transportError() const { return error_; }
 
     static TransportError timedOut() { return {QStringLiteral("the request timed out")}; }
 
  private:
+    void connectToServer();
+    void sendRequest();
     void moved();
 
-    std::unique_ptr<QObject> context_ = std::make_unique<QObject>();
-    QNetworkReply* reply_;
-    Duration idle_;
+    HttpRequest request_;
     Clock& clock_;
+    std::unique_ptr<QObject> context_ = std::make_unique<QObject>();
+    std::unique_ptr<QTcpSocket> socket_;
+    HttpAnswer answer_;
+    QByteArray body_;
+    std::optional<TransportError> error_;
     bool moved_ = false;
     std::optional<Completion<bool>> waiter_;
 };

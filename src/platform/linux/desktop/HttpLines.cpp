@@ -5,8 +5,6 @@ namespace lorvane {
 
 namespace {
 
-constexpr qint64 chunk = 16 * 1024;
-
 QByteArray withoutCarriageReturn(QByteArray line) {
     if (line.endsWith('\r')) {
         line.chop(1);
@@ -24,8 +22,9 @@ QCoro::Task<Result<std::optional<QByteArray>, TransportError>> HttpLines::nextLi
         if (pending_.size() > longestLine) {
             co_return failure(TransportError{QStringLiteral("a line is too long")});
         }
-        if (exchange_->hasBytes()) {
-            pending_ += exchange_->take(chunk);
+        const QByteArray more = exchange_->take();
+        if (!more.isEmpty()) {
+            pending_ += more;
             continue;
         }
         if (exchange_->isFinished()) {
@@ -51,8 +50,8 @@ std::optional<QByteArray> HttpLines::takeLine() {
 }
 
 HttpLines::Line HttpLines::atEnd() {
-    if (auto error = exchange_->transportError()) {
-        return failure(std::move(*error));
+    if (const auto& error = exchange_->transportError()) {
+        return failure(*error);
     }
     if (pending_.isEmpty()) {
         return std::optional<QByteArray>();

@@ -5,16 +5,15 @@
 
 namespace lorvane {
 
-/// The lines of a reply's body. Bytes are taken from the reply only while a line is asked for, so a slow
-/// consumer fills the reply's bounded buffer and then the socket's.
+/// The lines of an answer's body. Bytes are taken from the connection only while a line is asked for.
 class HttpLines final : public HttpLineStream {
  public:
-    /// What the reply may hold back, and the longest line that is taken.
-    static constexpr qint64 readBuffer = 64 * 1024;
+    /// A server that never ends a line must not fill the memory.
     static constexpr qsizetype longestLine = 4 * 1024 * 1024;
 
-    explicit HttpLines(std::unique_ptr<HttpExchange> exchange)
-        : exchange_(std::move(exchange)), status_(exchange_->status()) {}
+    /// `first`: what was taken of the body already.
+    HttpLines(std::unique_ptr<HttpExchange> exchange, QByteArray first)
+        : exchange_(std::move(exchange)), status_(exchange_->status()), pending_(std::move(first)) {}
 
     [[nodiscard]] int status() const override { return status_; }
     QCoro::Task<Result<std::optional<QByteArray>, TransportError>> nextLine(TaskScope scope) override;

@@ -3,10 +3,6 @@
 
 #include "platform/linux/desktop/HttpLines.h"
 
-#include <QHostAddress>
-#include <QNetworkProxy>
-#include <QNetworkRequest>
-
 #include <algorithm>
 
 namespace lorvane {
@@ -15,42 +11,13 @@ namespace {
 
 constexpr qsizetype largestBody = 64 * 1024 * 1024;
 
-bool isLoopback(const QString& host) {
-    return host == QLatin1String("localhost") || QHostAddress(host).isLoopback();
-}
-
-/// The desktop's proxy settings, but never for this very machine.
-class ProxyChoice final : public QNetworkProxyFactory {
- public:
-    QList<QNetworkProxy> queryProxy(const QNetworkProxyQuery& query) override {
-        if (isLoopback(query.peerHostName())) {
-            return {QNetworkProxy(QNetworkProxy::NoProxy)};
-        }
-        return systemProxyForQuery(query);
-    }
-};
-
-QNetworkRequest plainRequest(const HttpRequest& request) {
-    QNetworkRequest result(request.url);
-    result.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
-    result.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
-    result.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
-    result.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
-    result.setAttribute(QNetworkRequest::AuthenticationReuseAttribute, QNetworkRequest::Manual);
-    result.setRawHeader("User-Agent", "Lorvane");
-    // Compression would make the lines of a stream wait for each other.
-    result.setRawHeader("Accept-Encoding", "identity");
-    for (const auto& [name, value] : request.headers) {
-        result.setRawHeader(name, value);
-    }
-    return result;
-}
-
 // A stored token comes from a file that anyone may have edited; a line end in it would begin another header.
 bool isSafe(const HttpRequest& request) {
     const auto printable = [](const QByteArray& text) {
-        return std::all_of(text.begin(), text.end(),
-                           [](char c) { return static_cast<unsigned char>(c) >= 0x20 && c != 0x7f; });
+        return std::all_of(text.begin(), text.end(), [](char c) {
+            const auto code = static_cast<unsigned char>(c);
+            return code >= 0x20 && code != 0x7f;
+        });
     };
     return std::all_of(request.headers.begin(), request.headers.end(), [&](const auto& header) {
         return printable(header.first) && printable(header.second);
@@ -62,43 +29,22 @@ bool isAddress(const QUrl& url) {
            (url.scheme() == QLatin1String("http") || url.scheme() == QLatin1String("https"));
 }
 
-QString serverOf(const QUrl& url) { return url.scheme() + QStringLiteral("://") + url.authority(); }
-
 } // namespace
 
-QtHttpClient::QtHttpClient(Clock& clock) : clock_(clock) { network_.setProxyFactory(new ProxyChoice); }
-
-QtHttpClient::~QtHttpClient() = default;
-
-std::unique_ptr<HttpExchange> QtHttpClient::post(const HttpRequest& request, qint64 readBuffer) {
-    QNetworkReply* const reply =
-        network_.sendCustomRequest(plainRequest(request), request.method, request.body);
-    reply->setReadBufferSize(readBuffer);
-    return std::make_unique<HttpExchange>(reply, request.timeout, clock_);
-}
-
-// A kept connection may have been closed by the server just as the request went out. When nothing at all
-// came back the request is sent once more, on a new connection.
-QCoro::Task<QtHttpClient::Started> QtHttpClient::start(HttpRequest request, qint64 readBuffer,
-                                                       TaskScope scope) {
+// Comes back once the status is known.
+QCoro::Task<Result<QtHttpClient::Begun, TransportError>> QtHttpClient::begin(HttpRequest request,
+                                                                             TaskScope scope) {
     if (!isAddress(request.url) || !isSafe(request)) {
         co_return failure(TransportError{QStringLiteral("the request cannot be sent")});
     }
-    const QString server = serverOf(request.url);
-    bool mayRepeat = answered_.remove(server);
-    std::unique_ptr<HttpExchange> exchange = post(request, readBuffer);
+    auto exchange = std::make_unique<HttpExchange>(std::move(request), clock_);
     for (;;) {
-        if (exchange->hasStatus()) {
-            answered_.insert(server);
-            co_return std::move(exchange);
+        QByteArray first = exchange->take();
+        if (exchange->status() > 0) {
+            co_return Begun{std::move(exchange), std::move(first)};
         }
-        if (exchange->isFinished() && mayRepeat && exchange->wasClosed()) {
-            mayRepeat = false;
-            exchange = post(request, readBuffer);
-        }
-        if (exchange->isFinished()) {
-            auto error = exchange->transportError();
-            co_return failure(error.value_or(TransportError{QStringLiteral("no answer")}));
+        if (const auto& error = exchange->transportError()) {
+            co_return failure(*error);
         }
         const bool alive = co_await exchange->progress(scope);
         if (!alive) {
@@ -108,18 +54,20 @@ QCoro::Task<QtHttpClient::Started> QtHttpClient::start(HttpRequest request, qint
 }
 
 QCoro::Task<Result<HttpResponse, TransportError>> QtHttpClient::send(HttpRequest request, TaskScope scope) {
-    auto started = co_await start(std::move(request), HttpLines::readBuffer, scope);
-    if (!started) {
-        co_return failure(std::move(started.error()));
+    auto begun = co_await begin(std::move(request), scope);
+    if (!begun) {
+        co_return failure(std::move(begun.error()));
     }
-    const std::unique_ptr<HttpExchange> exchange = std::move(*started);
-    HttpResponse response{exchange->status(), {}};
+    const std::unique_ptr<HttpExchange> exchange = std::move(begun->exchange);
+    HttpResponse response{exchange->status(), std::move(begun->first)};
     for (;;) {
-        while (exchange->hasBytes()) {
-            response.body += exchange->take(HttpLines::readBuffer);
-        }
+        const QByteArray more = exchange->take();
+        response.body += more;
         if (response.body.size() > largestBody) {
             co_return failure(TransportError{QStringLiteral("the answer is too large")});
+        }
+        if (!more.isEmpty()) {
+            continue;
         }
         if (exchange->isFinished()) {
             break;
@@ -129,19 +77,20 @@ QCoro::Task<Result<HttpResponse, TransportError>> QtHttpClient::send(HttpRequest
             co_return failure(HttpExchange::timedOut());
         }
     }
-    if (auto error = exchange->transportError()) {
-        co_return failure(std::move(*error));
+    if (const auto& error = exchange->transportError()) {
+        co_return failure(*error);
     }
     co_return response;
 }
 
 QCoro::Task<Result<std::unique_ptr<HttpLineStream>, TransportError>> QtHttpClient::open(HttpRequest request,
                                                                                         TaskScope scope) {
-    auto started = co_await start(std::move(request), HttpLines::readBuffer, scope);
-    if (!started) {
-        co_return failure(std::move(started.error()));
+    auto begun = co_await begin(std::move(request), scope);
+    if (!begun) {
+        co_return failure(std::move(begun.error()));
     }
-    std::unique_ptr<HttpLineStream> lines = std::make_unique<HttpLines>(std::move(*started));
+    std::unique_ptr<HttpLineStream> lines =
+        std::make_unique<HttpLines>(std::move(begun->exchange), std::move(begun->first));
     co_return std::move(lines);
 }
 

@@ -4,33 +4,30 @@
 #include "api/HttpClient.h"
 #include "base/Clock.h"
 
-#include <QNetworkAccessManager>
-#include <QSet>
-
 namespace lorvane {
 
 class HttpExchange;
 
-/// HTTP/1.1 by Qt Network. Redirects are handed to the caller as the status they are, cookies and caches are
-/// not used, loopback addresses never go through a proxy, and nothing of a request is logged.
+/// HTTP/1.1 on the sockets of Qt Network, with TLS for https. A connection serves one request, so none is
+/// ever found closed by the server, and no request is sent twice. Redirects are handed to the caller as the
+/// status they are, there are no cookies and no cache, loopback addresses never go through a proxy, and
+/// nothing of a request is logged.
 class QtHttpClient final : public HttpClient {
  public:
-    explicit QtHttpClient(Clock& clock);
-    ~QtHttpClient() override;
+    explicit QtHttpClient(Clock& clock) : clock_(clock) {}
 
     QCoro::Task<Result<HttpResponse, TransportError>> send(HttpRequest request, TaskScope scope) override;
     QCoro::Task<Result<std::unique_ptr<HttpLineStream>, TransportError>> open(HttpRequest request,
                                                                               TaskScope scope) override;
 
  private:
-    using Started = Result<std::unique_ptr<HttpExchange>, TransportError>;
-    QCoro::Task<Started> start(HttpRequest request, qint64 readBuffer, TaskScope scope);
-    [[nodiscard]] std::unique_ptr<HttpExchange> post(const HttpRequest& request, qint64 readBuffer);
+    struct Begun {
+        std::unique_ptr<HttpExchange> exchange;
+        QByteArray first;
+    };
+    QCoro::Task<Result<Begun, TransportError>> begin(HttpRequest request, TaskScope scope);
 
     Clock& clock_;
-    QNetworkAccessManager network_;
-    /// Servers that have answered: a connection to one of them may be an old one that has just been closed.
-    QSet<QString> answered_;
 };
 
 } // namespace lorvane

@@ -70,14 +70,6 @@ TEST_F(QtHttp, SendsWhatItWasGiven) {
     EXPECT_EQ(got.body, wanted.body);
 }
 
-TEST_F(QtHttp, ConnectionsAreKept) {
-    server.script("/path", ScriptedReply::body("fine"));
-    for (int i = 0; i < 5; ++i) {
-        ASSERT_TRUE(send(request()).has_value());
-    }
-    EXPECT_EQ(server.requests().back().connection, 1);
-}
-
 TEST_F(QtHttp, AnotherServerIsNeverToldTheToken) {
     ScriptedBackend other;
     other.script("/path", ScriptedReply::body("stolen"));
@@ -144,15 +136,6 @@ TEST_F(QtHttp, ADroppedConnectionIsATransportErrorAndIsNotRepeated) {
     server.script("/path", {.dropsAtOnce = true});
     EXPECT_FALSE(send(request()).has_value());
     EXPECT_EQ(server.requests().size(), 1U);
-}
-
-TEST_F(QtHttp, AKeptConnectionThatTurnsOutClosedIsReplacedOnce) {
-    server.script("/path", ScriptedReply::body("fine"));
-    server.script("/path", {.dropsAtOnce = true});
-    server.script("/path", ScriptedReply::body("fine"));
-    ASSERT_TRUE(send(request()).has_value());
-    EXPECT_TRUE(send(request()).has_value());
-    EXPECT_EQ(server.requests().size(), 3U);
 }
 
 TEST_F(QtHttp, AnAnswerThatHasBegunIsNotAskedForAgain) {
