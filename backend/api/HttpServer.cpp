@@ -38,7 +38,7 @@ net::awaitable<void> keepSession(std::shared_ptr<HttpSession> session, Lane& lan
 
 class HttpServer::Implementation {
  public:
-    Implementation(ServerOptions options, std::vector<Route> routes, Authenticator authenticate,
+    Implementation(const ServerOptions& options, std::vector<Route> routes, Authenticator authenticate,
                    WorkPool& quick, WorkPool& heavy)
         : shared_(std::make_shared<ServerShared>(options, std::move(routes), std::move(authenticate), quick,
                                                  heavy, std::make_shared<ByteBudget>(options.heldBytes))) {
@@ -128,10 +128,10 @@ class HttpServer::Implementation {
     bool stopped_ = false;
 };
 
-HttpServer::HttpServer(ServerOptions options, std::vector<Route> routes, Authenticator authenticate,
+HttpServer::HttpServer(const ServerOptions& options, std::vector<Route> routes, Authenticator authenticate,
                        WorkPool& quick, WorkPool& heavy)
-    : implementation_(std::make_unique<Implementation>(std::move(options), std::move(routes),
-                                                       std::move(authenticate), quick, heavy)) {}
+    : implementation_(std::make_unique<Implementation>(options, std::move(routes), std::move(authenticate),
+                                                       quick, heavy)) {}
 
 HttpServer::~HttpServer() { stop(std::chrono::milliseconds(0)); }
 

@@ -33,8 +33,8 @@ class HttpServer {
  public:
     // Listens from here on, answers after start(). Throws std::runtime_error when it cannot listen. The pools
     // and whatever routes refer to must outlive the server.
-    HttpServer(ServerOptions options, std::vector<Route> routes, Authenticator authenticate, WorkPool& quick,
-               WorkPool& heavy);
+    HttpServer(const ServerOptions& options, std::vector<Route> routes, Authenticator authenticate,
+               WorkPool& quick, WorkPool& heavy);
     ~HttpServer(); // stop(0)
     HttpServer(const HttpServer&) = delete;
     HttpServer& operator=(const HttpServer&) = delete;

@@ -18,7 +18,7 @@ inline constexpr const char* deviceTwo = "00000000-0000-4000-8000-000000000002";
 // The whole service on a free port, with a database of its own.
 class BackendUnderTest {
  public:
-    explicit BackendUnderTest(std::unique_ptr<Engine> engine, BackendOptions options = {})
+    explicit BackendUnderTest(std::unique_ptr<Engine> engine, const BackendOptions& options = {})
         : backend_(options, std::make_unique<SqliteStorage>(folder_ / "backend.sqlite"), std::move(engine)) {
         backend_.start();
     }

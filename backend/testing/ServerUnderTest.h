@@ -14,8 +14,8 @@ namespace lorvane::backend::testing {
 // A server over the test's own routes. The only token is "good", of device 7.
 class ServerUnderTest {
  public:
-    explicit ServerUnderTest(std::vector<Route> routes, ServerOptions options = {})
-        : server_(std::move(options), std::move(routes), &ServerUnderTest::authenticate, quick_, heavy_) {
+    explicit ServerUnderTest(std::vector<Route> routes, const ServerOptions& options = {})
+        : server_(options, std::move(routes), &ServerUnderTest::authenticate, quick_, heavy_) {
         server_.start();
     }
     std::uint16_t port() const { return server_.port(); }

@@ -20,7 +20,7 @@ namespace {
 // Runs the program with its standard streams in files. The destructor ends what still runs.
 class Program {
  public:
-    Program(const TemporaryFolder& folder, std::vector<std::string> arguments,
+    Program(const TemporaryFolder& folder, const std::vector<std::string>& arguments,
             const std::string& name = "run")
         : out_(folder / (name + ".out")), log_(folder / (name + ".log")), pid_(::fork()) {
         if (pid_ != 0)

@@ -163,6 +163,7 @@ TEST_F(RecognitionTest, TakesAtOnceGiveWhatTheyGiveAlone) {
     const auto audio = rawRecording("goforward.raw");
     std::vector<std::string> texts(4);
     std::vector<std::thread> threads;
+    threads.reserve(texts.size());
     for (auto& text : texts)
         threads.emplace_back([&] { text = dictated(audio); });
     for (auto& thread : threads)

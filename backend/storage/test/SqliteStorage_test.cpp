@@ -85,6 +85,7 @@ TEST_F(SqliteStorageTest, TheFileIsForItsOwnerAlone) {
 
 TEST_F(SqliteStorageTest, ThreadsMayRegisterAndAskAtOnce) {
     std::vector<std::thread> threads;
+    threads.reserve(4);
     std::atomic<int> found = 0;
     for (int t = 0; t < 4; ++t)
         threads.emplace_back([&, t] {
