@@ -111,7 +111,7 @@ TEST_F(AvTakeCodecTest, WhatIsDecodedIsCloseToWhatWasSaid) {
     const QByteArray heard = decode(write(*take));
     EXPECT_NEAR(static_cast<double>(heard.size()), static_cast<double>(pcm.size()), 2 * 1'024);
     const double ratio = signalToNoise(pcm, heard);
-    EXPECT_GT(ratio, 12.0);
+    EXPECT_GT(ratio, 20.0);
     RecordProperty("signalToNoise", std::to_string(ratio));
 }
 
