@@ -87,13 +87,21 @@ TEST_F(ClipboardPrograms, AnEmptyMiddleMouseButtonIsEmptyAgain) {
 
 TEST_F(ClipboardPrograms, ATextThatIsHandedOverStaysForAHungTerminal) {
     const auto terminal = DesktopApp::xterm();
+    PhysicalKeyboard keyboard;
+    const auto isTyped = [](const QString& text) { return !text.isEmpty(); };
+    ASSERT_TRUE(waitUntil([&] {
+        terminal->focus();
+        keyboard.tap(keycode::letterA);
+        return isTyped(terminal->waitForText(isTyped, std::chrono::seconds(1)));
+    })) << "it never got the keyboard";
+    const QString typed = terminal->text();
     terminal->hang();
     const auto held = snapshot();
     lend("dictated", terminal->pid(), held, true);
-    PhysicalKeyboard().chord({keycode::leftShift, insertKey});
+    keyboard.chord({keycode::leftShift, insertKey});
     pasteboard_->setString("dictated");
     terminal->wake();
-    EXPECT_EQ(terminal->waitForText("dictated"), "dictated");
+    EXPECT_EQ(terminal->waitForText(typed + "dictated"), typed + "dictated");
 }
 
 /// A clipboard manager at work, with the folders of this test.
