@@ -31,6 +31,19 @@ class ClipboardPrograms : public PasteboardOnDesktop {
 const std::vector<int> controlV{keycode::leftControl, keycode::letterV};
 constexpr int insertKey = 118;
 
+/// Types until a terminal shows that it has the keyboard, which may come after it is the active window. What
+/// it has received by then.
+QString typeInto(DesktopApp& terminal) {
+    PhysicalKeyboard keyboard;
+    const auto isTyped = [](const QString& text) { return !text.isEmpty(); };
+    EXPECT_TRUE(waitUntil([&] {
+        terminal.focus();
+        keyboard.tap(keycode::letterA);
+        return isTyped(terminal.waitForText(isTyped, std::chrono::seconds(1)));
+    })) << "it never got the keyboard";
+    return terminal.text();
+}
+
 TEST_F(ClipboardPrograms, TheEditorGetsTheLentTextWhileEveryoneElseGetsTheOld) {
     const auto editor = DesktopApp::mousepad();
     const QString old = uniqueText("old");
@@ -62,6 +75,7 @@ TEST_F(ClipboardPrograms, TheReturnedClipboardIsPastedByAQtEditor) {
 
 TEST_F(ClipboardPrograms, ATerminalThatReadsOnlyTheMiddleMouseButtonsTextGetsItThere) {
     const auto terminal = DesktopApp::xterm();
+    const QString typed = typeInto(*terminal);
     const ForeignOwner selected({{"text/plain", "selected elsewhere"}}, {"--selection"});
     const ForeignOwner copied({{"text/plain", "copied"}});
     const auto held = snapshot();
@@ -69,7 +83,7 @@ TEST_F(ClipboardPrograms, ATerminalThatReadsOnlyTheMiddleMouseButtonsTextGetsItT
     EXPECT_EQ(askedByAnother("UTF8_STRING", "primary"), "selected elsewhere");
     EXPECT_EQ(askedByAnother("UTF8_STRING"), "copied");
     paste({keycode::leftShift, insertKey});
-    EXPECT_EQ(terminal->waitForText("dictated"), "dictated");
+    EXPECT_EQ(terminal->waitForText(typed + "dictated"), typed + "dictated");
     pasteboard_->restore(held);
     EXPECT_EQ(askedByAnother("UTF8_STRING", "primary"), "selected elsewhere");
     EXPECT_EQ(askedByAnother("UTF8_STRING"), "copied");
@@ -77,10 +91,11 @@ TEST_F(ClipboardPrograms, ATerminalThatReadsOnlyTheMiddleMouseButtonsTextGetsItT
 
 TEST_F(ClipboardPrograms, AnEmptyMiddleMouseButtonIsEmptyAgain) {
     const auto terminal = DesktopApp::xterm();
+    const QString typed = typeInto(*terminal);
     const auto held = snapshot();
     lend("dictated", terminal->pid(), held, true);
     paste({keycode::leftShift, insertKey});
-    EXPECT_EQ(terminal->waitForText("dictated"), "dictated");
+    EXPECT_EQ(terminal->waitForText(typed + "dictated"), typed + "dictated");
     pasteboard_->restore(held);
     EXPECT_EQ(askedByAnother("TARGETS", "primary"), std::nullopt);
 }
@@ -88,13 +103,7 @@ TEST_F(ClipboardPrograms, AnEmptyMiddleMouseButtonIsEmptyAgain) {
 TEST_F(ClipboardPrograms, ATextThatIsHandedOverStaysForAHungTerminal) {
     const auto terminal = DesktopApp::xterm();
     PhysicalKeyboard keyboard;
-    const auto isTyped = [](const QString& text) { return !text.isEmpty(); };
-    ASSERT_TRUE(waitUntil([&] {
-        terminal->focus();
-        keyboard.tap(keycode::letterA);
-        return isTyped(terminal->waitForText(isTyped, std::chrono::seconds(1)));
-    })) << "it never got the keyboard";
-    const QString typed = terminal->text();
+    const QString typed = typeInto(*terminal);
     terminal->hang();
     const auto held = snapshot();
     lend("dictated", terminal->pid(), held, true);
