@@ -21,6 +21,17 @@ qint64 parentOf(const QString& process) {
     return line.mid(line.lastIndexOf(')') + 2).split(' ').value(1).toLongLong();
 }
 
+/// Programs start helpers that end at any time; what has ended holds nothing.
+bool hasEnded(const QString& folder) {
+    QFile file(folder + "stat");
+    if (!file.open(QIODevice::ReadOnly)) {
+        return true;
+    }
+    const QByteArray line = file.readAll();
+    const auto state = line.mid(line.lastIndexOf(')') + 2, 1);
+    return state.isEmpty() || state == "Z" || state == "X";
+}
+
 bool regionHolds(QFile& memory, quint64 first, quint64 last, const QList<QByteArray>& needles) {
     constexpr quint64 step = 4U << 20U;
     constexpr quint64 overlap = 4096;
@@ -41,6 +52,9 @@ bool processHolds(qint64 process, const QList<QByteArray>& needles) {
     QFile maps(folder + "maps");
     QFile memory(folder + "mem");
     if (!maps.open(QIODevice::ReadOnly) || !memory.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+        if (hasEnded(folder)) {
+            return false;
+        }
         throw std::runtime_error("the memory of " + folder.toStdString() + " cannot be read");
     }
     const auto lines = maps.readAll().split('\n');
@@ -57,7 +71,7 @@ bool processHolds(qint64 process, const QList<QByteArray>& needles) {
             return true;
         }
     }
-    if (!hasRead) {
+    if (!hasRead && !hasEnded(folder)) {
         throw std::runtime_error("nothing of the memory of " + folder.toStdString() + " could be read");
     }
     return false;
