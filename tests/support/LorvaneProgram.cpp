@@ -51,6 +51,7 @@ LorvaneProgram::LorvaneProgram(const QString& backend, const QJsonObject& prefer
     environment_.insert(QStringLiteral("XDG_CONFIG_HOME"), home_.filePath(QStringLiteral("config")));
     environment_.insert(QStringLiteral("XDG_DATA_HOME"), home_.filePath(QStringLiteral("data")));
     environment_.insert(QStringLiteral("XDG_STATE_HOME"), home_.filePath(QStringLiteral("state")));
+    environment_.remove(QStringLiteral("LORVANE_BACKEND_URL"));
     if (!backend.isEmpty()) {
         environment_.insert(QStringLiteral("LORVANE_BACKEND_URL"), backend);
     }
@@ -65,9 +66,10 @@ LorvaneProgram::LorvaneProgram(const QString& backend, const QJsonObject& prefer
     process_.setProcessEnvironment(environment_);
     process_.setProcessChannelMode(QProcess::MergedChannels);
     process_.start(QStringLiteral(LORVANE_PROGRAM), QStringList());
-    const bool ready = waitUntil([this] {
-        return !isRunning() || property(QStringLiteral("PermissionsGranted")) == QLatin1String("true");
-    });
+    const bool ready =
+        process_.waitForStarted() && waitUntil([this] {
+            return !isRunning() || property(QStringLiteral("PermissionsGranted")) == QLatin1String("true");
+        });
     if (!ready || !isRunning()) {
         throw std::runtime_error("lorvane did not come up: " + process_.readAll().toStdString());
     }

@@ -33,6 +33,7 @@ class LorvaneProgram {
     QString preferencesFile() const;
     int run(const QStringList& arguments, QByteArray* output = nullptr) const;
     bool isRunning() const { return process_.state() == QProcess::Running; }
+    int exitCode() const { return process_.exitCode(); }
     void kill();
 
  private:

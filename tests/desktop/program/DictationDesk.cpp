@@ -1,0 +1,145 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "DictationDesk.h"
+
+#include <QElapsedTimer>
+#include <QJsonDocument>
+#include <QtEndian>
+
+#include <ostream>
+#include <stdexcept>
+
+namespace lorvane {
+
+namespace {
+
+QByteArray json(const QJsonObject& object) { return QJsonDocument(object).toJson(QJsonDocument::Compact); }
+
+const QString typeKey = QStringLiteral("type");
+const QString textKey = QStringLiteral("text");
+const QString rawKey = QStringLiteral("raw");
+
+} // namespace
+
+namespace answer {
+
+ScriptedReply token(const QString& token) {
+    return ScriptedReply::body(json({{QStringLiteral("token"), token}}));
+}
+
+ScriptedReply done(const QString& text) {
+    return ScriptedReply::lines({json({{typeKey, QStringLiteral("done")}, {textKey, text}, {rawKey, text}})});
+}
+
+ScriptedReply error(const QString& name) {
+    return ScriptedReply::lines(
+        {json({{typeKey, QStringLiteral("error")}, {QStringLiteral("error"), name}})});
+}
+
+ScriptedReply response(const QString& text) {
+    return ScriptedReply::body(json({{textKey, text}, {rawKey, text}}));
+}
+
+ScriptedReply status(int status) { return ScriptedReply::body("{}", status); }
+
+ScriptedReply never() {
+    ScriptedReply reply;
+    reply.neverAnswers = true;
+    return reply;
+}
+
+} // namespace answer
+
+SentTake::SentTake(const RecordedRequest& request) {
+    const auto header = [&](const char* name) {
+        const auto found = request.headers.find(name);
+        return found == request.headers.end() ? QByteArray() : found->second;
+    };
+    id = QString::fromLatin1(header("x-tirra-take"));
+    token = header("authorization");
+    if (request.body.size() >= 4) {
+        const auto length = static_cast<qsizetype>(qFromBigEndian<quint32>(request.body.constData()));
+        fields = QJsonDocument::fromJson(request.body.mid(4, length)).object();
+        audio = request.body.mid(4 + length);
+    }
+}
+
+const QStringList DictationDesk::delivered{QStringLiteral("recording"), QStringLiteral("processing"),
+                                           QStringLiteral("done"), QStringLiteral("idle")};
+const QStringList DictationDesk::dropped{QStringLiteral("recording"), QStringLiteral("idle")};
+const QString DictationDesk::secretToken = QStringLiteral("token-that-nobody-may-read");
+
+void DictationDesk::startHearing(const QString& text, const QJsonObject& preferences) {
+    backend.script("/api/register", answer::token(secretToken));
+    backend.script("/api/dictate-stream", answer::done(text));
+    start(preferences);
+}
+
+void DictationDesk::start(const QJsonObject& preferences) {
+    program = std::make_unique<LorvaneProgram>(backend.url().toString(), preferences);
+}
+
+void DictationDesk::stay(std::chrono::milliseconds time) {
+    QElapsedTimer elapsed;
+    elapsed.start();
+    (void)waitUntil([&] { return elapsed.hasExpired(time.count()); }, time * 2);
+}
+
+::testing::AssertionResult DictationDesk::goesThrough(const QStringList& phases,
+                                                      std::chrono::milliseconds bound) {
+    const bool good = program->waitForPhases(phases, bound);
+    const QStringList seen = program->phases();
+    program->forgetPhases();
+    if (good) {
+        return ::testing::AssertionSuccess();
+    }
+    return ::testing::AssertionFailure()
+           << "it went through: " << seen.join(QStringLiteral(", ")).toStdString() << "\nits log:\n"
+           << program->log().toStdString();
+}
+
+std::vector<SentTake> DictationDesk::takes() const {
+    std::vector<SentTake> found;
+    for (const RecordedRequest& request : backend.requests("/api/dictate-stream")) {
+        found.emplace_back(request);
+    }
+    return found;
+}
+
+QString DictationDesk::noticePhase(const QString& text) { return QStringLiteral("notice: ") + text; }
+
+namespace clipboard {
+
+namespace {
+const QStringList selection{QStringLiteral("-selection"), QStringLiteral("clipboard")};
+} // namespace
+
+QByteArray read(const QString& type) {
+    return runTool(QStringLiteral("xclip"),
+                   selection + QStringList{QStringLiteral("-o"), QStringLiteral("-t"), type})
+        .output;
+}
+
+QStringList types() {
+    return QString::fromUtf8(read(QStringLiteral("TARGETS"))).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+}
+
+Copy::Copy(const QByteArray& content, const QString& type) {
+    // "quiet" keeps it in the foreground.
+    process_.start(
+        QStringLiteral("xclip"),
+        selection + QStringList{QStringLiteral("-quiet"), QStringLiteral("-i"), QStringLiteral("-t"), type});
+    process_.write(content);
+    process_.closeWriteChannel();
+    if (!waitUntil([&] { return !isOwner() || read(type) == content; }) || !isOwner()) {
+        throw std::runtime_error("xclip did not take the clipboard: " + process_.readAll().toStdString());
+    }
+}
+
+Copy::~Copy() {
+    process_.kill();
+    process_.waitForFinished();
+}
+
+} // namespace clipboard
+
+} // namespace lorvane
