@@ -43,6 +43,8 @@ class DesktopApp {
     bool select(int first, int last) const;
     // Makes its window the active one and waits until it is.
     void focus();
+    // A line for its standard input.
+    void tell(const QString& line) { process_.write(line.toUtf8() + '\n'); }
     // Stops it as a hung program is stopped, and wakes it again.
     void hang();
     void wake();

@@ -130,7 +130,8 @@ Copy::Copy(const QByteArray& content, const QString& type) {
         selection + QStringList{QStringLiteral("-quiet"), QStringLiteral("-i"), QStringLiteral("-t"), type});
     process_.write(content);
     process_.closeWriteChannel();
-    if (!waitUntil([&] { return !isOwner() || read(type) == content; }) || !isOwner()) {
+    if (!process_.waitForStarted() || !waitUntil([&] { return !isOwner() || read(type) == content; }) ||
+        !isOwner()) {
         throw std::runtime_error("xclip did not take the clipboard: " + process_.readAll().toStdString());
     }
 }
