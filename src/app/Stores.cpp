@@ -8,10 +8,7 @@ namespace lorvane {
 
 namespace {
 
-QString configFile() {
-    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
-           QStringLiteral("/Tirra/preferences.json");
-}
+QString configFolder() { return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation); }
 
 // $XDG_STATE_HOME, which this Qt has no name for; absent when there is no home either.
 std::optional<QString> stateFolder() {
@@ -28,7 +25,7 @@ std::optional<QString> stateFolder() {
 } // namespace
 
 Stores::Stores()
-    : log_(clock_, stateFolder()), store_(configFile(), log_), words_(loadWords(preferences_, log_)) {}
+    : log_(clock_, stateFolder()), store_(configFolder(), log_), words_(loadWords(preferences_, log_)) {}
 
 QString dataFolder() {
     return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/Tirra");
