@@ -105,6 +105,8 @@ QString LorvaneProgram::log() const {
     return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
 }
 
+QString LorvaneProgram::output() { return QString::fromUtf8(output_ += process_.readAll()); }
+
 QString LorvaneProgram::preferencesFile() const {
     return home_.filePath(QStringLiteral("config/Tirra/preferences.json"));
 }

@@ -30,6 +30,8 @@ class LorvaneProgram {
     bool waitForPhases(const QStringList& wanted, std::chrono::milliseconds bound = generously) const;
     void forgetPhases();
     QString log() const;
+    // What it has written to standard output and standard error so far.
+    QString output();
     QString preferencesFile() const;
     int run(const QStringList& arguments, QByteArray* output = nullptr) const;
     bool isRunning() const { return process_.state() == QProcess::Running; }
@@ -40,6 +42,7 @@ class LorvaneProgram {
     QProcessEnvironment environment_;
     QTemporaryDir home_;
     QProcess process_;
+    QByteArray output_;
     class PhaseRecorder;
     std::unique_ptr<PhaseRecorder> recorder_;
     mutable QStringList phases_;

@@ -66,6 +66,7 @@ ScriptedReply ScriptedBackend::Shared::next(const QByteArray& path) {
 }
 
 void ScriptedBackend::Shared::received(RecordedRequest request) {
+    request.arrived = std::chrono::steady_clock::now();
     const std::lock_guard lock(mutex);
     requests.push_back(std::move(request));
 }
@@ -94,9 +95,12 @@ void ScriptedBackend::Shared::accept() {
     }
 }
 
-ScriptedBackend::ScriptedBackend() : shared_(std::make_shared<Shared>()) {
+ScriptedBackend::ScriptedBackend(int port) : shared_(std::make_shared<Shared>()) {
     shared_->listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const int again = 1;
+    ::setsockopt(shared_->listener, SOL_SOCKET, SO_REUSEADDR, &again, sizeof again);
     sockaddr_in address{};
+    address.sin_port = htons(static_cast<std::uint16_t>(port));
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     if (::bind(shared_->listener, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||

@@ -44,13 +44,16 @@ struct RecordedRequest {
     std::map<QByteArray, QByteArray> headers;
     QByteArray body;
     int connection = 0;
+    /// When its last byte had come.
+    std::chrono::steady_clock::time_point arrived = {};
 };
 
 /// A real HTTP server on a loopback port, with threads of its own, that does what a test says. Each path
 /// plays its script and repeats the last entry; a path without a script answers 404.
 class ScriptedBackend {
  public:
-    ScriptedBackend();
+    /// On a free port; or on the one that is given, as a backend that is started again.
+    explicit ScriptedBackend(int port = 0);
     ScriptedBackend(const ScriptedBackend&) = delete;
     ScriptedBackend& operator=(const ScriptedBackend&) = delete;
     ~ScriptedBackend();
