@@ -54,7 +54,8 @@ void BundledBackend::launch() {
     process_.start(executable_,
                    {QStringLiteral("--listen"), QStringLiteral("127.0.0.1:0"), QStringLiteral("--database"),
                     QDir(dataFolder_).filePath(QStringLiteral("backend.sqlite")),
-                    QStringLiteral("--parent-watch")});
+                    // With our number, since we may be gone before the child can ask who its parent is.
+                    QStringLiteral("--parent-watch"), QString::number(QCoreApplication::applicationPid())});
 }
 
 void BundledBackend::readAddress() {
