@@ -97,10 +97,19 @@ TEST_F(BundledBackend, WhatIsSpokenLands) {
     EXPECT_GE(wordsThatLand(speech) * 2, static_cast<int>(wordsOf(speech.words).size()));
 }
 
-TEST_F(BundledBackend, EndsWithTheProgramEvenWhenThatIsKilled) {
+TEST_F(BundledBackend, EndsWithTheProgramThatIsKilledAtItsStart) {
     startAlone();
     const qint64 backendId = nextChild();
     ASSERT_NE(backendId, 0);
+    program->kill();
+    EXPECT_TRUE(waitUntil([&] { return !runs(backendId); })) << "process " << backendId << " still runs";
+}
+
+TEST_F(BundledBackend, EndsWithTheProgramThatIsKilledLater) {
+    startAlone();
+    const qint64 backendId = nextChild();
+    ASSERT_NE(backendId, 0);
+    ASSERT_TRUE(waitUntil([&] { return !storedToken().isEmpty(); })) << "the backend does not answer";
     program->kill();
     EXPECT_TRUE(waitUntil([&] { return !runs(backendId); })) << "process " << backendId << " still runs";
 }

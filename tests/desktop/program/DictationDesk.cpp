@@ -2,6 +2,7 @@
 #include "DictationDesk.h"
 
 #include <QElapsedTimer>
+#include <QFile>
 #include <QJsonDocument>
 #include <QtEndian>
 
@@ -103,6 +104,17 @@ std::vector<SentTake> DictationDesk::takes() const {
         found.emplace_back(request);
     }
     return found;
+}
+
+QString DictationDesk::storedToken() const {
+    QFile file(program->preferencesFile());
+    if (!file.open(QIODevice::ReadOnly)) {
+        return {};
+    }
+    return QJsonDocument::fromJson(file.readAll())
+        .object()
+        .value(QStringLiteral("tirra.mac.token"))
+        .toString();
 }
 
 QString DictationDesk::noticePhase(const QString& text) { return QStringLiteral("notice: ") + text; }

@@ -58,6 +58,8 @@ class DictationDesk : public ::testing::Test {
                                            std::chrono::milliseconds bound = generously);
     /// The takes that went to the stream, in order.
     [[nodiscard]] std::vector<SentTake> takes() const;
+    /// What the program keeps of its registration; empty when it has none.
+    [[nodiscard]] QString storedToken() const;
     [[nodiscard]] static QString noticePhase(const QString& text);
 
     PhysicalKeyboard hand;

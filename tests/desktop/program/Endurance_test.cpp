@@ -61,7 +61,7 @@ class Endurance : public DictationDesk {
 
 TEST_F(Endurance, TwoHundredTakesLeaveNeitherMemoryNorDescriptorsBehind) {
     const auto editor = DesktopApp::mousepad();
-    startHearing(QStringLiteral("x "));
+    startHearing(QStringLiteral("x"));
     Holdings warm;
     for (int number = 1; number <= allTakes; ++number) {
         ASSERT_TRUE(dictate(number));
@@ -73,7 +73,7 @@ TEST_F(Endurance, TwoHundredTakesLeaveNeitherMemoryNorDescriptorsBehind) {
     EXPECT_LE(last.memory - warm.memory, mostGrowth);
     EXPECT_LE(last.descriptors - warm.descriptors, mostNewDescriptors);
     EXPECT_EQ(takes().size(), static_cast<std::size_t>(allTakes));
-    const QString wanted = QStringLiteral("x ").repeated(allTakes);
+    const QString wanted = QStringLiteral("x").repeated(allTakes);
     EXPECT_EQ(editor->waitForText(wanted), wanted);
 }
 
