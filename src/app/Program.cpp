@@ -19,11 +19,17 @@ namespace lorvane {
 
 namespace {
 
+int fail(const char* reason) {
+    std::fprintf(stderr, "lorvane: %s\n", reason);
+    return 1;
+}
+
 /// The whole program, made once.
 class Program {
  public:
     Program(const Foundation& foundation, const QDBusConnection& session)
-        : foundation_(foundation), session_(session), desktop_(foundation, session) {}
+        : foundation_(foundation), session_(session), desktop_(foundation, session),
+          displayLost_(desktop_.display.onLost([] { endWithoutDisplay(); })) {}
 
     [[nodiscard]] bool hasDisplay() const { return desktop_.hasDisplay(); }
     void start();
@@ -32,10 +38,12 @@ class Program {
     void chooseFirstHoldKey();
     QCoro::Task<void> firstExchange(TaskScope scope);
     void showBackendGone();
+    static void endWithoutDisplay();
 
     const Foundation foundation_;
     QDBusConnection session_;
     DesktopAdapters desktop_;
+    Handle displayLost_;
     std::unique_ptr<Dictation> dictation_;
     std::unique_ptr<BackendChoice> backend_;
     QObject busObject_;
@@ -75,9 +83,12 @@ void Program::showBackendGone() {
                                   NoticeSeverity::error);
 }
 
-int fail(const char* reason) {
-    std::fprintf(stderr, "lorvane: %s\n", reason);
-    return 1;
+// Queued, since the loss may be found before the event loop runs, when an exit would go unheard.
+void Program::endWithoutDisplay() {
+    QMetaObject::invokeMethod(
+        QCoreApplication::instance(),
+        [] { QCoreApplication::exit(fail("the X display is gone; start lorvane again in the new session")); },
+        Qt::QueuedConnection);
 }
 
 } // namespace
