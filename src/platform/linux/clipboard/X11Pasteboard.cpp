@@ -171,8 +171,8 @@ void X11Pasteboard::handOver() {
     for (const auto& entry : clipboard_.offer().own().types) {
         types.push_back(connection_->atom(entry.type));
     }
-    // The manager asks for these types, and answers when it has them (freedesktop.org, clipboard manager
-    // specification).
+    // The manager asks for these types, and answers when it has them (freedesktop.org's rules for clipboard
+    // managers).
     ReadingWindow window(windows_);
     const auto property = connection_->atom(QStringLiteral("LORVANE_SAVE"));
     bool answered = false;

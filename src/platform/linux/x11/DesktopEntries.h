@@ -11,8 +11,8 @@
 
 namespace lorvane {
 
-/// What the desktop knows of an application: one .desktop file (freedesktop.org, Desktop Entry
-/// Specification).
+/// What the desktop knows of an application: one .desktop file, in the form that
+/// freedesktop.org gives desktop entries.
 struct DesktopEntry {
     /// The file's name without its ending.
     QString id;
