@@ -104,6 +104,20 @@ TEST(VirtualMicrophone, APluggedOneHearsItsOwnSoundOnly) {
     EXPECT_EQ(peakHeard(QStringLiteral("virtual_mic"), speech.file, other.sink()), 0.0);
 }
 
+TEST(VirtualMicrophone, ASoundBreaksOffWhenItsPlaybackGoes) {
+    const auto streams = [] {
+        return runTool(QStringLiteral("pactl"),
+                       {QStringLiteral("list"), QStringLiteral("short"), QStringLiteral("sink-inputs")})
+            .output;
+    };
+    {
+        const Playback playback(sound::longSentence().file, QStringLiteral("virtual_speaker"));
+        EXPECT_TRUE(waitUntil([&] { return !streams().isEmpty(); }));
+    }
+    constexpr std::chrono::seconds lessThanTheSentence{3};
+    EXPECT_TRUE(waitUntil([&] { return streams().isEmpty(); }, lessThanTheSentence)) << streams().constData();
+}
+
 TEST(VirtualMicrophone, TheDefaultFollowsTheChoiceAndComesBackWhenUnplugged) {
     {
         const PluggedMicrophone other(QStringLiteral("usb_headset"), QStringLiteral("USB Headset"));

@@ -3,7 +3,10 @@
 
 #include "support/Wait.h"
 
+#include <csignal>
 #include <stdexcept>
+
+#include <unistd.h>
 
 namespace lorvane {
 
@@ -26,6 +29,7 @@ bool serverAnswers() { return runTool(QStringLiteral("pactl"), {QStringLiteral("
 
 Playback::Playback(const QString& file, const QString& sink) {
     process_.setProcessChannelMode(QProcess::MergedChannels);
+    process_.setChildProcessModifier([] { ::setpgid(0, 0); });
     process_.start(QStringLiteral(LORVANE_PLAY_TOOL), {file, sink});
     if (!process_.waitForStarted())
         throw std::runtime_error("cannot play " + file.toStdString());
@@ -34,7 +38,8 @@ Playback::Playback(const QString& file, const QString& sink) {
 Playback::~Playback() {
     if (process_.state() == QProcess::NotRunning)
         return;
-    process_.terminate();
+    // The tool and the players that it has started.
+    ::kill(-static_cast<pid_t>(process_.processId()), SIGTERM);
     process_.waitForFinished();
 }
 

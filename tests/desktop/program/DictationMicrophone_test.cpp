@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <complex>
 #include <cstring>
 
 namespace lorvane {
@@ -20,49 +21,65 @@ const QString headset = QStringLiteral("usb_headset");
 const QString speaker = QStringLiteral("virtual_speaker");
 constexpr int rate = 16000;
 
-// A stretch of a take.
+constexpr int lowTone = 400;
+constexpr int highTone = 1000;
+
+// How much of each tone there is in a stretch of a take, of full scale.
 struct Sound {
-    double loudness = 0; // of full scale
-    double pitch = 0;    // Hz, by the changes of sign
+    double low = 0;
+    double high = 0;
 };
 
-Sound soundOf(const std::vector<double>& samples) {
-    double squares = 0;
-    int changes = 0;
-    for (std::size_t at = 0; at < samples.size(); ++at) {
-        squares += samples[at] * samples[at];
-        changes += static_cast<int>(at > 0 && (samples[at] < 0) != (samples[at - 1] < 0));
+// Looked for in short pieces, of which each holds whole waves of either tone: a player that is late on a busy
+// machine leaves gaps, which shift the waves after them.
+double amountOf(int pitch, const std::vector<double>& samples) {
+    constexpr std::size_t piece = rate / 40;
+    double amounts = 0;
+    std::size_t pieces = 0;
+    for (std::size_t first = 0; first + piece <= samples.size(); first += piece, ++pieces) {
+        std::complex<double> sum = 0;
+        for (std::size_t at = 0; at < piece; ++at) {
+            sum += samples[first + at] * std::polar(1.0, 2 * M_PI * pitch * static_cast<double>(at) / rate);
+        }
+        amounts += 2 * std::abs(sum) / piece;
     }
-    const auto count = static_cast<double>(std::max<std::size_t>(samples.size(), 1));
-    return {std::sqrt(squares / count), changes * 0.5 * rate / count};
+    return pieces == 0 ? 0 : amounts / static_cast<double>(pieces);
 }
 
-std::ostream& operator<<(std::ostream& out, const Sound& sound) {
-    return out << sound.loudness << " of full scale at " << sound.pitch << " Hz";
+Sound soundOf(const std::vector<double>& samples) {
+    return {amountOf(lowTone, samples), amountOf(highTone, samples)};
 }
+
+::testing::AssertionResult isTone(const Sound& heard, double wanted, double other) {
+    constexpr double loud = 0.1; // 0.5 is played
+    if (wanted > loud && other < wanted / 10) {
+        return ::testing::AssertionSuccess();
+    }
+    return ::testing::AssertionFailure()
+           << "heard of the low tone " << heard.low << ", of the high one " << heard.high;
+}
+::testing::AssertionResult isLow(const Sound& heard) { return isTone(heard, heard.low, heard.high); }
+::testing::AssertionResult isHigh(const Sound& heard) { return isTone(heard, heard.high, heard.low); }
 
 class DictationMicrophone : public DictationDesk {
  protected:
-    /// Plays a tone into the sink as long as this lasts; the microphone hears it when this returns.
-    [[nodiscard]] Playback play(int pitch, const QString& sink) {
-        const QString file = folder.filePath(QStringLiteral("%1.wav").arg(pitch));
-        const QStringList tone{QStringLiteral("-n"),    QStringLiteral("-r"),   QStringLiteral("48000"),
-                               QStringLiteral("-c"),    QStringLiteral("1"),    file,
-                               QStringLiteral("synth"), QStringLiteral("30"),   QStringLiteral("sine"),
-                               QString::number(pitch),  QStringLiteral("gain"), QStringLiteral("-6")};
-        const ToolResult made = runTool(QStringLiteral("sox"), tone);
+    /// A file with half a minute of a tone.
+    QString tone(int pitch) {
+        QString file = folder.filePath(QStringLiteral("%1.wav").arg(pitch));
+        const ToolResult made =
+            runTool(QStringLiteral("sox"), QStringLiteral("-n -r 48000 -c 1 %1 synth 30 sine %2 gain -6")
+                                               .arg(file)
+                                               .arg(pitch)
+                                               .split(QLatin1Char(' ')));
         EXPECT_EQ(made.status, 0) << made.errors.constData();
-        return Playback(file, sink);
+        return file;
     }
     static void waitForTones(int count) {
         const QStringList list{QStringLiteral("list"), QStringLiteral("short"),
                                QStringLiteral("sink-inputs")};
         EXPECT_TRUE(
-            waitUntil([&] { return tonesIn(runTool(QStringLiteral("pactl"), list).output) >= count; }));
+            waitUntil([&] { return runTool(QStringLiteral("pactl"), list).output.count('\n') == count; }));
         stay(milliseconds(300)); // from the stream's start to its sound
-    }
-    static int tonesIn(const QByteArray& list) {
-        return static_cast<int>(list.count("float32le") + list.count("s16le"));
     }
 
     /// The whole take as the backend got it.
@@ -103,53 +120,52 @@ class DictationMicrophone : public DictationDesk {
 
 TEST_F(DictationMicrophone, TheDefaultOneIsHeardWhenNoneIsChosen) {
     const PluggedMicrophone other(headset, QStringLiteral("USB Headset"));
-    const Playback low = play(400, other.sink());
-    const Playback high = play(1000, speaker);
+    const Playback low(tone(lowTone), other.sink());
+    const Playback high(tone(highTone), speaker);
     waitForTones(2);
     startHearing(words);
     holdFor(milliseconds(1500));
     EXPECT_TRUE(goesThrough(delivered));
     ASSERT_EQ(takes().size(), 1U);
     const Sound heard = halfSecond(samplesOf(takes()[0]), 0.7);
-    EXPECT_GT(heard.loudness, 0.05) << heard;
-    EXPECT_NEAR(heard.pitch, 1000, 10) << heard;
+    EXPECT_TRUE(isHigh(heard));
 }
 
 TEST_F(DictationMicrophone, TheChosenOneIsHeardAndNotTheDefault) {
     const PluggedMicrophone other(headset, QStringLiteral("USB Headset"));
-    const Playback low = play(400, other.sink());
-    const Playback high = play(1000, speaker);
+    const Playback low(tone(lowTone), other.sink());
+    const Playback high(tone(highTone), speaker);
     waitForTones(2);
     startHearing(words, {{QStringLiteral("tirra.mac.inputUID"), headset}});
     holdFor(milliseconds(1500));
     EXPECT_TRUE(goesThrough(delivered));
     ASSERT_EQ(takes().size(), 1U);
     const Sound heard = halfSecond(samplesOf(takes()[0]), 0.7);
-    EXPECT_GT(heard.loudness, 0.05) << heard;
-    EXPECT_NEAR(heard.pitch, 400, 10) << heard;
+    EXPECT_TRUE(isLow(heard));
 }
 
 TEST_F(DictationMicrophone, AChosenOneThatIsNotThereLeavesTheDefault) {
-    const Playback high = play(1000, speaker);
+    const Playback high(tone(highTone), speaker);
     waitForTones(1);
     startHearing(words, {{QStringLiteral("tirra.mac.inputUID"), QStringLiteral("gone")}});
     holdFor(milliseconds(1500));
     EXPECT_TRUE(goesThrough(delivered));
     ASSERT_EQ(takes().size(), 1U);
     const Sound heard = halfSecond(samplesOf(takes()[0]), 0.7);
-    EXPECT_NEAR(heard.pitch, 1000, 10) << heard;
+    EXPECT_TRUE(isHigh(heard));
 }
 
 TEST_F(DictationMicrophone, UnpluggedInMidTakeTheTakeGoesOnFromTheDefault) {
     auto other = std::make_unique<PluggedMicrophone>(headset, QStringLiteral("USB Headset"));
-    const Playback low = play(400, other->sink());
-    const Playback high = play(1000, speaker);
+    auto low = std::make_unique<Playback>(tone(lowTone), other->sink());
+    const Playback high(tone(highTone), speaker);
     waitForTones(2);
     const auto editor = DesktopApp::mousepad();
     startHearing(words, {{QStringLiteral("tirra.mac.inputUID"), headset}});
     tapHandsFree();
     ASSERT_TRUE(program->waitForPhase(QStringLiteral("recording")));
     stay(milliseconds(1200));
+    low.reset(); // else the server moves it to the other sink
     other.reset();
     stay(milliseconds(2000));
     EXPECT_EQ(program->phase(), QStringLiteral("recording"));
@@ -160,9 +176,8 @@ TEST_F(DictationMicrophone, UnpluggedInMidTakeTheTakeGoesOnFromTheDefault) {
     const std::vector<double> samples = samplesOf(takes()[0]);
     const Sound before = halfSecond(samples, 0.5);
     const Sound after = halfSecond(samples, seconds(samples) - 0.7);
-    EXPECT_NEAR(before.pitch, 400, 10) << before;
-    EXPECT_NEAR(after.pitch, 1000, 10) << after << ", take of " << seconds(samples) << " s\n"
-                                       << program->log().toStdString();
+    EXPECT_TRUE(isLow(before));
+    EXPECT_TRUE(isHigh(after)) << "take of " << seconds(samples) << " s\n" << program->log().toStdString();
     EXPECT_GT(seconds(samples), 2.5);
 }
 
@@ -174,13 +189,13 @@ TEST_F(DictationMicrophone, WithoutASoundServerTheNoticeSaysSoAndTheNextTakeWork
         {noticePhase(QStringLiteral("No microphone on the selected input — check the sound settings")),
          QStringLiteral("idle")}));
     sound::startServer();
-    const Playback high = play(1000, speaker);
+    const Playback high(tone(highTone), speaker);
     waitForTones(1);
     holdFor(milliseconds(1500));
     EXPECT_TRUE(goesThrough(delivered));
     ASSERT_EQ(takes().size(), 1U);
     const Sound heard = halfSecond(samplesOf(takes()[0]), 0.7);
-    EXPECT_NEAR(heard.pitch, 1000, 10) << heard;
+    EXPECT_TRUE(isHigh(heard));
 }
 
 } // namespace
