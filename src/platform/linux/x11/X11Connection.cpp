@@ -78,6 +78,9 @@ xcb_atom_t X11Connection::atom(const char* name) {
 int X11Connection::errorOf(xcb_void_cookie_t cookie) {
     const XcbReply<xcb_generic_error_t> error(xcb_request_check(xcb_, cookie));
     drainSoon();
+    if (!isAlive()) {
+        return displayGone;
+    }
     return error ? error->error_code : 0;
 }
 

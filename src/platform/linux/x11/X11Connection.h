@@ -58,7 +58,8 @@ class X11Connection : public QObject {
         drainSoon();
         return answer;
     }
-    /// The error code of a checked request; 0 when it was carried out.
+    /// The error code of a checked request; 0 when it was carried out, `displayGone` when nobody can tell.
+    static constexpr int displayGone = -1;
     [[nodiscard]] int errorOf(xcb_void_cookie_t cookie);
     void flush() { xcb_flush(xcb_); }
     /// Hands out every event that was caused before this call.

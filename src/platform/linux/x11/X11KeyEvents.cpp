@@ -178,10 +178,10 @@ void X11KeyEvents::deliverFlags(XKeyCode key, Instant time) {
 }
 
 bool X11KeyEvents::isKeptFromOwnWindows(XKeyCode key, std::uint32_t serverTime) {
-    if (!monitors_.hasLocal(KeyEventKind::keyDown)) {
-        return false;
+    // What was kept by a monitor that has ended since is known already.
+    if (monitors_.hasLocal(KeyEventKind::keyDown)) {
+        connection_.sync();
     }
-    connection_.sync();
     return std::find(kept_.begin(), kept_.end(), KeptPress{key, serverTime}) != kept_.end();
 }
 

@@ -36,8 +36,8 @@ class X11KeyEvents final : public KeyEvents {
 
     /// The display answers and has XInput 2.2.
     [[nodiscard]] bool isWatchingPossible() const;
-    /// Whether a local monitor keeps the key press that our own window got with that key code at that server
-    /// time. A round trip while there are local monitors of key presses, else nothing.
+    /// Whether a local monitor keeps, or has kept before it ended, the key press that our own window got with
+    /// that key code at that server time. A round trip while there are local monitors of key presses.
     [[nodiscard]] bool isKeptFromOwnWindows(XKeyCode key, std::uint32_t serverTime);
 
  private:
