@@ -71,13 +71,16 @@ class BundledBackend : public DictationDesk {
         return found == before ? 0 : found;
     }
     static void end(qint64 pid) { ::kill(static_cast<pid_t>(pid), SIGKILL); }
-    /// Speaks while the hold key is down; how many of the words stand in the editor afterwards.
-    int wordsThatLand(const SpeechSample& speech) {
-        const auto editor = DesktopApp::mousepad();
+    void speak(const SpeechSample& speech) {
         hand.press(holdKey);
         EXPECT_TRUE(program->waitForPhase(QStringLiteral("recording")));
         Playback(speech.file, QStringLiteral("virtual_speaker")).wait();
         hand.release(holdKey);
+    }
+    /// Speaks; how many of the words stand in the editor afterwards.
+    int wordsThatLand(const SpeechSample& speech) {
+        const auto editor = DesktopApp::mousepad();
+        speak(speech);
         EXPECT_TRUE(goesThrough(delivered, recognition));
         const QString text = editor->waitForText([](const QString& seen) { return !seen.isEmpty(); });
         std::cout << "said: " << speech.words.toStdString() << "\nlanded: " << text.toStdString() << "\n";
@@ -129,6 +132,21 @@ TEST_F(BundledBackend, IsStartedAgainWhenItDiesAndTheNextTakeWorks) {
     const qint64 first = nextChild();
     ASSERT_NE(first, 0);
     end(first);
+    ASSERT_NE(nextChild(first), 0);
+    EXPECT_GE(wordsThatLand(speech) * 2, static_cast<int>(wordsOf(speech.words).size()));
+}
+
+TEST_F(BundledBackend, KilledInMidTakeLeavesTheProgramReadyForTheNext) {
+    const SpeechSample speech = sound::shortSentence();
+    startAlone();
+    const qint64 first = nextChild();
+    ASSERT_NE(first, 0);
+    speak(speech);
+    ASSERT_TRUE(program->waitForPhase(QStringLiteral("processing")));
+    end(first);
+    ASSERT_TRUE(program->waitForPhase(QStringLiteral("idle"), recognition));
+    std::cout << "that take: " << program->phases().join(QStringLiteral(", ")).toStdString() << "\n";
+    program->forgetPhases();
     ASSERT_NE(nextChild(first), 0);
     EXPECT_GE(wordsThatLand(speech) * 2, static_cast<int>(wordsOf(speech.words).size()));
 }
