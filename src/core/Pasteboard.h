@@ -24,7 +24,8 @@ struct PasteboardSnapshot {
 struct PasteboardLoan {
     QString text;
     /// The only process that is served the text; everyone else is served `previous`. A requestor whose
-    /// process cannot be told is served the text.
+    /// process cannot be told is served the text. 0 when it is not known: then everyone is served, and
+    /// counts as the target. Everyone is served as well when `previous` could not be read.
     ProcessId target = 0;
     PasteboardSnapshot previous;
     /// Lend the selection of the middle mouse button as well, and give it back with the clipboard.
@@ -35,7 +36,7 @@ struct PasteboardLoan {
 struct LoanState {
     /// The target has asked for the text since it was lent; questions about the types alone do not count.
     std::optional<Instant> lastRequest;
-    /// Another program owns the clipboard now.
+    /// Another program has taken the clipboard since it was last lent, set or restored here.
     bool lost = false;
 };
 
@@ -54,7 +55,9 @@ class Pasteboard {
     /// until another program takes the clipboard.
     virtual void lend(PasteboardLoan loan) = 0;
     [[nodiscard]] virtual LoanState loanState() const = 0;
-    /// Puts a snapshot back, all items in one step; an empty one clears the clipboard. Ends a loan.
+    /// Puts a snapshot back, all items in one step; an empty one clears the clipboard, and for one that was
+    /// not readable a lent text stays, for everyone. Ends a loan. Does nothing when another program has taken
+    /// the clipboard, unless its text has been read with `string` since.
     virtual void restore(const PasteboardSnapshot& snapshot) = 0;
 };
 

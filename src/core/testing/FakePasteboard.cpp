@@ -20,7 +20,7 @@ std::optional<QString> textOf(const PasteboardSnapshot& content) {
 } // namespace
 
 QCoro::Task<PasteboardSnapshot> FakePasteboard::snapshot(TaskScope scope) {
-    const Duration wait = ownerAnswers() ? delay : patience;
+    const Duration wait = ownerHangs ? patience : delay;
     if (wait > Duration::zero()) {
         co_await sleep(clock_, wait, scope);
     }
@@ -36,7 +36,7 @@ QCoro::Task<PasteboardSnapshot> FakePasteboard::snapshot(TaskScope scope) {
 }
 
 QCoro::Task<std::optional<QString>> FakePasteboard::string(TaskScope scope) {
-    const Duration wait = ownerAnswers() ? delay : patience;
+    const Duration wait = ownerHangs ? patience : delay;
     if (wait > Duration::zero()) {
         co_await sleep(clock_, wait, scope);
     }
@@ -45,54 +45,64 @@ QCoro::Task<std::optional<QString>> FakePasteboard::string(TaskScope scope) {
         result = loan_->text;
     } else if (!ownerHangs) {
         result = textOf(content_);
+        isRead_ = !isOwn_;
     }
     co_return result;
 }
 
 void FakePasteboard::setString(const QString& text) {
     ++writes;
-    loan_.reset();
-    ownerHangs = false;
-    content_ = snapshotOfText(text);
+    own(snapshotOfText(text));
 }
 
 void FakePasteboard::lend(PasteboardLoan loan) {
     ++writes;
     loans.push_back(loan);
-    content_ = loan.previous;
+    own(loan.previous);
     loan_ = std::move(loan);
-    lastRequest_.reset();
 }
 
-LoanState FakePasteboard::loanState() const { return {lastRequest_, !loan_.has_value()}; }
+LoanState FakePasteboard::loanState() const { return {lastRequest_, isLost_}; }
 
 void FakePasteboard::restore(const PasteboardSnapshot& snapshot) {
     ++writes;
-    ownerHangs = false;
-    if (snapshot.readable) {
-        content_ = snapshot;
-    } else if (loan_) {
-        content_ = snapshotOfText(loan_->text);
+    if (!isOwn_ && (!isRead_ || !snapshot.readable)) {
+        return;
     }
+    if (snapshot.readable) {
+        own(snapshot);
+        isOwn_ = !snapshot.items.isEmpty();
+    } else if (loan_) {
+        own(snapshotOfText(loan_->text));
+    }
+}
+
+void FakePasteboard::own(PasteboardSnapshot content) {
+    content_ = std::move(content);
     loan_.reset();
+    lastRequest_.reset();
+    ownerHangs = false;
+    isOwn_ = true;
+    isLost_ = isRead_ = false;
 }
 
 void FakePasteboard::copyElsewhere(const PasteboardSnapshot& content) {
+    content_ = content;
     loan_.reset();
     ownerHangs = false;
-    content_ = content;
+    isLost_ = isLost_ || isOwn_;
+    isOwn_ = isRead_ = false;
 }
 
 std::optional<QString> FakePasteboard::pasteInto(ProcessId process) {
     if (!loan_) {
         return ownerHangs ? std::nullopt : textOf(content_);
     }
-    const bool isTarget = loan_->target == process;
+    const bool isTarget = loan_->target == process || loan_->target == 0;
     if (isTarget) {
         lastRequest_ = clock_.now();
     }
-    const bool isServedText = isTarget || loan_->target == 0 || !loan_->previous.readable;
-    return isServedText ? std::optional(loan_->text) : textOf(loan_->previous);
+    return isTarget || !loan_->previous.readable ? std::optional(loan_->text) : textOf(loan_->previous);
 }
 
 PasteboardSnapshot FakePasteboard::snapshotOfText(const QString& text) {

@@ -41,12 +41,16 @@ class FakePasteboard final : public Pasteboard {
     int writes = 0;
 
  private:
-    [[nodiscard]] bool ownerAnswers() const { return loan_ || !ownerHangs; }
+    void own(PasteboardSnapshot content);
 
     Clock& clock_;
     PasteboardSnapshot content_;
     std::optional<PasteboardLoan> loan_;
     std::optional<Instant> lastRequest_;
+    bool isOwn_ = false;
+    bool isLost_ = false;
+    /// Another program's content has been read as text since it came.
+    bool isRead_ = false;
 };
 
 } // namespace lorvane

@@ -37,9 +37,7 @@ SelectionOwner::~SelectionOwner() {
 }
 
 void SelectionOwner::take(ClipboardOffer offer) {
-    offer_ = std::move(offer);
-    lastRequest_.reset();
-    isOwned_ = true;
+    setOwned(std::move(offer));
     since_ = XCB_CURRENT_TIME;
     takenByRequest_ =
         xcb_set_selection_owner(connection_.raw(), window_, selection_, XCB_CURRENT_TIME).sequence;
@@ -50,9 +48,7 @@ void SelectionOwner::replace(ClipboardOffer offer) {
     if (!mayReplace()) {
         return;
     }
-    offer_ = std::move(offer);
-    isOwned_ = true;
-    lastRequest_.reset();
+    setOwned(std::move(offer));
     xcb_set_selection_owner(connection_.raw(), window_, selection_, justAfterLastChange());
     waitForServer();
 }
@@ -61,8 +57,8 @@ void SelectionOwner::release() {
     if (!mayReplace()) {
         return;
     }
+    setOwned(ClipboardOffer());
     isOwned_ = false;
-    offer_ = ClipboardOffer();
     xcb_set_selection_owner(connection_.raw(), XCB_WINDOW_NONE, selection_, justAfterLastChange());
     if (connection_.ownerOf(selection_) == window_) {
         // Taken within this very millisecond: for the server that time is still to come.
@@ -71,13 +67,25 @@ void SelectionOwner::release() {
     connection_.flush();
 }
 
+void SelectionOwner::setOwned(ClipboardOffer offer) {
+    offer_ = std::move(offer);
+    lastRequest_.reset();
+    isOwned_ = true;
+    isLost_ = false;
+}
+
+void SelectionOwner::lose() {
+    isLost_ = isLost_ || isOwned_;
+    isOwned_ = false;
+    offer_ = ClipboardOffer();
+}
+
 /// When a call returns, whoever asks finds the new state: the server serves its clients in no fixed order.
 void SelectionOwner::waitForServer() { static_cast<void>(connection_.ownerOf(selection_)); }
 
 bool SelectionOwner::mayReplace() {
     if (isOwned_ && since_ == XCB_CURRENT_TIME && connection_.ownerOf(selection_) != window_) {
-        isOwned_ = false;
-        offer_ = ClipboardOffer();
+        lose();
     }
     return isOwned_ || (since_ != XCB_CURRENT_TIME && readAt_ == changeCount_);
 }
@@ -95,8 +103,7 @@ void SelectionOwner::onChange(const SelectionChange& change) {
     since_ = change.time;
     ++changeCount_;
     if (change.owner != window_) {
-        isOwned_ = false;
-        offer_ = ClipboardOffer();
+        lose();
     }
 }
 

@@ -34,6 +34,8 @@ class SelectionOwner {
     void markRead(std::uint32_t changeCount) { readAt_ = changeCount; }
 
     [[nodiscard]] bool isOwned() const { return isOwned_; }
+    /// Another program has taken the selection since it was ours.
+    [[nodiscard]] bool isLost() const { return isLost_; }
     [[nodiscard]] const ClipboardOffer& offer() const { return offer_; }
     /// When the process that the text was lent to last asked for it.
     [[nodiscard]] std::optional<Instant> lastRequest() const { return lastRequest_; }
@@ -41,6 +43,8 @@ class SelectionOwner {
 
  private:
     void waitForServer();
+    void setOwned(ClipboardOffer offer);
+    void lose();
     [[nodiscard]] bool mayReplace();
     void onChange(const SelectionChange& change);
     void onEvent(const xcb_generic_event_t& event);
@@ -60,6 +64,7 @@ class SelectionOwner {
     xcb_window_t window_;
     ClipboardOffer offer_;
     bool isOwned_ = false;
+    bool isLost_ = false;
     /// The server's time of the last change that is known; XCB_CURRENT_TIME until the server has told it.
     xcb_timestamp_t since_ = XCB_CURRENT_TIME;
     std::uint32_t takenByRequest_ = 0;

@@ -69,6 +69,10 @@ void X11Pasteboard::rememberPrimary() {
         primaryBefore_ = primary_.offer().own();
         return;
     }
+    if (connection_->ownerOf(primary_.selection()) == XCB_WINDOW_NONE) {
+        primaryBefore_ = ClipboardContent(); // known at once, however late a busy machine lets us hear it
+        return;
+    }
     primaryRead_ = startTask([this](TaskScope scope) { return readPrimary(std::move(scope)); });
 }
 
@@ -118,7 +122,7 @@ void X11Pasteboard::lend(PasteboardLoan loan) {
 
 LoanState X11Pasteboard::loanState() const {
     LoanState state;
-    state.lost = !clipboard_.isOwned() || !clipboard_.offer().isLoan();
+    state.lost = clipboard_.isLost();
     state.lastRequest = clipboard_.lastRequest();
     if (isPrimaryLent_ && primary_.lastRequest() > state.lastRequest) {
         state.lastRequest = primary_.lastRequest();
