@@ -20,8 +20,8 @@ struct GestureActions {
     std::function<void()> escaped;
 };
 
-/// The keys of a dictation: which they are, kept in the preferences, and the watch over them. The hold key
-/// and the hands-free key are never the same. Main thread.
+/// The keys of a dictation: which they are, kept in the preferences and followed there whoever changes them,
+/// and the watch over them. The hold key and the hands-free key are never the same. Main thread.
 class GestureKeys {
  public:
     /// Reads both keys and stores the hands-free key at once.
@@ -49,13 +49,18 @@ class GestureKeys {
     void watchEscape(bool wanted) { escape_.watch(wanted); }
 
  private:
+    [[nodiscard]] Hotkey storedHotkey() const;
+    [[nodiscard]] std::optional<Hotkey> storedToggleHotkey() const;
     void storeToggleHotkey(std::optional<Hotkey> key);
+    void follow();
 
     Preferences& preferences_;
     HotkeyMonitor monitor_;
     EscapeWatch escape_;
     Published<Hotkey> hotkey_;
     Published<std::optional<Hotkey>> toggleHotkey_;
+    Handle hotkeyWatch_;
+    Handle toggleHotkeyWatch_;
 };
 
 } // namespace lorvane

@@ -26,6 +26,15 @@ class MemoryPreferenceStore final : public PreferenceStore {
         }
         changed_.emit(key);
     }
+    /// An edit from outside: all values are there before anybody is told of the first.
+    void edit(const std::map<QString, QJsonValue>& values) {
+        for (const auto& [key, value] : values) {
+            values_[key] = value;
+        }
+        for (const auto& entry : values) {
+            changed_.emit(entry.first);
+        }
+    }
     [[nodiscard]] Handle subscribe(std::function<void(const QString& key)> changed) override {
         return changed_.subscribe(std::move(changed));
     }

@@ -93,6 +93,52 @@ TEST_F(GestureKeysTest, NewKeysServeAtOnce) {
     EXPECT_EQ(storedToggle(), "rightControl");
 }
 
+TEST_F(GestureKeysTest, KeysThatAreChangedFromOutsideServeAtOnce) {
+    GestureKeys keys(world.foundation, keyboard);
+    QStringList gestures;
+    GestureActions actions;
+    actions.holdBegan = [&] { gestures.append("hold"); };
+    actions.toggled = [&] { gestures.append("toggle"); };
+    keys.wire(actions);
+    keys.start();
+    world.preferences.set(preference::hotkey, QString("rightShift"));
+    world.preferences.set(preference::toggleHotkey, QString("rightControl"));
+    keyboard.press(Hotkey::rightCommand);
+    keyboard.press(Hotkey::rightShift);
+    keyboard.press(Hotkey::rightControl);
+    keyboard.release(Hotkey::rightControl);
+    EXPECT_EQ(gestures, (QStringList{"hold", "toggle"}));
+    EXPECT_EQ(keys.hotkey(), Hotkey::rightShift);
+    EXPECT_EQ(keys.toggleHotkey(), Hotkey::rightControl);
+}
+
+TEST_F(GestureKeysTest, NamesFromOutsideThatAreNoneCountAsAtTheStart) {
+    const GestureKeys keys(world.foundation, keyboard);
+    world.preferences.set(preference::hotkey, QString("rightShift"));
+    world.preferences.set(preference::hotkey, QString("leftShift"));
+    world.preferences.set(preference::toggleHotkey, QString("leftOption"));
+    EXPECT_EQ(keys.hotkey(), Hotkey::rightCommand);
+    EXPECT_EQ(keys.toggleHotkey(), std::nullopt);
+    EXPECT_EQ(storedToggle(), "");
+}
+
+TEST_F(GestureKeysTest, HoldKeyFromOutsideTakesTheKeyAwayFromHandsFree) {
+    const GestureKeys keys(world.foundation, keyboard);
+    world.preferences.set(preference::hotkey, QString("rightOption"));
+    EXPECT_EQ(keys.toggleHotkey(), std::nullopt);
+    EXPECT_EQ(storedToggle(), "");
+}
+
+TEST_F(GestureKeysTest, OneEditFromOutsideMayExchangeTheKeys) {
+    world.preferences.set(preference::hotkey, QString("rightControl"));
+    const GestureKeys keys(world.foundation, keyboard);
+    world.store.edit(
+        {{preference::hotkey.name, "rightOption"}, {preference::toggleHotkey.name, "rightControl"}});
+    EXPECT_EQ(keys.hotkey(), Hotkey::rightOption);
+    EXPECT_EQ(keys.toggleHotkey(), Hotkey::rightControl);
+    EXPECT_EQ(storedToggle(), "rightControl");
+}
+
 TEST_F(GestureKeysTest, ChangesArePublished) {
     GestureKeys keys(world.foundation, keyboard);
     std::vector<Hotkey> holds;
