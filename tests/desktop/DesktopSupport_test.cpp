@@ -54,6 +54,16 @@ TEST(PhysicalKeyboard, TypesIntoATerminal) {
     EXPECT_EQ(terminal->waitForText(QStringLiteral("aQ")), QStringLiteral("aQ"));
 }
 
+TEST(PhysicalKeyboard, TypesIntoAnEditorThatHasJustComeUp) {
+    PhysicalKeyboard keyboard;
+    for (const auto& open : {DesktopApp::mousepad, DesktopApp::featherpad}) {
+        const auto editor = open(QString());
+        keyboard.tap(keycode::letterA);
+        keyboard.chord({keycode::leftShift, keycode::letterQ});
+        EXPECT_EQ(editor->waitForText(QStringLiteral("aQ")), QStringLiteral("aQ"));
+    }
+}
+
 TEST(PhysicalKeyboard, HoldsAsLongAsAskedAndReleasesWhenItGoes) {
     PhysicalKeyboard watcher;
     {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/DesktopApps.h"
 
+#include "support/PhysicalKeyboard.h"
 #include "support/Windows.h"
 
 #include <csignal>
@@ -55,12 +56,13 @@ std::unique_ptr<DesktopApp> DesktopApp::xterm() {
     std::unique_ptr<DesktopApp> app(new DesktopApp);
     app->received_ = app->folder_.filePath(QStringLiteral("received"));
     // The file appears when the terminal is set up to hand every byte on at once.
-    const auto keep = QStringLiteral("stty raw -echo && exec cat >'%1'").arg(app->received_);
+    const auto keep = QStringLiteral("stty raw -echo && exec cat >>'%1'").arg(app->received_);
     app->start(QStringLiteral("xterm"),
                {QStringLiteral("-e"), QStringLiteral("sh"), QStringLiteral("-c"), keep});
     if (!waitUntil([&] { return QFile::exists(app->received_); }))
         fail(QStringLiteral("xterm did not start its program"));
     app->waitForWindow();
+    app->proveKeyboard();
     return app;
 }
 
@@ -101,6 +103,24 @@ void DesktopApp::waitForWindow() {
     if (!ready || process_.state() == QProcess::NotRunning)
         fail(process_.program() + QStringLiteral(" did not get the focus: ") +
              QString::fromUtf8(process_.readAll()));
+}
+
+// Being the active window is no proof: a terminal may drop keys for a moment after that. So a key is tapped
+// until one arrives. The last key is another one: keys keep their order, so once it is there none is on its
+// way any more, and what came can be forgotten (the program appends, so it goes on at the start).
+void DesktopApp::proveKeyboard() {
+    PhysicalKeyboard keyboard;
+    const auto isThere = [](const QString& text) { return !text.isEmpty(); };
+    const bool takesKeys = waitUntil([&] {
+        keyboard.tap(keycode::letterA);
+        return !waitForText(isThere, std::chrono::seconds(1)).isEmpty();
+    });
+    keyboard.tap(keycode::letterQ);
+    const auto isOver = [](const QString& text) { return text.endsWith(QChar(u'q')); };
+    if (!takesKeys || !isOver(waitForText(isOver)))
+        fail(process_.program() + QStringLiteral(" takes no keys; it has received: ") + text());
+    if (!QFile::resize(received_, 0))
+        fail(QStringLiteral("cannot empty ") + received_);
 }
 
 std::optional<QJsonObject> DesktopApp::field() const { return showField(pid(), {}); }

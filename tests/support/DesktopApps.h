@@ -18,7 +18,8 @@ class DesktopApp {
  public:
     static std::unique_ptr<DesktopApp> mousepad(const QString& text = {});   // GTK
     static std::unique_ptr<DesktopApp> featherpad(const QString& text = {}); // Qt
-    // A terminal whose program keeps what it is sent; it shows nothing on the accessibility bus.
+    // A terminal whose program keeps what it is sent; it shows nothing on the accessibility bus. It has taken
+    // (and forgotten) keys of the ordinary keyboard when it is handed out.
     static std::unique_ptr<DesktopApp> xterm();
     // Any program with a text field that takes the focus by itself.
     static std::unique_ptr<DesktopApp> command(const QString& program, const QStringList& arguments);
@@ -54,6 +55,7 @@ class DesktopApp {
     QString writeFile(const QString& text);
     void start(const QString& program, const QStringList& arguments);
     void waitForWindow();
+    void proveKeyboard();
 
     QTemporaryDir folder_;
     QProcess process_;
