@@ -16,7 +16,9 @@ struct HttpRequest {
     QUrl url;
     std::vector<std::pair<QByteArray, QByteArray>> headers;
     QByteArray body;
-    /// Without any progress of the connection for this long, the request fails.
+    /// The request fails when for this long no byte of it could be sent, when the status has not come this
+    /// long after the last one, and then when the body has not come whole this long after the status; of a
+    /// body read by lines, when nothing of it comes for this long while a line is waited for.
     Duration timeout = seconds(60);
 };
 

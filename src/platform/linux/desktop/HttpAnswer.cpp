@@ -2,6 +2,7 @@
 #include "platform/linux/desktop/HttpAnswer.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 namespace lorvane {
@@ -10,6 +11,16 @@ namespace {
 
 constexpr qsizetype largestHead = 64 * 1024;
 constexpr int highestInformation = 199;
+
+// Digits and nothing else: no sign, no prefix, no blank within.
+std::optional<qint64> numberIn(const QByteArray& digits, int base) {
+    const bool clean = std::all_of(digits.begin(), digits.end(), [base](char c) {
+        return (c >= '0' && c <= '9') || (base == 16 && ((c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F')));
+    });
+    bool isNumber = false;
+    const qint64 number = clean ? digits.toLongLong(&isNumber, base) : 0;
+    return isNumber ? std::optional(number) : std::nullopt;
+}
 
 int statusOf(const QByteArray& line) {
     const bool isHttp = line.startsWith("HTTP/1.") && line.size() >= 12 && line[8] == ' ';
@@ -55,11 +66,7 @@ bool HttpAnswer::step(QByteArray& body) {
         state_ = line.isEmpty() ? State::chunkSize : State::broken;
         return true;
     case State::trailer:
-        if (!readLine(line)) {
-            return false;
-        }
-        state_ = line.isEmpty() ? State::complete : State::trailer;
-        return true;
+        return readTrailer();
     case State::complete:
     case State::broken:
         return false;
@@ -78,7 +85,7 @@ bool HttpAnswer::readHead() {
     const QList<QByteArray> lines = input_.left(end).split('\n');
     input_.remove(0, end + 4);
     const int status = statusOf(lines.front());
-    if (status == 0) {
+    if (status == 0 || !spend(end)) {
         state_ = State::broken;
         return false;
     }
@@ -89,7 +96,17 @@ bool HttpAnswer::readHead() {
     return true;
 }
 
+// Answers on the way and trailers may be many, and one after the other would never end.
+bool HttpAnswer::spend(qsizetype bytes) {
+    spent_ += bytes;
+    return spent_ <= largestHead;
+}
+
 void HttpAnswer::beginBody(const QList<QByteArray>& lines) {
+    if (status_ == 204 || status_ == 304) {
+        state_ = State::complete;
+        return;
+    }
     state_ = State::untilClose;
     for (const QByteArray& line : lines) {
         const qsizetype colon = line.indexOf(':');
@@ -100,14 +117,18 @@ void HttpAnswer::beginBody(const QList<QByteArray>& lines) {
             return;
         }
         if (name == "content-length") {
-            bool isNumber = false;
-            left_ = value.toLongLong(&isNumber);
-            state_ = isNumber && left_ >= 0 ? State::counted : State::broken;
+            beginCounted(value);
         }
     }
-    if (status_ == 204 || status_ == 304) {
-        state_ = State::complete;
-    }
+}
+
+// Two lengths that differ say that somebody on the way has been deceived.
+void HttpAnswer::beginCounted(const QByteArray& digits) {
+    const auto count = numberIn(digits, 10);
+    const bool isFirst = state_ == State::untilClose;
+    const bool isSame = state_ == State::counted && count == left_;
+    left_ = count.value_or(0);
+    state_ = count && (isFirst || isSame) ? State::counted : State::broken;
 }
 
 bool HttpAnswer::readCounted(QByteArray& body, State after) {
@@ -127,12 +148,25 @@ bool HttpAnswer::readChunkSize() {
     if (!readLine(line)) {
         return false;
     }
-    bool isNumber = false;
-    left_ = line.split(';').front().trimmed().toLongLong(&isNumber, 16);
-    if (!isNumber || left_ < 0) {
+    const auto size = numberIn(line.split(';').front().trimmed(), 16);
+    left_ = size.value_or(0);
+    if (!size) {
         state_ = State::broken;
     } else {
         state_ = left_ == 0 ? State::trailer : State::chunk;
+    }
+    return true;
+}
+
+bool HttpAnswer::readTrailer() {
+    QByteArray line;
+    if (!readLine(line)) {
+        return false;
+    }
+    if (line.isEmpty()) {
+        state_ = State::complete;
+    } else if (!spend(line.size() + 2)) {
+        state_ = State::broken;
     }
     return true;
 }

@@ -28,11 +28,16 @@ class HttpAnswer {
     bool readCounted(QByteArray& body, State after);
     bool readChunkSize();
     bool readLine(QByteArray& line);
+    bool readTrailer();
+    bool spend(qsizetype bytes);
     void beginBody(const QList<QByteArray>& lines);
+    void beginCounted(const QByteArray& digits);
 
     State state_ = State::head;
     int status_ = 0;
     qint64 left_ = 0;
+    /// Of heads and trailers, all together.
+    qsizetype spent_ = 0;
     QByteArray input_;
 };
 

@@ -55,7 +55,10 @@ HttpExchange::HttpExchange(HttpRequest request, Clock& clock) : request_(std::mo
     QObject* const context = context_.get();
     const auto onMove = [this] { moved(); };
     QObject::connect(socket_.get(), &QTcpSocket::readyRead, context, onMove);
-    QObject::connect(socket_.get(), &QTcpSocket::bytesWritten, context, onMove);
+    QObject::connect(socket_.get(), &QTcpSocket::bytesWritten, context, [this] {
+        advanced();
+        moved();
+    });
     QObject::connect(socket_.get(), &QTcpSocket::disconnected, context, onMove);
     QObject::connect(socket_.get(), &QTcpSocket::errorOccurred, context, onMove);
     connectToServer();
@@ -87,12 +90,18 @@ void HttpExchange::sendRequest() {
 }
 
 QCoro::Task<bool> HttpExchange::progress(TaskScope scope) {
+    const Instant now = clock_.now();
+    const Instant deadline = deadline_.value_or(now + request_.timeout);
+    deadline_ = deadline;
+    if (deadline <= now) {
+        co_return false;
+    }
     if (std::exchange(moved_, false)) {
         co_return true;
     }
     const Completion<bool> arrival;
     waiter_ = arrival;
-    const Handle timer = clock_.after(request_.timeout, [arrival] { arrival.complete(false); });
+    const Handle timer = clock_.after(deadline - now, [arrival] { arrival.complete(false); });
     co_return co_await arrival.wait(scope);
 }
 

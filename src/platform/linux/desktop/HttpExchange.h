@@ -22,9 +22,12 @@ class HttpExchange {
     HttpExchange& operator=(const HttpExchange&) = delete;
     ~HttpExchange();
 
-    /// Comes back when something has moved; false: nothing did for the request's whole time-out. What is
-    /// there by then is left to the caller to look at.
+    /// Comes back when something has moved; false: the request's time-out is over, which began with the first
+    /// wait since the last byte was sent or `advanced` was called. What is there by then is left to the
+    /// caller to look at.
     QCoro::Task<bool> progress(TaskScope scope);
+    /// What has moved was worth waiting for: the time-out begins anew.
+    void advanced() { deadline_.reset(); }
 
     [[nodiscard]] int status() const { return answer_.status(); }
     /// Bytes of the body, at most a few KiB; empty when none are there now.
@@ -49,6 +52,7 @@ class HttpExchange {
     std::optional<TransportError> error_;
     bool moved_ = false;
     std::optional<Completion<bool>> waiter_;
+    std::optional<Instant> deadline_;
 };
 
 } // namespace lorvane

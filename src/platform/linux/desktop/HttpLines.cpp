@@ -24,6 +24,7 @@ QCoro::Task<Result<std::optional<QByteArray>, TransportError>> HttpLines::nextLi
         }
         const QByteArray more = exchange_->take();
         if (!more.isEmpty()) {
+            exchange_->advanced();
             pending_ += more;
             continue;
         }

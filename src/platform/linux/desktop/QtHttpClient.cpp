@@ -41,6 +41,7 @@ QCoro::Task<Result<QtHttpClient::Begun, TransportError>> QtHttpClient::begin(Htt
     for (;;) {
         QByteArray first = exchange->take();
         if (exchange->status() > 0) {
+            exchange->advanced();
             co_return Begun{std::move(exchange), std::move(first)};
         }
         if (const auto& error = exchange->transportError()) {

@@ -65,6 +65,39 @@ TEST(HttpAnswer, AnAnswerOnTheWayIsSkipped) {
     expectEverywhere("HTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 204 None\r\n\r\n", {"", 204, true, false});
 }
 
+TEST(HttpAnswer, AnAnswerThatHasNoBodyWaitsForNone) {
+    expectEverywhere("HTTP/1.1 204 None\r\nTransfer-Encoding: chunked\r\n\r\n", {"", 204, true, false});
+    expectEverywhere("HTTP/1.1 304 None\r\nContent-Length: 10\r\n\r\n", {"", 304, true, false});
+}
+
+TEST(HttpAnswer, EndlessAnswersOnTheWayAndTrailersAreBroken) {
+    HttpAnswer onTheWay;
+    HttpAnswer trailers;
+    trailers.feed("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n");
+    for (int i = 0; i < 10'000; ++i) {
+        onTheWay.feed("HTTP/1.1 100 Continue\r\n\r\n");
+        trailers.feed("X: y\r\nX: z\r\n");
+    }
+    EXPECT_TRUE(onTheWay.isBroken());
+    EXPECT_TRUE(trailers.isBroken());
+}
+
+TEST(HttpAnswer, ALengthIsDigitsAndNothingElse) {
+    const auto counted = [](const QByteArray& length) {
+        return QByteArray("HTTP/1.1 200 OK\r\nContent-Length: " + length + "\r\n\r\nhello");
+    };
+    for (const char* length : {"+5", "-5", "0x5", "5 5", "", "99999999999999999999"}) {
+        expectEverywhere(counted(length), {"", 200, false, true});
+    }
+    expectEverywhere(counted("5\r\nContent-Length: 5"), {"hello", 200, true, false});
+    expectEverywhere(counted("5\r\nContent-Length: 4"), {"", 200, false, true});
+    expectEverywhere(counted("many\r\nContent-Length: 5"), {"", 200, false, true});
+    const QByteArray chunked = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n";
+    for (const char* size : {"0x2", "+2", "", "fffffffffffffffff"}) {
+        expectEverywhere(chunked + size + "\r\nab\r\n", {"", 200, false, true});
+    }
+}
+
 TEST(HttpAnswer, WhatIsNoHttpIsBroken) {
     expectEverywhere("SSH-2.0-x\r\n\r\n", {"", 0, false, true});
     expectEverywhere("HTTP/1.1 abc\r\n\r\n", {"", 0, false, true});

@@ -7,6 +7,8 @@
 #include "support/Wait.h"
 
 #include <QFile>
+#include <QTcpServer>
+#include <QTcpSocket>
 
 #include <algorithm>
 #include <iostream>
@@ -285,6 +287,63 @@ TEST_F(QtHttp, ALineWithoutEndIsRefused) {
     ASSERT_TRUE(waitUntil([&] { return call.isDone(); }));
     EXPECT_EQ(call.value(), -1);
     EXPECT_EQ(read, 0);
+}
+
+// What a server that means ill says, byte by byte and without end.
+class Drip {
+ public:
+    Drip(Clock& clock, QByteArray endless) : clock_(clock), endless_(std::move(endless)) {
+        EXPECT_TRUE(server_.listen(QHostAddress::LocalHost));
+        QObject::connect(&server_, &QTcpServer::newConnection, &server_, [this] {
+            QTcpSocket* const socket = server_.nextPendingConnection();
+            drops_ = clock_.every(std::chrono::milliseconds(10), [this, socket] {
+                socket->write(endless_.mid(sent_, 1));
+                sent_ = sent_ + 1 == endless_.size() ? sent_ - 10 : sent_ + 1;
+            });
+        });
+    }
+    [[nodiscard]] QUrl url() const {
+        return QUrl(QStringLiteral("http://127.0.0.1:%1/path").arg(server_.serverPort()));
+    }
+
+ private:
+    Clock& clock_;
+    QByteArray endless_;
+    qsizetype sent_ = 0;
+    QTcpServer server_;
+    Handle drops_;
+};
+
+TEST_F(QtHttp, AnAnswerThatDripsInEndsWithTheTimeOut) {
+    for (const char* endless : {"HTTP/1.1 200 OK\r\nX: xxxxxxxxxxx", "HTTP/1.1 200 OK\r\n\r\nxxxxxxxxxxx",
+                                "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n1;xxxxxxxxxxx"}) {
+        const Drip drip(clock, endless);
+        HttpRequest wanted = request();
+        wanted.url = drip.url();
+        const Instant start = idle.now();
+        auto call = Running<Sent>([&](TaskScope scope) { return impatient.send(wanted, scope); });
+        EXPECT_TRUE(waitUntil([&] {
+            idle.advance(seconds(0.5));
+            return call.isDone();
+        })) << endless;
+        ASSERT_FALSE(call.value().has_value());
+        EXPECT_EQ(call.value().error().description, "the request timed out");
+        EXPECT_LE(inSeconds(idle.now() - start), 130.0) << endless;
+    }
+}
+
+TEST_F(QtHttp, AStreamThatDripsItsFramingTimesOut) {
+    const Drip drip(clock, "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n1;xxxxxxxxxxx");
+    HttpRequest wanted = request();
+    wanted.url = drip.url();
+    VirtualClock pace;
+    int read = 0;
+    Running<int> call([&](TaskScope scope) { return readSlowly(impatient, wanted, pace, read, scope); });
+    EXPECT_TRUE(waitUntil([&] {
+        idle.advance(seconds(0.5));
+        return call.isDone();
+    }));
+    EXPECT_EQ(call.value(), -1);
 }
 
 } // namespace
