@@ -3,6 +3,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonDocument>
 #include <QSaveFile>
 
@@ -10,6 +11,8 @@ namespace lorvane {
 
 namespace {
 
+// Nothing that is kept here comes near; reading a folder, a pipe or a whole disk would hold up the program.
+constexpr qint64 largestFile = 16 * 1024 * 1024;
 constexpr auto ownersFile = QFile::ReadOwner | QFile::WriteOwner;
 constexpr auto ownersFolder = ownersFile | QFile::ExeOwner;
 
@@ -89,9 +92,13 @@ Handle JsonPreferenceStore::subscribe(std::function<void(const QString& key)> ch
 }
 
 JsonPreferenceStore::Content JsonPreferenceStore::readFile(QJsonObject& found) {
+    const QFileInfo about(filePath_);
+    if (!about.exists()) {
+        return Content::absent;
+    }
     QFile file(filePath_);
-    if (!file.open(QIODevice::ReadOnly)) {
-        return file.exists() ? Content::unreadable : Content::absent;
+    if (!about.isFile() || about.size() > largestFile || !file.open(QIODevice::ReadOnly)) {
+        return Content::unreadable;
     }
     const QByteArray bytes = file.readAll();
     if (bytes == onDisk_ && !bytes.isEmpty()) {

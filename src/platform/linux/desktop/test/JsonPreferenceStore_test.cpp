@@ -7,6 +7,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSaveFile>
@@ -14,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <sys/stat.h>
 
 using namespace lorvane;
 
@@ -142,6 +144,35 @@ TEST_F(JsonPreferences, AnUnreadableFileIsSetAsideAtTheStart) {
         EXPECT_EQ(stored(), expected);
         EXPECT_EQ(read(path(".unreadable")), content);
     }
+}
+
+TEST_F(JsonPreferences, AFolderOrAPipeInPlaceOfTheFileIsSetAside) {
+    ASSERT_TRUE(QDir().mkpath(path()));
+    start();
+    EXPECT_TRUE(QFileInfo(path(".unreadable")).isDir());
+    store->setValue("a", 2);
+    EXPECT_EQ(stored(), (QJsonObject{{"a", 2}}));
+    ASSERT_TRUE(QFile::remove(path()));
+    ASSERT_EQ(::mkfifo(qPrintable(path()), 0600), 0);
+    start();
+    EXPECT_TRUE(QFileInfo::exists(path(".unreadable-2")));
+    store->setValue("a", 3);
+    EXPECT_EQ(stored(), (QJsonObject{{"a", 3}}));
+}
+
+TEST_F(JsonPreferences, AFileLargerThanAnyPreferencesIsSetAside) {
+    write("{\"a\":1" + QByteArray(17 * 1024 * 1024, ' ') + "}");
+    start();
+    EXPECT_TRUE(store->value("a").isUndefined());
+    EXPECT_TRUE(QFileInfo::exists(path(".unreadable")));
+}
+
+TEST_F(JsonPreferences, AnEndlessFileIsNotRead) {
+    ASSERT_TRUE(QDir().mkpath(folder.path() + "/Tirra"));
+    ASSERT_TRUE(QFile::link("/dev/zero", path()));
+    start();
+    store->setValue("a", 2);
+    EXPECT_EQ(stored(), (QJsonObject{{"a", 2}}));
 }
 
 TEST_F(JsonPreferences, ASecondUnreadableFileDoesNotReplaceTheFirst) {
