@@ -7,7 +7,6 @@
 
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QStringDecoder>
 
 namespace lorvane {
 
@@ -20,9 +19,8 @@ QString secretAccount() { return QStringLiteral("install-id"); }
 
 // Only text that is not empty counts.
 QString identifierIn(const std::optional<QByteArray>& secret) {
-    QStringDecoder decode(QStringDecoder::Utf8);
-    const QString text = decode(secret.value_or(QByteArray()));
-    return decode.hasError() ? QString() : text;
+    const QByteArray bytes = secret.value_or(QByteArray());
+    return bytes.isValidUtf8() ? QString::fromUtf8(bytes) : QString();
 }
 
 HttpRequest registrationRequest(const QUrl& url, const QString& device) {

@@ -57,6 +57,8 @@ TEST_F(Registration, AnItemThatIsEmptyOrNoTextDoesNotCount) {
     secrets.secrets[item] = "\xff\xfe";
     EXPECT_EQ(deviceID(), "COPY");
     EXPECT_EQ(secrets.secrets[item], "COPY");
+    secrets.secrets[item] = "cut within a letter \xc3";
+    EXPECT_EQ(deviceID(), "COPY");
 }
 
 TEST_F(Registration, ALockedKeyStoreLeavesTheIdentifierToThePreferences) {

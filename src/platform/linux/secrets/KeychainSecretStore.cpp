@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/linux/secrets/KeychainSecretStore.h"
 
-#include <QStringDecoder>
 #include <qt6keychain/keychain.h>
 
 namespace lorvane {
@@ -13,12 +12,10 @@ using Secret = std::optional<QByteArray>;
 
 // Text is kept as text, so that the desktop's own tools show it.
 void setValue(QKeychain::WritePasswordJob& job, const QByteArray& value) {
-    QStringDecoder decode(QStringDecoder::Utf8);
-    const QString text = decode(value);
-    if (decode.hasError()) {
-        job.setBinaryData(value);
+    if (value.isValidUtf8()) {
+        job.setTextData(QString::fromUtf8(value));
     } else {
-        job.setTextData(text);
+        job.setBinaryData(value);
     }
 }
 
