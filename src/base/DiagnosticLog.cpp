@@ -4,8 +4,11 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
+#include <csignal>
 #include <cstdio>
+#include <ctime>
 
 namespace lorvane {
 
@@ -13,15 +16,43 @@ namespace {
 
 constexpr qint64 sizeLimit = 2'097'152;
 
+/// A terminal or a pipe that is gone must not end the program: while this lives, this thread's writes to it
+/// fail in silence.
+class QuietPipe {
+ public:
+    QuietPipe() {
+        sigemptyset(&pipe_);
+        sigaddset(&pipe_, SIGPIPE);
+        pthread_sigmask(SIG_BLOCK, &pipe_, &before_);
+    }
+    ~QuietPipe() {
+        if (sigismember(&before_, SIGPIPE) == 0) {
+            const timespec atOnce{};
+            sigtimedwait(&pipe_, nullptr, &atOnce);
+            pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+        }
+    }
+    QuietPipe(const QuietPipe&) = delete;
+    QuietPipe& operator=(const QuietPipe&) = delete;
+
+ private:
+    sigset_t pipe_ = {};
+    sigset_t before_ = {};
+};
+
 void writeToStandardError(const QString& line) {
     const QByteArray bytes = line.toUtf8() + '\n';
+    const QuietPipe quiet;
     std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stderr);
 }
 
 // Past the limit the whole file is wiped; there is no second file.
 void appendLine(const QString& path, const QByteArray& line) {
+    const QFileInfo about(path);
+    // A pipe in its place would hold up the end of the program.
+    const bool isFile = about.isFile() || !about.exists();
     QFile file(path);
-    if (!file.open(QIODevice::ReadWrite)) {
+    if (!isFile || !file.open(QIODevice::ReadWrite)) {
         return;
     }
     const qint64 size = file.size();

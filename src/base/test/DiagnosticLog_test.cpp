@@ -9,7 +9,11 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cstdlib>
+#include <sys/stat.h>
 #include <thread>
+#include <unistd.h>
 
 using namespace lorvane;
 
@@ -129,6 +133,31 @@ TEST_F(Log, AFolderRemovedMeanwhileCostsOnlyTheLinesUntilItIsBack) {
     log.diagLog("kept");
     log.drain();
     EXPECT_EQ(content(), "2026-01-05 10:00:00.000 kept\n");
+}
+
+TEST_F(Log, APipeInPlaceOfTheFileHoldsNothingUp) {
+    ASSERT_TRUE(QDir().mkpath(folder.filePath("Logs/Tirra")));
+    ASSERT_EQ(::mkfifo(qPrintable(path()), 0600), 0);
+    DiagnosticLog log(clock, folder.path(), [](const QString&) {});
+    for (int i = 0; i < 100; ++i) {
+        log.diagLog(QString(4'096, u'x'));
+    }
+    log.drain();
+}
+
+[[noreturn]] void logToAConsoleThatIsGone(const Clock& clock, const QString& folder) {
+    std::array<int, 2> ends{};
+    const bool isGone = ::pipe(ends.data()) == 0 && ::close(ends[0]) == 0 && ::dup2(ends[1], 2) == 2;
+    DiagnosticLog log(clock, folder);
+    log.diagLog("first");
+    log.diagLog("second");
+    log.drain();
+    std::_Exit(isGone ? 7 : 8);
+}
+
+TEST_F(Log, AConsoleThatIsGoneEndsNothing) {
+    EXPECT_EXIT(logToAConsoleThatIsGone(clock, folder.path()), ::testing::ExitedWithCode(7), "");
+    EXPECT_EQ(content(), "2026-01-05 10:00:00.000 first\n2026-01-05 10:00:00.000 second\n");
 }
 
 TEST_F(Log, EightThreadsAtOnceNeverMixTheirLinesAndKeepTheirOrder) {
