@@ -7,6 +7,7 @@
 #include "support/VirtualMicrophone.h"
 
 #include <atomic>
+#include <iostream>
 #include <pulse/def.h>
 
 namespace lorvane {
@@ -185,6 +186,45 @@ TEST_F(PulseAudioEngineTest, AStartRightAfterTheServersReturnNeedsNoSecondTry) {
     EXPECT_EQ(engine.inputFormat(), InputFormat());
     sound::startServer();
     EXPECT_EQ(engine.inputFormat(), (InputFormat{48'000, 2}));
+}
+
+TEST_F(PulseAudioEngineTest, AServerThatFreezesHoldsUpAStartForASecondAndAStopNotAtAll) {
+    ASSERT_TRUE(started());
+    ASSERT_TRUE(hears());
+    PulseAudioEngine other(connection);
+    const FrozenServer frozen;
+    const Instant begin = clock.now();
+    engine.stop();
+    const Instant stopped = clock.now();
+    EXPECT_GT(other.inputFormat().channels, 0U);
+    const auto start = other.start(4'096, counting());
+    const Instant failed = clock.now();
+    other.stop();
+    std::cout << "with a frozen server the stop took " << inSeconds(stopped - begin) * 1'000
+              << " ms and the start that fails " << inSeconds(failed - stopped) * 1'000 << " ms\n";
+    EXPECT_LE(stopped - begin, std::chrono::milliseconds(100));
+    EXPECT_LE(failed - stopped, std::chrono::milliseconds(1'400));
+    ASSERT_FALSE(start.has_value());
+    EXPECT_EQ(start.error(), engineFailure(PA_ERR_TIMEOUT));
+    frozen.thaw();
+    const std::size_t before = frames;
+    ASSERT_TRUE(started());
+    EXPECT_TRUE(waitUntil([&] { return frames > before; }));
+    engine.stop();
+    EXPECT_TRUE(waitUntil([] { return streamsOfPrograms() == 0; })) << streams().toStdString();
+}
+
+TEST_F(PulseAudioEngineTest, AConnectionToAFrozenServerHoldsUpAStartForAThirdOfASecond) {
+    const FrozenServer frozen;
+    PulseConnection fresh(clock);
+    PulseAudioEngine other(fresh);
+    const Instant begin = clock.now();
+    EXPECT_EQ(other.inputFormat(), InputFormat());
+    const Duration took = clock.now() - begin;
+    std::cout << "without a connection to a frozen server that took " << inSeconds(took) * 1'000 << " ms\n";
+    EXPECT_LE(took, std::chrono::milliseconds(500));
+    frozen.thaw();
+    EXPECT_TRUE(waitUntil([&] { return other.inputFormat().channels > 0; }));
 }
 
 TEST_F(PulseAudioEngineTest, AServerThatRefusesUsIsDenied) {

@@ -3,9 +3,11 @@
 
 #include "support/Wait.h"
 
+#include <QFile>
 #include <QString>
 #include <QStringList>
 
+#include <csignal>
 #include <gtest/gtest.h>
 
 namespace lorvane {
@@ -16,6 +18,28 @@ inline QString pactl(const QStringList& arguments) {
     EXPECT_EQ(result.status, 0) << arguments.join(u' ').toStdString() << ": " << result.errors.toStdString();
     return QString::fromUtf8(result.output).trimmed();
 }
+
+// The desktop's sound server is there and does nothing while this lives.
+class FrozenServer {
+ public:
+    FrozenServer() {
+        QFile file(qEnvironmentVariable("XDG_RUNTIME_DIR") + QStringLiteral("/pulse/pid"));
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << file.fileName().toStdString();
+        pid_ = file.readAll().trimmed().toInt();
+        EXPECT_TRUE(pid_ > 1 && ::kill(pid_, SIGSTOP) == 0);
+    }
+    ~FrozenServer() { thaw(); }
+    FrozenServer(const FrozenServer&) = delete;
+    FrozenServer& operator=(const FrozenServer&) = delete;
+    void thaw() const {
+        if (pid_ > 1) {
+            ::kill(pid_, SIGCONT);
+        }
+    }
+
+ private:
+    pid_t pid_ = 0;
+};
 
 // Something that a test adds to the server and takes away again.
 class PulseModule {
