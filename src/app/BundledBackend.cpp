@@ -5,6 +5,8 @@
 #include <QDir>
 #include <QRegularExpression>
 
+#include <utility>
+
 namespace lorvane {
 
 namespace {
@@ -45,14 +47,22 @@ QString BundledBackend::standardExecutable() {
     return QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("lorvane-backend"));
 }
 
+void BundledBackend::silence() {
+    // A channel that is forwarded takes no file.
+    process_.setProcessChannelMode(QProcess::SeparateChannels);
+    process_.setStandardErrorFile(QProcess::nullDevice());
+}
+
 void BundledBackend::start() {
     QDir().mkpath(dataFolder_);
     launch();
 }
 
 void BundledBackend::launch() {
+    // On its old port, so that requests under way find it again; on any other if that one is taken by now.
+    const QString listen = QStringLiteral("127.0.0.1:%1").arg(std::exchange(port_, 0));
     process_.start(executable_,
-                   {QStringLiteral("--listen"), QStringLiteral("127.0.0.1:0"), QStringLiteral("--database"),
+                   {QStringLiteral("--listen"), listen, QStringLiteral("--database"),
                     QDir(dataFolder_).filePath(QStringLiteral("backend.sqlite")),
                     // With our number, since we may be gone before the child can ask who its parent is.
                     QStringLiteral("--parent-watch"), QString::number(QCoreApplication::applicationPid())});
@@ -63,7 +73,9 @@ void BundledBackend::readAddress() {
     while (process_.canReadLine()) {
         const QString line = QString::fromUtf8(process_.readLine()).trimmed();
         if (const auto match = address.match(line); match.hasMatch()) {
-            callbacks_.ready(QUrl(match.captured(1)));
+            const QUrl url(match.captured(1));
+            port_ = url.port();
+            callbacks_.ready(url);
         }
     }
 }

@@ -29,7 +29,7 @@ class BundledBackend : public QObject {
 
     void start();
     /// Drops what the child says of its requests; else it goes to this program's standard error.
-    void silence() { process_.setStandardErrorFile(QProcess::nullDevice()); }
+    void silence();
     /// Beside this program.
     [[nodiscard]] static QString standardExecutable();
     /// The child's process, 0 when none runs.
@@ -47,6 +47,8 @@ class BundledBackend : public QObject {
     RestartPolicy policy_;
     QProcess process_;
     bool ending_ = false;
+    /// Where the last child listened; 0: wherever it likes.
+    int port_ = 0;
 };
 
 } // namespace lorvane

@@ -4,7 +4,7 @@
 namespace lorvane {
 
 Dictation::Dictation(const Foundation& foundation, DesktopAdapters& desktop)
-    : api(desktop.http, desktop.secrets, foundation.preferences, desktop.cloud),
+    : http(desktop.http, foundation.clock), api(http, desktop.secrets, foundation.preferences, desktop.cloud),
       recorder(foundation, desktop.engines, desktop.inputs), encoder(foundation, desktop.codec),
       parts(foundation, api, encoder), capture(foundation, recorder, parts),
       screen(foundation.clock, desktop.pill, desktop.windows),

@@ -3,6 +3,7 @@
 
 #include "api/MacAPI.h"
 #include "app/DesktopAdapters.h"
+#include "app/PatientHttpClient.h"
 #include "audio/MacAudioDevices.h"
 #include "core/DictationController.h"
 
@@ -12,6 +13,7 @@ namespace lorvane {
 struct Dictation {
     Dictation(const Foundation& foundation, DesktopAdapters& desktop);
 
+    PatientHttpClient http;
     MacAPI api;
     MacRecorder recorder;
     TakeEncoder encoder;

@@ -35,7 +35,7 @@ class Examination {
     [[nodiscard]] DoctorProbes probes();
 
  private:
-    QCoro::Task<Result<QString, QString>> microphone(TaskScope scope);
+    QCoro::Task<Result<QString, MicrophoneLack>> microphone(TaskScope scope);
     QCoro::Task<bool> keyStore(TaskScope scope);
     QCoro::Task<BackendFacts> backend(TaskScope scope);
     [[nodiscard]] std::vector<OpenWindow> openWindows();
@@ -51,6 +51,7 @@ class Examination {
 
 DoctorProbes Examination::probes() {
     DoctorProbes probes;
+    probes.sessionBus = [this] { return session_.isConnected(); };
     probes.session = [] {
         return sessionKind(qEnvironmentVariable("XDG_SESSION_TYPE"), qEnvironmentVariable("DISPLAY"),
                            qEnvironmentVariable("WAYLAND_DISPLAY"));
@@ -69,18 +70,24 @@ DoctorProbes Examination::probes() {
     return probes;
 }
 
-QCoro::Task<Result<QString, QString>> Examination::microphone(TaskScope) {
+QCoro::Task<Result<QString, MicrophoneLack>> Examination::microphone(TaskScope) {
     sound_.awaitReady(soundServerPatience);
     const PulseInputs inputs = sound_.inputs();
     if (const PulseSource* const source = defaultSource(inputs)) {
         co_return source->description;
     }
-    const char* const reason = sound_.isRefused() ? "the sound server refuses us" : "there is no microphone";
-    co_return failure(QString::fromLatin1(reason));
+    if (sound_.isRefused()) {
+        co_return failure(MicrophoneLack::refused);
+    }
+    const bool isThere = sound_.state() == PulseConnection::State::ready;
+    co_return failure(isThere ? MicrophoneLack::noSource : MicrophoneLack::noServer);
 }
 
 QCoro::Task<bool> Examination::keyStore(TaskScope) {
     const auto* const bus = session_.interface();
+    if (bus == nullptr) {
+        co_return false;
+    }
     const QStringList names = bus->registeredServiceNames().value() + bus->activatableServiceNames().value();
     co_return names.contains(QStringLiteral("org.freedesktop.secrets")) ||
         names.contains(QStringLiteral("org.kde.kwalletd5"));
@@ -89,7 +96,7 @@ QCoro::Task<bool> Examination::keyStore(TaskScope) {
 // The backend that comes with the program is tried by starting one of it, which leaves nothing behind.
 QCoro::Task<BackendFacts> Examination::backend(TaskScope scope) {
     BackendFacts facts;
-    facts.address = BackendChoice::configured(foundation_.preferences).toString();
+    facts.address = BackendChoice::configured(foundation_.preferences);
     const bool isOwn = facts.address.isEmpty();
     const QTemporaryDir folder;
     std::unique_ptr<BundledBackend> own;
@@ -106,9 +113,15 @@ QCoro::Task<BackendFacts> Examination::backend(TaskScope scope) {
             foundation_.clock.after(backendPatience, [address] { address.complete(QString()); });
         facts.address = co_await address.wait(scope);
     }
+    const std::optional<QUrl> base = BackendChoice::addressFrom(facts.address);
+    facts.isAddress = base.has_value();
+    if (!base) {
+        co_return facts;
+    }
     HttpRequest request;
     request.method = "GET";
-    request.url = QUrl(facts.address + QStringLiteral("/healthz"));
+    request.url = base->adjusted(QUrl::StripTrailingSlash);
+    request.url.setPath(request.url.path() + QStringLiteral("/healthz"));
     request.timeout = backendPatience;
     const auto answer = co_await http_.send(request, scope);
     facts.isHealthy = answer && answer->status == 200;

@@ -37,6 +37,7 @@ class Program {
  private:
     void chooseFirstHoldKey();
     QCoro::Task<void> firstExchange(TaskScope scope);
+    void useBackend(const QUrl& address);
     void showBackendGone();
     static void endWithoutDisplay();
 
@@ -61,9 +62,9 @@ void Program::start() {
     chooseFirstHoldKey();
     dictation_ = std::make_unique<Dictation>(foundation_, desktop_);
     DictationController& controller = dictation_->controller;
-    backend_ = std::make_unique<BackendChoice>(
-        foundation_, [this](const QUrl& address) { dictation_->api.setBackendURL(address); },
-        [this] { showBackendGone(); });
+    const BackendChoice::Callbacks callbacks{[this](const QUrl& address) { useBackend(address); },
+                                             [this] { showBackendGone(); }};
+    backend_ = std::make_unique<BackendChoice>(foundation_, BundledBackend::standardExecutable(), callbacks);
     desktop_.windows.onFirstRunOver = [&controller] { controller.finishOnboarding(); };
     notifier_ = std::make_unique<NoticeNotifier>(controller, session_);
     new ControlService(&busObject_, controller, session_, [] { QCoreApplication::quit(); });
@@ -75,6 +76,11 @@ void Program::start() {
 QCoro::Task<void> Program::firstExchange(TaskScope scope) {
     co_await backend_->known(scope);
     co_await dictation_->api.registerDevice(scope);
+}
+
+void Program::useBackend(const QUrl& address) {
+    dictation_->api.setBackendURL(address);
+    dictation_->http.backendStarted(BackendChoice::configured(foundation_.preferences).isEmpty());
 }
 
 void Program::showBackendGone() {

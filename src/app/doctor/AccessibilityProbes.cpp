@@ -13,16 +13,20 @@ namespace lorvane {
 namespace {
 
 constexpr Duration connectBound = std::chrono::seconds(2);
+constexpr int answerMilliseconds = 2000;
 constexpr Duration connectStep = std::chrono::milliseconds(10);
 
 /// A boolean property of a service on the session bus; false when it cannot be had.
 QCoro::Task<bool> flagOf(QDBusConnection session, QString service, QString path, QString interface,
                          QString name, TaskScope scope) {
+    if (!session.isConnected()) {
+        co_return false; // a call on it would never be answered, not even by an error
+    }
     auto get = QDBusMessage::createMethodCall(
         service, path, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
     get.setArguments({interface, name});
     const Completion<bool> answer;
-    QDBusPendingCallWatcher watcher(session.asyncCall(get));
+    QDBusPendingCallWatcher watcher(session.asyncCall(get, answerMilliseconds));
     QObject::connect(&watcher, &QDBusPendingCallWatcher::finished, &watcher, [&watcher, answer] {
         const QDBusPendingReply<QDBusVariant> value = watcher;
         answer.complete(!value.isError() && value.value().variant().toBool());

@@ -13,6 +13,18 @@ void add(DoctorReport& report, const char* id, Status status, const QString& wha
     report.lines.push_back(
         {QString::fromLatin1(id), status, what, status == Status::ok ? QString() : remedy});
 }
+
+QString reasonFor(MicrophoneLack lack, const Localisation& words) {
+    switch (lack) {
+    case MicrophoneLack::noServer:
+        return words.text("no sound server answers");
+    case MicrophoneLack::refused:
+        return words.text("the sound server refuses this program");
+    case MicrophoneLack::noSource:
+        break;
+    }
+    return words.text("the sound server has none");
+}
 } // namespace
 
 Doctor::Doctor(DoctorProbes probes, const Localisation& words) : probes_(std::move(probes)), words_(words) {}
@@ -31,6 +43,10 @@ QCoro::Task<DoctorReport> Doctor::examine(TaskScope scope) {
 }
 
 void Doctor::session(DoctorReport& report) const {
+    if (probes_.sessionBus && !probes_.sessionBus()) {
+        add(report, "bus", Status::failed, words_.text("There is no session bus."),
+            words_.text("Start it inside your desktop; elsewhere, set DBUS_SESSION_BUS_ADDRESS."));
+    }
     if (!probes_.session) {
         return;
     }
@@ -53,14 +69,14 @@ void Doctor::keys(DoctorReport& report) const {
         const bool good = version && *version >= std::make_pair(2, 2);
         add(report, "keys", good ? Status::ok : Status::failed,
             good ? words_.text("The hold key can be seen in every application.")
-                 : words_.text("The hold key cannot be seen: the X server has no XInput 2.2."),
+                 : words_.text("The hold key cannot be seen: there is no X server with XInput 2.2."),
             words_.text("Log in to an X11 (Xorg) session of an X server that is not older than 2012."));
     }
     if (probes_.syntheticKeys) {
         const bool good = probes_.syntheticKeys();
         add(report, "paste", good ? Status::ok : Status::failed,
             good ? words_.text("Keys can be posted, so text can be pasted.")
-                 : words_.text("Keys cannot be posted: the X server has no XTest extension."),
+                 : words_.text("Keys cannot be posted: there is no X server with the XTEST extension."),
             words_.text("Log in to an X11 (Xorg) session; in a remote one, allow the XTEST extension."));
     }
 }
@@ -78,21 +94,32 @@ void Doctor::accessibility(DoctorReport& report, AccessibilityFacts facts) const
     }
 }
 
-void Doctor::microphone(DoctorReport& report, const Result<QString, QString>& found) const {
+void Doctor::microphone(DoctorReport& report, const Result<QString, MicrophoneLack>& found) const {
     if (found) {
         add(report, "microphone", Status::ok, words_.text("The microphone is %1.").arg(*found));
     } else {
         add(report, "microphone", Status::failed,
-            words_.text("There is no microphone: %1.").arg(found.error()),
+            words_.text("There is no microphone: %1.").arg(reasonFor(found.error(), words_)),
             words_.text("Connect one, and see that PulseAudio or PipeWire (with pipewire-pulse) runs."));
     }
 }
 
 void Doctor::backend(DoctorReport& report, const BackendFacts& facts) const {
-    if (!facts.isHealthy) {
+    if (facts.address.isEmpty()) {
+        add(report, "backend", Status::failed,
+            words_.text("The backend that comes with Lorvane does not start."),
+            words_.text(
+                "Put lorvane-backend beside lorvane, or set LORVANE_BACKEND_URL to a backend that runs."));
+    } else if (!facts.isAddress) {
+        add(report, "backend", Status::failed,
+            words_.text("%1 is not the address of a backend; one looks like http://127.0.0.1:8080.")
+                .arg(facts.address),
+            words_.text("Correct LORVANE_BACKEND_URL or the preference tirra.linux.backendURL."));
+    } else if (!facts.isHealthy) {
         add(report, "backend", Status::failed,
             words_.text("The backend does not answer at %1.").arg(facts.address),
-            words_.text("Start Lorvane, or set LORVANE_BACKEND_URL to a backend that runs."));
+            words_.text("Start it, or name another with LORVANE_BACKEND_URL; without a setting Lorvane uses "
+                        "its own."));
     } else if (!facts.isRegistered) {
         add(report, "backend", Status::warning,
             words_.text("The backend answers at %1; this computer is not registered yet.").arg(facts.address),
@@ -111,8 +138,9 @@ QCoro::Task<void> Doctor::services(DoctorReport* report, TaskScope scope) {
     if (probes_.keyStore) {
         const bool good = co_await probes_.keyStore(scope);
         add(*report, "keys-store", good ? Status::ok : Status::warning,
-            good ? words_.text("The key store keeps the token.")
-                 : words_.text("No key store answers; the token is kept in the preferences."),
+            good
+                ? words_.text("The key store keeps this computer's identifier.")
+                : words_.text("No key store answers; this computer's identifier is kept in the preferences."),
             words_.text("Start a keyring: gnome-keyring, KWallet or KeePassXC."));
     }
     if (probes_.backend) {

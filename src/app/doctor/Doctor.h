@@ -18,7 +18,7 @@ class Doctor {
     void session(DoctorReport& report) const;
     void keys(DoctorReport& report) const;
     void accessibility(DoctorReport& report, AccessibilityFacts facts) const;
-    void microphone(DoctorReport& report, const Result<QString, QString>& found) const;
+    void microphone(DoctorReport& report, const Result<QString, MicrophoneLack>& found) const;
     void backend(DoctorReport& report, const BackendFacts& facts) const;
     QCoro::Task<void> services(DoctorReport* report, TaskScope scope);
     QCoro::Task<void> windows(DoctorReport* report, TaskScope scope);

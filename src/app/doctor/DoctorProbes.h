@@ -43,22 +43,29 @@ struct AccessibilityFacts {
 };
 
 struct BackendFacts {
+    /// Empty when the backend that comes with the program is wanted and does not start.
     QString address;
     bool isHealthy = false;
     /// Whether this device has a token, or could get one.
     bool isRegistered = false;
+    /// False for a setting that no backend can have as its address.
+    bool isAddress = true;
 };
+
+/// Why there is no microphone.
+enum class MicrophoneLack { noServer, refused, noSource };
 
 /// What the doctor asks of the world; each is asked once. A probe that is left empty is reported as not
 /// checked.
 struct DoctorProbes {
+    std::function<bool()> sessionBus;
     std::function<SessionKind()> session;
     std::function<QCoro::Task<AccessibilityFacts>(TaskScope)> accessibility;
     /// The version of the X Input extension; 2.2 or later sees every key.
     std::function<std::optional<std::pair<int, int>>()> keyWatching;
     std::function<bool()> syntheticKeys;
-    /// The name of the default microphone, or why there is none.
-    std::function<QCoro::Task<Result<QString, QString>>(TaskScope)> microphone;
+    /// The name of the default microphone.
+    std::function<QCoro::Task<Result<QString, MicrophoneLack>>(TaskScope)> microphone;
     std::function<QCoro::Task<bool>(TaskScope)> keyStore;
     std::function<QCoro::Task<BackendFacts>(TaskScope)> backend;
     std::function<QCoro::Task<bool>(TaskScope)> tray;

@@ -27,6 +27,12 @@ class AccessibilityProbesTest : public AtspiDesktopTest {
     DoctorProbes probes;
 };
 
+TEST_F(AccessibilityProbesTest, WithoutASessionBusThereIsNoTrayAndNobodyIsWaitedFor) {
+    DoctorProbes lonely;
+    addTrayProbe(lonely, QDBusConnection(QStringLiteral("nowhere")));
+    EXPECT_FALSE(finish<bool>([&](TaskScope scope) { return lonely.tray(scope); }));
+}
+
 TEST_F(AccessibilityProbesTest, TheBusAndTheSwitchAreTold) {
     const auto facts =
         finish<AccessibilityFacts>([&](TaskScope scope) { return probes.accessibility(scope); });

@@ -20,11 +20,14 @@ QCoro::Task<T> told(T value) {
 /// A desktop on which everything works; each test breaks one thing.
 DoctorProbes healthy() {
     DoctorProbes probes;
+    probes.sessionBus = [] { return true; };
     probes.session = [] { return SessionKind::x11; };
     probes.accessibility = [](TaskScope) { return told(AccessibilityFacts{true, true}); };
     probes.keyWatching = [] { return std::make_pair(2, 3); };
     probes.syntheticKeys = [] { return true; };
-    probes.microphone = [](TaskScope) { return told(Result<QString, QString>(QStringLiteral("Built-in"))); };
+    probes.microphone = [](TaskScope) {
+        return told(Result<QString, MicrophoneLack>(QStringLiteral("Built-in")));
+    };
     probes.keyStore = [](TaskScope) { return told(true); };
     probes.backend = [](TaskScope) {
         return told(BackendFacts{QStringLiteral("http://127.0.0.1:1"), true, true});
@@ -71,6 +74,7 @@ TEST(Doctor, AHealthyDesktopHasNothingToMend) {
 
 TEST(Doctor, EachThingThatDictationNeedsFailsByItselfAndSaysHowToMendIt) {
     const std::vector<std::pair<const char*, std::function<void(DoctorProbes&)>>> breaks{
+        {"bus", [](auto& probes) { probes.sessionBus = [] { return false; }; }},
         {"session", [](auto& probes) { probes.session = [] { return SessionKind::none; }; }},
         {"accessibility",
          [](auto& probes) {
@@ -86,7 +90,7 @@ TEST(Doctor, EachThingThatDictationNeedsFailsByItselfAndSaysHowToMendIt) {
         {"microphone",
          [](auto& probes) {
              probes.microphone = [](TaskScope) {
-                 return told(Result<QString, QString>(failure(QStringLiteral("no server"))));
+                 return told(Result<QString, MicrophoneLack>(failure(MicrophoneLack::noServer)));
              };
          }},
         {"backend",
@@ -103,6 +107,33 @@ TEST(Doctor, EachThingThatDictationNeedsFailsByItselfAndSaysHowToMendIt) {
         expectMend(lineOf(report, id), Status::failed);
         EXPECT_FALSE(report.dictationWorks()) << id;
     }
+}
+
+TEST(Doctor, SaysWhyThereIsNoMicrophone) {
+    const auto sentenceFor = [](MicrophoneLack lack) {
+        auto probes = healthy();
+        probes.microphone = [lack](TaskScope) {
+            return told(Result<QString, MicrophoneLack>(failure(lack)));
+        };
+        return lineOf(examine(probes), "microphone").what;
+    };
+    EXPECT_EQ(sentenceFor(MicrophoneLack::noServer), "There is no microphone: no sound server answers.");
+    EXPECT_EQ(sentenceFor(MicrophoneLack::refused),
+              "There is no microphone: the sound server refuses this program.");
+    EXPECT_EQ(sentenceFor(MicrophoneLack::noSource), "There is no microphone: the sound server has none.");
+}
+
+TEST(Doctor, TellsABackendThatIsAbsentFromAnAddressThatIsNone) {
+    const auto sentenceFor = [](BackendFacts facts) {
+        auto probes = healthy();
+        probes.backend = [facts](TaskScope) { return told(facts); };
+        return lineOf(examine(probes), "backend").what;
+    };
+    EXPECT_EQ(sentenceFor({QStringLiteral("http://127.0.0.1:1"), false, true}),
+              "The backend does not answer at http://127.0.0.1:1.");
+    EXPECT_EQ(sentenceFor({}), "The backend that comes with Lorvane does not start.");
+    EXPECT_EQ(sentenceFor({QStringLiteral("garbage"), false, true, false}),
+              "garbage is not the address of a backend; one looks like http://127.0.0.1:8080.");
 }
 
 TEST(Doctor, WhatIsOnlyConvenientWarnsAndDictationWorks) {
