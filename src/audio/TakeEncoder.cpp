@@ -32,8 +32,9 @@ void appendLittleEndian(QByteArray& bytes, Number number) {
     bytes.append(reinterpret_cast<const char*>(&ordered), sizeof ordered);
 }
 
-bool isSmaller(const std::optional<QByteArray>& file, const QByteArray& pcm) {
-    return file && file->size() < pcm.size();
+// An empty file holds no take.
+bool isUsable(const std::optional<QByteArray>& file, const QByteArray& pcm) {
+    return file && !file->isEmpty() && file->size() < pcm.size();
 }
 
 } // namespace
@@ -50,11 +51,11 @@ std::optional<Take> TakeEncoder::encodeTake(const QByteArray& pcm) const {
         return std::nullopt;
     }
     dumpTake(pcm, QStringLiteral("part"));
-    if (const auto file = encodeFile(pcm, aac); isSmaller(file, pcm)) {
+    if (const auto file = encodeFile(pcm, aac); isUsable(file, pcm)) {
         return Take{*file, extension(aac)};
     }
     foundation_.log.diagLog(QStringLiteral("[tirra-encode] aac unavailable — falling back to flac"));
-    if (const auto file = encodeFile(pcm, flac); isSmaller(file, pcm)) {
+    if (const auto file = encodeFile(pcm, flac); isUsable(file, pcm)) {
         return Take{*file, extension(flac)};
     }
     foundation_.log.diagLog(QStringLiteral("[tirra-encode] flac unavailable — sending wav (") +

@@ -127,6 +127,12 @@ TEST_F(TakeEncoderTest, AFlacFileAsLargeAsThePcmIsThrownAwayThoughAWavIsLarger) 
         (QStringList{aacOut, QStringLiteral("[tirra-encode] flac unavailable — sending wav (32000 bytes)")}));
 }
 
+TEST_F(TakeEncoderTest, AnEmptyFileIsThrownAway) {
+    codec.content = {{TakeFormat::aac, ""}, {TakeFormat::flac, ""}};
+    EXPECT_EQ(encoder.encodeTake(pcm), (Take{TakeEncoder::makeWav(pcm), QStringLiteral("wav")}));
+    EXPECT_EQ(world.lines.size(), 2);
+}
+
 TEST_F(TakeEncoderTest, AFileThatCannotBeReadBackFailed) {
     codec.losesFiles = true;
     EXPECT_EQ(encoder.encodeTake(pcm)->ext, QStringLiteral("wav"));
