@@ -102,9 +102,14 @@ QCoro::Task<BackendFacts> Examination::backend(TaskScope scope) {
     std::unique_ptr<BundledBackend> own;
     if (isOwn) {
         const Completion<QString> address;
-        const BundledBackend::Callbacks callbacks{
-            [address](const QUrl& url) { address.complete(url.toString()); },
-            [address] { address.complete(QString()); }};
+        // Answered after the child's own signal, since what follows may end the child.
+        const auto answer = [address](const QString& text) {
+            QMetaObject::invokeMethod(
+                QCoreApplication::instance(), [address, text] { address.complete(text); },
+                Qt::QueuedConnection);
+        };
+        const BundledBackend::Callbacks callbacks{[answer](const QUrl& url) { answer(url.toString()); },
+                                                  [answer] { answer(QString()); }};
         own = std::make_unique<BundledBackend>(foundation_, BundledBackend::standardExecutable(),
                                                folder.path(), callbacks);
         own->silence();
@@ -123,8 +128,8 @@ QCoro::Task<BackendFacts> Examination::backend(TaskScope scope) {
     request.url = base->adjusted(QUrl::StripTrailingSlash);
     request.url.setPath(request.url.path() + QStringLiteral("/healthz"));
     request.timeout = backendPatience;
-    const auto answer = co_await http_.send(request, scope);
-    facts.isHealthy = answer && answer->status == 200;
+    const auto reply = co_await http_.send(request, scope);
+    facts.isHealthy = reply && reply->status == 200;
     facts.isRegistered = isOwn ? facts.isHealthy : !foundation_.preferences.get(preference::token).isEmpty();
     co_return facts;
 }
