@@ -105,6 +105,7 @@ int runProgram() {
         return fail("there is no session bus (is DBUS_SESSION_BUS_ADDRESS set?)");
     }
     if (!session.registerService(control::serviceName)) {
+        std::fputs("lorvane: it runs already; \"lorvane status\" tells what it does\n", stderr);
         return sendCommand({Command::Verb::open});
     }
     Stores stores;
