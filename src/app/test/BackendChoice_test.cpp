@@ -3,28 +3,15 @@
 
 #include "base/PreferenceCatalogue.h"
 #include "base/testing/TestFoundation.h"
+#include "support/Wait.h"
 
-#include <QEventLoop>
 #include <QFile>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
-#include <chrono>
-
 namespace lorvane {
 
 namespace {
-
-constexpr auto generously = std::chrono::seconds(20);
-
-template <typename Condition>
-bool waitUntil(Condition condition) {
-    const auto deadline = std::chrono::steady_clock::now() + generously;
-    while (!condition() && std::chrono::steady_clock::now() < deadline) {
-        QEventLoop().processEvents(QEventLoop::AllEvents, 10);
-    }
-    return condition();
-}
 
 class BackendChoiceTest : public ::testing::Test {
  protected:

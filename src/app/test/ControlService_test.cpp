@@ -2,10 +2,10 @@
 #include "app/ControlService.h"
 
 #include "core/testing/DictationWorld.h"
+#include "support/Wait.h"
 
 #include <QDBusMessage>
 #include <QDBusServer>
-#include <QEventLoop>
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -13,17 +13,6 @@
 namespace lorvane {
 
 namespace {
-
-constexpr auto generously = std::chrono::seconds(20);
-
-template <typename Condition>
-bool waitUntil(Condition condition) {
-    const auto deadline = std::chrono::steady_clock::now() + generously;
-    while (!condition() && std::chrono::steady_clock::now() < deadline) {
-        QEventLoop().processEvents(QEventLoop::AllEvents, 10);
-    }
-    return condition();
-}
 
 /// A dictation with its control, on a bus that leads nowhere.
 class ControlServiceTest : public ::testing::Test {
