@@ -27,7 +27,7 @@ Result<Localisation, QString> Localisation::fromJson(const QByteArray& table) {
 QString Localisation::chooseLanguage(const QStringList& override, const QStringList& system,
                                      const QStringList& available) {
     for (const QString& wanted : override + system) {
-        const QString code = QString(wanted).replace(u'_', u'-').section(u'-', 0, 0).toLower();
+        QString code = QString(wanted).replace(u'_', u'-').section(u'-', 0, 0).toLower();
         if (available.contains(code)) {
             return code;
         }

@@ -31,7 +31,8 @@ std::optional<QStringList> fromJson(const QJsonValue& value, const QStringList&)
         return std::nullopt;
     }
     QStringList list;
-    for (const QJsonValue& entry : value.toArray()) {
+    const QJsonArray array = value.toArray();
+    for (const auto& entry : array) {
         if (!entry.isString()) {
             return std::nullopt;
         }
