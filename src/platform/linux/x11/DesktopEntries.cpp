@@ -33,7 +33,7 @@ QHash<QByteArray, QByteArray> mainKeys(const QByteArray& text) {
 QByteArray localized(const QHash<QByteArray, QByteArray>& keys, const QByteArray& key,
                      const QString& language) {
     const QByteArray full = language.toUtf8();
-    const QByteArray whole = keys.value(key + '[' + full + ']');
+    QByteArray whole = keys.value(key + '[' + full + ']');
     if (!whole.isEmpty()) {
         return whole;
     }
