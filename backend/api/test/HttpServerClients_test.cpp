@@ -4,8 +4,10 @@
 #include "testing/ServerUnderTest.h"
 
 #include <atomic>
+#include <condition_variable>
 #include <gtest/gtest.h>
 #include <latch>
+#include <mutex>
 
 using namespace lorvane::backend;
 using namespace lorvane::backend::testing;
@@ -105,8 +107,10 @@ TEST_P(Disconnect, StopsTheWork) {
             stopped = true;
         });
         started = true;
-        while (!exchange.stopToken().stop_requested())
-            std::this_thread::sleep_for(1ms);
+        std::mutex nothing;
+        std::unique_lock lock(nothing);
+        std::condition_variable_any never;
+        never.wait(lock, exchange.stopToken(), [] { return false; });
     })});
     Connection connection(server.port());
     connection.send(get("/work") + ahead);
@@ -155,11 +159,10 @@ TEST(HttpServerClients, ABodyThatStopsComingIsCut) {
 
 TEST(HttpServerClients, AFullQueueIsBusyAndRecovers) {
     std::atomic<int> running = 0;
-    std::atomic<bool> release = false;
+    std::latch release(1);
     ServerUnderTest server({route("/work", [&](const Request&, Exchange& exchange) {
         ++running;
-        while (!release)
-            std::this_thread::sleep_for(1ms);
+        release.wait();
         exchange.respond({200, "{}"});
     })});
     std::vector<Connection> clients;
@@ -179,7 +182,7 @@ TEST(HttpServerClients, AFullQueueIsBusyAndRecovers) {
         busy += clients[i].readReply().status == 503 ? 1 : 0;
     }
     EXPECT_EQ(busy, 4);
-    release = true;
+    release.count_down();
     EXPECT_EQ(clients[0].readReply().status, 200);
     EXPECT_EQ(request(server.port(), {"GET", "/work", "", "", "", "", ""}).status, 200);
 }
@@ -187,12 +190,11 @@ TEST(HttpServerClients, AFullQueueIsBusyAndRecovers) {
 TEST(HttpServerClients, BodiesBeyondTheSharedMemoryAreBusy) {
     ServerOptions options;
     options.heldBytes = 100'000;
-    std::atomic<bool> release = false;
+    std::latch release(1);
     std::atomic<int> running = 0;
     Handler wait = [&](const Request&, Exchange& exchange) {
         ++running;
-        while (!release)
-            std::this_thread::sleep_for(1ms);
+        release.wait();
         exchange.respond({200, "{}"});
     };
     ServerUnderTest server({{"POST", "/take", false, true, 1 << 20, wait}}, options);
@@ -201,7 +203,7 @@ TEST(HttpServerClients, BodiesBeyondTheSharedMemoryAreBusy) {
     first.send(requestText(call));
     ASSERT_TRUE(eventually([&] { return running == 1; }));
     EXPECT_EQ(request(server.port(), call).status, 503);
-    release = true;
+    release.count_down();
     EXPECT_EQ(first.readReply().status, 200);
     EXPECT_EQ(request(server.port(), call).status, 200);
 }
@@ -249,8 +251,10 @@ TEST(HttpServerClients, AStopWithoutGraceStopsTheWork) {
     std::atomic<bool> started = false;
     ServerUnderTest server({route("/work", [&](const Request&, Exchange& exchange) {
         started = true;
-        while (!exchange.stopToken().stop_requested())
-            std::this_thread::sleep_for(1ms);
+        std::mutex nothing;
+        std::unique_lock lock(nothing);
+        std::condition_variable_any never;
+        never.wait(lock, exchange.stopToken(), [] { return false; });
     })});
     Connection connection(server.port());
     connection.send(get("/work"));

@@ -32,11 +32,6 @@ class X11Workspace final : public Workspace {
     [[nodiscard]] bool watchForItsEnd(xcb_window_t window);
     void setFront(xcb_window_t window, std::optional<RunningApplication> application);
     [[nodiscard]] RunningApplication applicationOf(xcb_window_t window);
-    [[nodiscard]] ProcessId processOf(xcb_window_t window);
-    /// Whose connection made the window, as the X server knows it (XRes); 0 when it does not.
-    [[nodiscard]] ProcessId clientProcessOf(xcb_window_t window);
-    [[nodiscard]] QByteArray property(xcb_window_t window, const char* name);
-    [[nodiscard]] std::optional<std::uint32_t> number(xcb_window_t window, const char* name);
 
     X11Connection& connection_;
     DesktopEntries entries_;
