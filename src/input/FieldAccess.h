@@ -35,6 +35,8 @@ struct FieldReading {
     qint64 caret = 0;
     /// The text behind the caret, or as much of it as tells whether it is blank.
     QString afterCaret;
+    /// The field takes several lines. False when its application does not tell.
+    bool multiLine = false;
 };
 
 /// Reads the fields of other applications. Main thread; every wait is bounded by 150 ms, and what cannot be

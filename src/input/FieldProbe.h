@@ -13,6 +13,8 @@ struct FieldProbe {
     qint64 caret = 0;
     /// Nothing but whitespace and newlines stands after the caret.
     bool blankAfter = false;
+    /// A line feed is text there. False when that is not known.
+    bool multiLine = false;
 
     friend bool operator==(const FieldProbe&, const FieldProbe&) = default;
 };

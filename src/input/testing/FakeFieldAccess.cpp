@@ -24,7 +24,8 @@ QCoro::Task<std::optional<FieldReading>> FakeFieldAccess::read(FieldElement elem
         co_return std::nullopt;
     }
     const Field& field = found->second;
-    co_return FieldReading{field.text->size(), field.caret, field.text->mid(field.caret)};
+    co_return FieldReading{field.text->size(), field.caret, field.text->mid(field.caret),
+                          field.multiLine};
 }
 
 void FakeFieldAccess::requestManualAccessibility(ProcessId process) {

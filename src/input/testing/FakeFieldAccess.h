@@ -18,6 +18,7 @@ class FakeFieldAccess final : public FieldAccess {
     struct Field {
         std::optional<QString> text;
         qint64 caret = 0;
+        bool multiLine = false;
     };
 
     explicit FakeFieldAccess(Clock& clock) : clock_(clock) {}
