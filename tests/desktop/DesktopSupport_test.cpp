@@ -1,12 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "support/Corpus.h"
 #include "support/DesktopApps.h"
 #include "support/PhysicalKeyboard.h"
+#include "support/ProcessTree.h"
 #include "support/VirtualMicrophone.h"
 #include "support/Windows.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <functional>
+#include <map>
+
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
@@ -19,6 +25,99 @@ TEST(DesktopApp, EditorsAreReadBackAsTheyStand) {
     EXPECT_EQ(DesktopApp::mousepad(text)->text(), text);
     EXPECT_EQ(DesktopApp::featherpad(text)->text(), text);
     EXPECT_EQ(DesktopApp::mousepad()->text(), QString());
+}
+
+TEST(DesktopApp, EveryApplicationHoldsItsTextTakesKeysAndIsEmptied) {
+    const auto text = QStringLiteral("Zwölf <b> — двенадцать 😀 & 十二");
+    const auto area = WebPage::Kind::area;
+    const auto keep = [](auto open) {
+        return std::function<std::unique_ptr<DesktopApp>(const QString&)>(open);
+    };
+    const std::map<const char*, std::function<std::unique_ptr<DesktopApp>(const QString&)>> all{
+        {"mousepad", keep(DesktopApp::mousepad)},
+        {"gnome-text-editor", keep(DesktopApp::gnomeTextEditor)},
+        {"featherpad", keep(DesktopApp::featherpad)},
+        {"writer", keep(DesktopApp::writer)},
+        {"chromium", [&](const QString& given) { return DesktopApp::chromium(given, area); }},
+        {"firefox", [&](const QString& given) { return DesktopApp::firefox(given, area); }},
+    };
+    PhysicalKeyboard keyboard;
+    for (const auto& [name, open] : all) {
+        SCOPED_TRACE(name);
+        const auto application = open(text);
+        EXPECT_EQ(application->waitForText(text), text);
+        keyboard.chord({keycode::leftControl, keycode::end});
+        keyboard.tap(keycode::letterQ);
+        EXPECT_EQ(application->waitForText(text + QChar(u'q')), text + QChar(u'q'));
+        application->empty();
+        keyboard.tap(keycode::letterA);
+        // An office suite begins a sentence with a capital.
+        const auto isOne = [](const QString& seen) { return seen.toLower() == QStringLiteral("a"); };
+        EXPECT_TRUE(isOne(application->waitForText(isOne)));
+    }
+}
+
+TEST(DesktopApp, NothingIsLeftOfOneThatHasGone) {
+    for (const auto open : {+[] { return DesktopApp::chromium(); }, +[] { return DesktopApp::firefox(); },
+                            +[] { return DesktopApp::writer(); }}) {
+        auto application = open();
+        const qint64 pid = application->pid();
+        const auto all = processes::family(static_cast<qint64>(::getpid()));
+        ASSERT_TRUE(all.contains(pid));
+        application.reset();
+        for (const qint64 one : all)
+            EXPECT_EQ(processes::isRunning(one), one == static_cast<qint64>(::getpid())) << one;
+    }
+}
+
+TEST(DesktopApp, APageWithALineTellsThatReturnSendsIt) {
+    const auto browser = DesktopApp::chromium(QStringLiteral("text"), WebPage::Kind::line);
+    EXPECT_EQ(browser->page().sent(), 0);
+    PhysicalKeyboard().tap(keycode::enter);
+    EXPECT_TRUE(waitUntil([&] { return browser->page().sent() == 1; }));
+    EXPECT_EQ(browser->text(), QStringLiteral("text"));
+}
+
+TEST(DesktopApp, TerminalsKeepWhatTheyAreSent) {
+    for (const auto open : {DesktopApp::xterm, DesktopApp::xfceTerminal}) {
+        const auto terminal = open();
+        PhysicalKeyboard().tap(keycode::letterA);
+        EXPECT_EQ(terminal->waitForText(QStringLiteral("a")), QStringLiteral("a"));
+        terminal->empty();
+        PhysicalKeyboard().tap(keycode::letterQ);
+        EXPECT_EQ(terminal->waitForText(QStringLiteral("q")), QStringLiteral("q"));
+    }
+}
+
+TEST(Corpus, HasTheLengthAskedAndIsTheSameAgain) {
+    const auto text = corpus::mixed(2000);
+    EXPECT_EQ(text.toUcs4().size(), 2000);
+    EXPECT_EQ(text, corpus::mixed(2000));
+    EXPECT_NE(text, corpus::mixed(2000, 2));
+    for (const char32_t wanted :
+         {U'\u00FC', U'\u0301', U'\u0416', U'\u03B3', U'\u4ECA', U'\u306E', U'\u200D', U'\U0001F600'})
+        EXPECT_TRUE(
+            text.toLower().toUcs4().contains(static_cast<uint>(QChar::toLower(static_cast<uint>(wanted)))))
+            << static_cast<uint>(wanted);
+    EXPECT_EQ(text, text.trimmed());
+}
+
+TEST(Corpus, ItsFragmentsAreTheTextAndWholeCharacters) {
+    const auto text = corpus::mixed(2000);
+    const auto pieces = corpus::fragments(text);
+    EXPECT_EQ(pieces.join(QString()), text);
+    for (const auto& piece : pieces) {
+        EXPECT_FALSE(piece.front().isLowSurrogate());
+        EXPECT_LE(piece.size(), 21);
+    }
+}
+
+TEST(Corpus, WrongCharactersAreCountedAsEdits) {
+    const auto text = corpus::mixed(300);
+    EXPECT_EQ(corpus::wrongCharacters(text, text), 0);
+    EXPECT_EQ(corpus::wrongCharacters(text.mid(3), text), 3);
+    EXPECT_EQ(corpus::wrongCharacters(QStringLiteral("a😀c"), QStringLiteral("abc")), 1);
+    EXPECT_EQ(corpus::wrongCharacters(QString(), QStringLiteral("😀b")), 2);
 }
 
 TEST(DesktopApp, FocusMovesBetweenTwo) {

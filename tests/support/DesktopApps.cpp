@@ -2,6 +2,7 @@
 #include "support/DesktopApps.h"
 
 #include "support/PhysicalKeyboard.h"
+#include "support/ProcessTree.h"
 #include "support/Windows.h"
 
 #include <csignal>
@@ -23,11 +24,6 @@ const QString fieldTool = QStringLiteral(LORVANE_FIELD_TOOL);
     throw std::runtime_error(seen.toStdString());
 }
 
-QString readFile(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-}
-
 std::optional<QJsonObject> showField(qint64 pid, const QStringList& more) {
     const QStringList show{QStringLiteral("show"), QStringLiteral("--pid"), QString::number(pid)};
     const auto result = runTool(fieldTool, show + more);
@@ -38,50 +34,17 @@ std::optional<QJsonObject> showField(qint64 pid, const QStringList& more) {
 
 } // namespace
 
-std::unique_ptr<DesktopApp> DesktopApp::mousepad(const QString& text) {
-    std::unique_ptr<DesktopApp> app(new DesktopApp);
-    app->start(QStringLiteral("mousepad"), {QStringLiteral("--disable-server"), app->writeFile(text)});
-    app->waitForWindow();
-    return app;
-}
+DesktopApp::~DesktopApp() { kill(); }
 
-std::unique_ptr<DesktopApp> DesktopApp::featherpad(const QString& text) {
-    std::unique_ptr<DesktopApp> app(new DesktopApp);
-    app->start(QStringLiteral("featherpad"), {QStringLiteral("--standalone"), app->writeFile(text)});
-    app->waitForWindow();
-    return app;
-}
-
-std::unique_ptr<DesktopApp> DesktopApp::xterm() {
-    std::unique_ptr<DesktopApp> app(new DesktopApp);
-    app->received_ = app->folder_.filePath(QStringLiteral("received"));
-    // The file appears when the terminal is set up to hand every byte on at once.
-    const auto keep = QStringLiteral("stty raw -echo && exec cat >>'%1'").arg(app->received_);
-    app->start(QStringLiteral("xterm"),
-               {QStringLiteral("-e"), QStringLiteral("sh"), QStringLiteral("-c"), keep});
-    if (!waitUntil([&] { return QFile::exists(app->received_); }))
-        fail(QStringLiteral("xterm did not start its program"));
-    app->waitForWindow();
-    app->proveKeyboard();
-    return app;
-}
-
-std::unique_ptr<DesktopApp> DesktopApp::command(const QString& program, const QStringList& arguments) {
-    std::unique_ptr<DesktopApp> app(new DesktopApp);
-    app->start(program, arguments);
-    app->waitForWindow();
-    return app;
-}
-
-DesktopApp::~DesktopApp() {
-    process_.kill();
+void DesktopApp::kill() {
+    processes::end(processes::family(process_.processId()));
     process_.waitForFinished();
 }
 
-QString DesktopApp::writeFile(const QString& text) {
-    QString path = folder_.filePath(QStringLiteral("text.txt"));
+QString DesktopApp::writeFile(const QString& name, const QByteArray& content) {
+    QString path = folder_.filePath(name);
     QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(text.toUtf8()) < 0)
+    if (!file.open(QIODevice::WriteOnly) || file.write(content) < 0)
         fail(QStringLiteral("cannot write ") + path);
     return path;
 }
@@ -93,44 +56,54 @@ void DesktopApp::start(const QString& program, const QStringList& arguments) {
         fail(program + QStringLiteral(" does not start: ") + process_.errorString());
 }
 
+bool DesktopApp::ownsActiveWindow() {
+    const auto active = windows::active();
+    const bool owns = active.pid != 0 && processes::family(process_.processId()).contains(active.pid);
+    pid_ = owns ? active.pid : 0;
+    window_ = owns ? active.id : 0;
+    return owns;
+}
+
+bool DesktopApp::hasKeyboard() const {
+    if (page_)
+        return page_->hasFocus();
+    return received_.isEmpty() ? field().has_value() : QFile::exists(received_);
+}
+
 void DesktopApp::waitForWindow() {
-    const bool readable = received_.isEmpty();
-    const bool ready = waitUntil([&] {
-        const auto active = windows::active();
-        window_ = active.pid == pid() ? active.id : 0;
-        return process_.state() == QProcess::NotRunning || (window_ != 0 && (!readable || field()));
-    });
+    constexpr std::chrono::seconds slowStart{60}; // an office suite that makes its first profile
+    const bool ready = waitUntil(
+        [&] { return process_.state() == QProcess::NotRunning || (ownsActiveWindow() && hasKeyboard()); },
+        slowStart);
     if (!ready || process_.state() == QProcess::NotRunning)
         fail(process_.program() + QStringLiteral(" did not get the focus: ") +
              QString::fromUtf8(process_.readAll()));
 }
 
-// Being the active window is no proof: a terminal may drop keys for a moment after that. So a key is tapped
-// until one arrives. The last key is another one: keys keep their order, so once it is there none is on its
-// way any more, and what came can be forgotten (the program appends, so it goes on at the start).
-void DesktopApp::proveKeyboard() {
+// Being the active window is no proof: a program may drop keys for a moment after that. So a key is tapped
+// until one arrives.
+void DesktopApp::proveKeyboard(int key, const std::function<bool()>& arrived) const {
     PhysicalKeyboard keyboard;
-    const auto isThere = [](const QString& text) { return !text.isEmpty(); };
     const bool takesKeys = waitUntil([&] {
-        keyboard.tap(keycode::letterA);
-        return !waitForText(isThere, std::chrono::seconds(1)).isEmpty();
+        keyboard.tap(key);
+        return waitUntil(arrived, std::chrono::seconds(1));
     });
-    keyboard.tap(keycode::letterQ);
-    const auto isOver = [](const QString& text) { return text.endsWith(QChar(u'q')); };
-    if (!takesKeys || !isOver(waitForText(isOver)))
-        fail(process_.program() + QStringLiteral(" takes no keys; it has received: ") + text());
-    if (!QFile::resize(received_, 0))
-        fail(QStringLiteral("cannot empty ") + received_);
+    if (!takesKeys)
+        fail(process_.program() + QStringLiteral(" takes no keys; it holds: ") + text());
 }
 
-std::optional<QJsonObject> DesktopApp::field() const { return showField(pid(), {}); }
+std::optional<QJsonObject> DesktopApp::field() const { return showField(pid_, {}); }
 
 QString DesktopApp::text() const {
-    if (!received_.isEmpty())
-        return readFile(received_);
-    const auto reading = showField(pid(), {QStringLiteral("--resting")});
+    if (holds_)
+        return holds_();
+    return readText(QStringLiteral("--resting"));
+}
+
+QString DesktopApp::readText(const QString& how) const {
+    const auto reading = showField(pid_, {how});
     if (!reading)
-        fail(process_.program() + QStringLiteral(" shows no field"));
+        fail(process_.program() + QStringLiteral(" shows no text"));
     return reading->value(QStringLiteral("text")).toString();
 }
 
@@ -147,18 +120,36 @@ QString DesktopApp::waitForText(const std::function<bool(const QString&)>& isWan
 
 bool DesktopApp::select(int first, int last) const {
     return runTool(fieldTool, {QStringLiteral("select"), QString::number(first), QString::number(last),
-                               QStringLiteral("--pid"), QString::number(pid())})
+                               QStringLiteral("--pid"), QString::number(pid_)})
                .status == 0;
 }
 
 void DesktopApp::focus() {
     windows::activate(window_);
-    if (!waitUntil([&] { return windows::active().id == window_ && (!received_.isEmpty() || field()); }))
+    if (!waitUntil([&] { return windows::active().id == window_ && hasKeyboard(); }))
         fail(process_.program() + QStringLiteral(" cannot be made active"));
 }
 
-void DesktopApp::hang() { ::kill(static_cast<pid_t>(pid()), SIGSTOP); }
+void DesktopApp::empty() {
+    if (!received_.isEmpty()) {
+        if (!QFile::resize(received_, 0))
+            fail(QStringLiteral("cannot empty ") + received_);
+        return;
+    }
+    PhysicalKeyboard keyboard;
+    const bool gone = waitUntil([&] {
+        keyboard.chord({keycode::leftControl, keycode::letterA});
+        keyboard.tap(keycode::deleteForward);
+        return waitForText(QString(), std::chrono::seconds(1)).isEmpty();
+    });
+    if (!gone)
+        fail(process_.program() + QStringLiteral(" cannot be emptied; it holds: ") + text());
+    if (page_)
+        page_->tidy();
+}
 
-void DesktopApp::wake() { ::kill(static_cast<pid_t>(pid()), SIGCONT); }
+void DesktopApp::hang() { ::kill(static_cast<pid_t>(pid_), SIGSTOP); }
+
+void DesktopApp::wake() { ::kill(static_cast<pid_t>(pid_), SIGCONT); }
 
 } // namespace lorvane

@@ -72,37 +72,45 @@ Node application(qint64 pid) {
 
 using Wanted = bool (*)(AtspiAccessible*);
 
-bool isFocused(AtspiAccessible* node) { return hasState(node, ATSPI_STATE_FOCUSED); }
+bool hasText(AtspiAccessible* node) {
+    return Ref<AtspiText>(atspi_accessible_get_text_iface(node)) != nullptr;
+}
+
+bool isFocused(AtspiAccessible* node) { return hasState(node, ATSPI_STATE_FOCUSED) && hasText(node); }
 
 bool isLargeEditable(AtspiAccessible* node) {
     return hasState(node, ATSPI_STATE_EDITABLE) && hasState(node, ATSPI_STATE_MULTI_LINE) &&
-           hasState(node, ATSPI_STATE_SHOWING);
+           hasState(node, ATSPI_STATE_SHOWING) && hasText(node);
 }
 
-Node findText(Node node, Wanted wanted, int& left) {
+bool isDocument(AtspiAccessible* node) {
+    Error error;
+    return atspi_accessible_get_role(node, error.out()) == ATSPI_ROLE_DOCUMENT_TEXT;
+}
+
+Node find(Node node, Wanted wanted, int& left) {
     if (--left < 0)
         return nullptr;
-    const Ref<AtspiText> text(atspi_accessible_get_text_iface(node.get()));
-    if (text && wanted(node.get()))
+    if (wanted(node.get()))
         return node;
     const int count = childCount(node.get());
     for (int i = 0; i < count; ++i) {
         if (Node next = child(node.get(), i)) {
-            if (Node found = findText(std::move(next), wanted, left))
+            if (Node found = find(std::move(next), wanted, left))
                 return found;
         }
     }
     return nullptr;
 }
 
-Node findText(qint64 pid, Wanted wanted) {
+Node find(qint64 pid, Wanted wanted) {
     // What was read before is not believed: the tree of another program changes without our knowledge.
     Node app = application(pid);
     if (!app)
         return nullptr;
     atspi_accessible_clear_cache(app.get());
     int left = searchLimit;
-    return findText(std::move(app), wanted, left);
+    return find(std::move(app), wanted, left);
 }
 
 std::optional<FieldReading> read(AtspiAccessible* node, qint64 pid) {
@@ -138,15 +146,34 @@ FieldReader::FieldReader() : bus_(std::make_unique<Bus>()) {
 FieldReader::~FieldReader() { atspi_exit(); }
 
 std::optional<FieldReading> FieldReader::focused(qint64 pid) const {
-    return read(findText(pid, isFocused).get(), pid);
+    return read(find(pid, isFocused).get(), pid);
 }
 
 std::optional<FieldReading> FieldReader::resting(qint64 pid) const {
-    return read(findText(pid, isLargeEditable).get(), pid);
+    return read(find(pid, isLargeEditable).get(), pid);
+}
+
+std::optional<FieldReading> FieldReader::document(qint64 pid) const {
+    const Node root = find(pid, isDocument);
+    const int count = root ? childCount(root.get()) : 0;
+    std::optional<FieldReading> whole;
+    for (int i = 0; i < count; ++i) {
+        const Node paragraph = child(root.get(), i);
+        const auto part = paragraph && hasText(paragraph.get()) ? read(paragraph.get(), pid) : std::nullopt;
+        if (!part)
+            return std::nullopt;
+        if (!whole) {
+            whole = part;
+            whole->caret = -1;
+            continue;
+        }
+        whole->text += QChar(u'\n') + part->text;
+    }
+    return whole;
 }
 
 bool FieldReader::select(qint64 pid, int first, int last) const {
-    const Node node = findText(pid, isFocused);
+    const Node node = find(pid, isFocused);
     if (!node)
         return false;
     const Ref<AtspiText> text(atspi_accessible_get_text_iface(node.get()));

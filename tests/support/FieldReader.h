@@ -39,6 +39,9 @@ class FieldReader {
     std::optional<FieldReading> focused(qint64 pid) const;
     // The same while another program has the focus: the process's first large editable text.
     std::optional<FieldReading> resting(qint64 pid) const;
+    // Of a word processor, which offers each paragraph as a field of its own: all that are on screen, joined
+    // by line feeds, with the focus or without it. The caret is not told.
+    std::optional<FieldReading> document(qint64 pid) const;
     // Puts the caret (first == last) or the selection there, in the toolkit's own units; false when refused.
     bool select(qint64 pid, int first, int last) const;
 

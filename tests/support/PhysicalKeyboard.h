@@ -12,13 +12,17 @@ namespace keycode {
 inline constexpr int escape = 9;
 inline constexpr int letterQ = 24;
 inline constexpr int letterA = 38;
+inline constexpr int letterZ = 52;
 inline constexpr int letterV = 55;
+inline constexpr int enter = 36;
 inline constexpr int leftControl = 37;
 inline constexpr int leftShift = 50;
 inline constexpr int rightShift = 62;
 inline constexpr int space = 65;
 inline constexpr int rightControl = 105;
 inline constexpr int rightAlt = 108;
+inline constexpr int end = 115;
+inline constexpr int deleteForward = 119;
 inline constexpr int pause = 127;
 inline constexpr int rightSuper = 134;
 inline constexpr int menu = 135;

@@ -3,6 +3,7 @@
 
 #include "support/ScriptedConnection.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
 #include <atomic>
 #include <deque>
@@ -142,6 +143,25 @@ std::vector<RecordedRequest> ScriptedBackend::requests(const QByteArray& path) c
         }
     }
     return found;
+}
+
+std::optional<RecordedRequest> ScriptedBackend::lastRequest(const QByteArray& path) const {
+    const std::lock_guard lock(shared_->mutex);
+    const auto& all = shared_->requests;
+    const auto found = std::find_if(all.rbegin(), all.rend(),
+                                    [&](const RecordedRequest& request) { return request.path == path; });
+    return found == all.rend() ? std::nullopt : std::optional(*found);
+}
+
+void ScriptedBackend::forgetEarlier(const QByteArray& path) {
+    const std::lock_guard lock(shared_->mutex);
+    auto& all = shared_->requests;
+    const auto isOfPath = [&](const RecordedRequest& request) { return request.path == path; };
+    const auto last = std::find_if(all.rbegin(), all.rend(), isOfPath);
+    if (last != all.rend()) {
+        const auto end = std::prev(last.base());
+        all.erase(std::remove_if(all.begin(), end, isOfPath), end);
+    }
 }
 
 int ScriptedBackend::openConnections() const { return shared_->open; }

@@ -64,6 +64,9 @@ class ScriptedBackend {
 
     /// The complete requests so far; of one path when it is given.
     [[nodiscard]] std::vector<RecordedRequest> requests(const QByteArray& path = {}) const;
+    [[nodiscard]] std::optional<RecordedRequest> lastRequest(const QByteArray& path) const;
+    /// Drops all requests of a path but the latest, for one that is asked without end.
+    void forgetEarlier(const QByteArray& path);
     [[nodiscard]] int openConnections() const;
     /// Since when the last connection that the client closed has been closed.
     [[nodiscard]] std::optional<std::chrono::steady_clock::time_point> lastClosedByClient() const;

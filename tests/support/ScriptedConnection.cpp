@@ -117,8 +117,8 @@ bool ScriptedConnection::sendBody(const ScriptedReply& reply) {
 }
 
 bool ScriptedConnection::sendPiece(const QByteArray& piece, const ScriptedReply& reply) {
-    if (piece.isEmpty()) {
-        return true;
+    if (piece.isEmpty()) { // nothing to say yet
+        return pause(std::chrono::milliseconds(0));
     }
     const bool drops = reply.dropAfter && bodySent_ + piece.size() >= *reply.dropAfter;
     const QByteArray part = drops ? piece.left(*reply.dropAfter - bodySent_) : piece;

@@ -24,6 +24,7 @@ struct Asked {
     qint64 pid; // 0: whose window is active
     double seconds;
     bool alsoResting;
+    bool document;
 };
 
 // Any answer that is there within the time; accessibility tells of a new field by events only to those that
@@ -33,7 +34,7 @@ std::optional<FieldReading> waitForField(const FieldReader& reader, const Asked&
     passed.start();
     while (true) {
         const qint64 pid = wanted.pid != 0 ? wanted.pid : lorvane::windows::active().pid;
-        auto reading = pid == 0 ? std::nullopt : reader.focused(pid);
+        auto reading = pid == 0 ? std::nullopt : wanted.document ? reader.document(pid) : reader.focused(pid);
         if (!reading && pid != 0 && wanted.alsoResting)
             reading = reader.resting(pid);
         if (reading)
@@ -62,7 +63,7 @@ int run(QCommandLineParser& parser) {
     const QString verb = words.value(0);
     qint64 pid = parser.value(QStringLiteral("pid")).toLongLong();
     const Asked wanted{pid, parser.value(QStringLiteral("wait")).toDouble(),
-                       parser.isSet(QStringLiteral("resting"))};
+                       parser.isSet(QStringLiteral("resting")), parser.isSet(QStringLiteral("document"))};
     const FieldReader reader;
     if ((verb == QStringLiteral("show") || verb == QStringLiteral("text")) && words.size() == 1)
         return show(reader, verb, wanted);
@@ -89,6 +90,7 @@ int main(int argc, char** argv) {
                       QStringLiteral("pid"), QStringLiteral("0")});
     parser.addOption({QStringLiteral("wait"), QStringLiteral("for a field at most so long"),
                       QStringLiteral("seconds"), QStringLiteral("0")});
+    parser.addOption({QStringLiteral("document"), QStringLiteral("all paragraphs of a word processor")});
     parser.addOption({QStringLiteral("resting"), QStringLiteral("a large text without the focus will do")});
     parser.process(application);
     try {
