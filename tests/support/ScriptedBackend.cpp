@@ -134,6 +134,11 @@ void ScriptedBackend::script(const QByteArray& path, ScriptedReply reply) {
     shared_->scripts[path].push_back(std::move(reply));
 }
 
+void ScriptedBackend::scriptAnew(const QByteArray& path, ScriptedReply reply) {
+    const std::lock_guard lock(shared_->mutex);
+    shared_->scripts[path] = {std::move(reply)};
+}
+
 std::vector<RecordedRequest> ScriptedBackend::requests(const QByteArray& path) const {
     const std::lock_guard lock(shared_->mutex);
     std::vector<RecordedRequest> found;

@@ -28,6 +28,8 @@ struct ScriptedReply {
     bool chunked = true;
     /// Closes the connection once this many bytes of the body are out; 0: after the headers.
     std::optional<qint64> dropAfter = std::nullopt;
+    /// Asked at the end of the body: whether the connection is closed as if there were more to come.
+    std::function<bool()> endsInTheMiddle = {};
     /// Closes the connection before anything is said.
     bool dropsAtOnce = false;
     bool neverAnswers = false;
@@ -61,6 +63,8 @@ class ScriptedBackend {
     [[nodiscard]] QUrl url() const;
     [[nodiscard]] int port() const;
     void script(const QByteArray& path, ScriptedReply reply);
+    /// The same in place of all that was scripted for the path.
+    void scriptAnew(const QByteArray& path, ScriptedReply reply);
 
     /// The complete requests so far; of one path when it is given.
     [[nodiscard]] std::vector<RecordedRequest> requests(const QByteArray& path = {}) const;

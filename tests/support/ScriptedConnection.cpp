@@ -113,6 +113,9 @@ bool ScriptedConnection::sendBody(const ScriptedReply& reply) {
             return false;
         }
     }
+    if (reply.endsInTheMiddle && reply.endsInTheMiddle()) {
+        return false;
+    }
     return !reply.chunked || send("0\r\n\r\n");
 }
 

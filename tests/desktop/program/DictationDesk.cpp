@@ -27,8 +27,17 @@ ScriptedReply token(const QString& token) {
     return ScriptedReply::body(json({{QStringLiteral("token"), token}}));
 }
 
-ScriptedReply done(const QString& text) {
-    return ScriptedReply::lines({json({{typeKey, QStringLiteral("done")}, {textKey, text}, {rawKey, text}})});
+ScriptedReply done(const QString& text) { return stream({}, text); }
+
+ScriptedReply stream(const QStringList& deltas, const QString& text,
+                     std::chrono::milliseconds betweenPieces) {
+    ScriptedReply reply;
+    for (const QString& delta : deltas) {
+        reply.pieces.push_back(streamLine::delta(delta));
+    }
+    reply.pieces.push_back(streamLine::done(text));
+    reply.betweenPieces = betweenPieces;
+    return reply;
 }
 
 ScriptedReply error(const QString& name) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "support/DesktopApps.h"
+#include "support/LiveStream.h"
 #include "support/LorvaneProgram.h"
 #include "support/PhysicalKeyboard.h"
 #include "support/ScriptedBackend.h"
@@ -17,6 +18,9 @@ namespace answer {
 ScriptedReply token(const QString& token);
 /// The stream's last line with the whole text.
 ScriptedReply done(const QString& text);
+/// A stream that brings the text in pieces, with this time after each, and ends with `text`.
+ScriptedReply stream(const QStringList& deltas, const QString& text,
+                     std::chrono::milliseconds betweenPieces = std::chrono::milliseconds(0));
 /// A stream that tells of a failure.
 ScriptedReply error(const QString& name);
 /// The answer of the upload in one piece.
