@@ -40,7 +40,9 @@ constexpr unsigned stateActive = 1;
 constexpr unsigned stateDefunct = 6;
 constexpr unsigned stateEditable = 7;
 constexpr unsigned stateFocused = 12;
+constexpr unsigned stateMultiLine = 17;
 constexpr unsigned stateShowing = 25;
+constexpr unsigned stateSingleLine = 26;
 constexpr unsigned stateVisible = 30;
 
 } // namespace atspi

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/linux/atspi/AtspiFieldAccess.h"
 
-#include <QCoreApplication>
-
 #include <algorithm>
 
 namespace lorvane {
@@ -12,17 +10,15 @@ namespace {
 /// An application may be starting still, or not know yet that its events are wanted.
 constexpr Duration searchRest = std::chrono::milliseconds(250);
 
-AccessibleRef refOf(const FieldElement& element) {
+} // namespace
+
+AccessibleRef accessibleOf(const FieldElement& element) {
     if (element.reference()) {
         return *std::static_pointer_cast<const AccessibleRef>(element.reference());
     }
     const qsizetype slash = element.identity().indexOf(QLatin1Char('/'));
     return {element.identity().left(slash), element.identity().mid(slash)};
 }
-
-bool isOurselves(ProcessId process) { return process == QCoreApplication::applicationPid(); }
-
-} // namespace
 
 AtspiFieldAccess::AtspiFieldAccess(AtspiBus& bus, AccessibilitySwitch& accessibilitySwitch,
                                    const Workspace& workspace, Clock& clock)
@@ -44,7 +40,7 @@ QCoro::Task<std::optional<FieldElement>> AtspiFieldAccess::focusedElement(Proces
 }
 
 QCoro::Task<std::optional<FieldReading>> AtspiFieldAccess::read(FieldElement element, TaskScope scope) {
-    const AccessibleRef field = refOf(element);
+    const AccessibleRef field = accessibleOf(element);
     if (field.isNull() || patience_.isAside(field.bus, clock_.now())) {
         co_return std::nullopt;
     }
@@ -73,7 +69,7 @@ QCoro::Task<bool> AtspiFieldAccess::isSecureEventInputEnabled(TaskScope scope) {
 
 QCoro::Task<std::optional<AccessibleRef>> AtspiFieldAccess::findFocus(ProcessId process, Instant deadline,
                                                                       TaskScope scope) {
-    if (isOurselves(process) || process <= 0) {
+    if (process <= 0) {
         co_return std::nullopt;
     }
     const QStringList applications = tracker_.applications();
@@ -137,9 +133,6 @@ QCoro::Task<std::optional<bool>> AtspiFieldAccess::stillFocused(AccessibleRef fi
 
 void AtspiFieldAccess::handle(const FocusEvent& event) {
     const ProcessId process = bus_.knownProcessOf(event.source.bus);
-    if (isOurselves(process)) {
-        return;
-    }
     patience_.heardFrom(event.source.bus);
     tracker_.handle(event);
     if (process != 0) {

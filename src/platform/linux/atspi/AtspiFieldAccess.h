@@ -11,9 +11,12 @@
 
 namespace lorvane {
 
+/// The object behind an element that AtspiFieldAccess gave.
+[[nodiscard]] AccessibleRef accessibleOf(const FieldElement& element);
+
 /// The fields of other applications over the accessibility bus. The focus is known from events; a search
-/// through the windows happens only for a process of which none has told yet, and not again at once. Fields
-/// of this very process are not answered here: they are read in process. Main thread; nothing blocks it.
+/// through the windows happens only for a process of which none has told yet, and not again at once. This
+/// very process is asked like any other: nothing here waits, so its main loop answers itself. Main thread.
 class AtspiFieldAccess final : public FieldAccess {
  public:
     AtspiFieldAccess(AtspiBus& bus, AccessibilitySwitch& accessibilitySwitch, const Workspace& workspace,
@@ -23,6 +26,10 @@ class AtspiFieldAccess final : public FieldAccess {
     QCoro::Task<std::optional<FieldReading>> read(FieldElement element, TaskScope scope) override;
     void requestManualAccessibility(ProcessId process) override;
     QCoro::Task<bool> isSecureEventInputEnabled(TaskScope scope) override;
+
+    /// For what else goes to the same applications (AtspiInsertion).
+    [[nodiscard]] FieldReader& reader() { return reader_; }
+    [[nodiscard]] PatienceList& patience() { return patience_; }
 
  private:
     QCoro::Task<std::optional<AccessibleRef>> findFocus(ProcessId process, Instant deadline, TaskScope scope);

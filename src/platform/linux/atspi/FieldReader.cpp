@@ -29,14 +29,42 @@ QCoro::Task<std::optional<FieldReading>> FieldReader::read(AccessibleRef field, 
     }
     std::optional<FieldReading> reading;
     if (assumedUnit(field.bus) == TextUnit::utf16) {
-        reading = co_await inUnits(field, *numbers, *after, deadline, scope);
+        reading = FieldReading{numbers->count, numbers->caret, *after};
     } else {
         reading = co_await inCodePoints(field, *numbers, *after, deadline, scope);
     }
-    if (reading && (reading->caret < 0 || reading->caret > reading->length)) {
+    if (reading) {
+        reading = co_await withoutAdditions(field, *numbers, *reading, deadline, scope);
+    }
+    if (!reading || reading->caret < 0 || reading->caret > reading->length) {
         co_return std::nullopt;
     }
+    reading->multiLine = numbers->multiLine;
+    const Place place{numbers->caret, numbers->count, assumedUnit(field.bus)};
+    seen_ = Seen{field, reading->caret, place};
     co_return reading;
+}
+
+QCoro::Task<std::optional<FieldReader::Place>> FieldReader::placeOf(AccessibleRef field, qint64 caret,
+                                                                    Instant deadline, TaskScope scope) {
+    const auto isThere = [&] { return seen_ && seen_->field == field && seen_->caret == caret; };
+    if (isThere()) {
+        co_return seen_->place;
+    }
+    const auto reading = co_await read(field, deadline, scope);
+    if (!reading || caret < 0 || caret > reading->length) {
+        co_return std::nullopt;
+    }
+    Place place = seen_->place;
+    if (isThere()) {
+        co_return place;
+    }
+    const auto text = co_await readText(field, 0, place.count, deadline, scope);
+    if (!text) {
+        co_return std::nullopt;
+    }
+    place.position = lengthIn(place.unit, text->left(caret));
+    co_return place;
 }
 
 QCoro::Task<std::optional<FieldReader::Numbers>> FieldReader::readNumbers(AccessibleRef field,
@@ -67,7 +95,8 @@ QCoro::Task<std::optional<FieldReader::Numbers>> FieldReader::readNumbers(Access
         const auto start = co_await selectionStart(field, deadline, scope);
         caret = start ? start : caret;
     }
-    const Numbers numbers{*count, *caret};
+    const bool multiLine = states->has(atspi::stateMultiLine) && !states->has(atspi::stateSingleLine);
+    const Numbers numbers{*count, *caret, multiLine};
     if (numbers.caret < 0 || numbers.caret > numbers.count) {
         co_return std::nullopt;
     }
@@ -178,29 +207,31 @@ QCoro::Task<std::optional<FieldReading>> FieldReader::inCodePoints(AccessibleRef
         }
         before = surrogatePairs(head.value_or(QString()));
     }
-    FieldReading reading;
-    reading.length = numbers.count + *pairs;
-    reading.caret = numbers.caret + before;
-    reading.afterCaret = after;
-    co_return reading;
+    co_return FieldReading{numbers.count + *pairs, numbers.caret + before, after};
 }
 
-QCoro::Task<std::optional<FieldReading>>
-FieldReader::inUnits(AccessibleRef field, Numbers numbers, QString after, Instant deadline, TaskScope scope) {
-    FieldReading reading;
-    reading.length = numbers.count;
-    reading.caret = numbers.caret;
-    reading.afterCaret = after;
-    if (toolkitPadsText(toolkits_.value(field.bus)) && numbers.count > 0) {
-        const qint64 from = std::max<qint64>(0, numbers.count - 2);
-        const auto end = co_await readText(field, from, numbers.count, deadline, scope);
-        if (!end) {
-            co_return std::nullopt;
-        }
-        reading.length -= endsWithFieldPadding(*end) ? 1 : 0;
-        reading.caret = std::min(reading.caret, reading.length);
-        reading.afterCaret = withoutPadding(after);
+QCoro::Task<std::optional<FieldReading>> FieldReader::withoutAdditions(AccessibleRef field, Numbers numbers,
+                                                                       FieldReading reading, Instant deadline,
+                                                                       TaskScope scope) {
+    const QString toolkit = toolkitName(field.bus);
+    const bool repeats = toolkitRepeatsLastLineFeed(toolkit);
+    if (numbers.count == 0 || !(repeats || toolkitPadsText(toolkit))) {
+        co_return reading;
     }
+    const qint64 from = std::max<qint64>(0, numbers.count - 2);
+    const auto end = co_await readText(field, from, numbers.count, deadline, scope);
+    if (!end) {
+        co_return std::nullopt;
+    }
+    const bool added = repeats ? end->endsWith(QLatin1Char('\n')) : endsWithFieldPadding(*end);
+    const bool reachesEnd = reading.caret + reading.afterCaret.size() == reading.length;
+    if (!repeats) {
+        reading.afterCaret = withoutPadding(reading.afterCaret);
+    } else if (added && reachesEnd) {
+        reading.afterCaret.chop(1);
+    }
+    reading.length -= added ? 1 : 0;
+    reading.caret = std::min(reading.caret, reading.length);
     co_return reading;
 }
 

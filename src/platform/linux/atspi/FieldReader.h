@@ -24,10 +24,31 @@ class FieldReader {
     /// `deadline`.
     QCoro::Task<std::optional<FieldReading>> read(AccessibleRef field, Instant deadline, TaskScope scope);
 
+    /// A place in a field as its application counts.
+    struct Place {
+        qint64 position = 0;
+        /// The characters of the field when it was read last.
+        qint64 count = 0;
+        TextUnit unit = TextUnit::codePoints;
+    };
+    /// The place of a caret that is given in UTF-16 units. Costs nothing where the last reading of that field
+    /// had its caret there; otherwise the field is read again.
+    QCoro::Task<std::optional<Place>> placeOf(AccessibleRef field, qint64 caret, Instant deadline,
+                                              TaskScope scope);
+    /// Of an application whose field was read; empty otherwise.
+    [[nodiscard]] QString toolkitName(const QString& bus) const { return toolkits_.value(bus); }
+
  private:
     struct Numbers {
         qint64 count = 0;
         qint64 caret = 0;
+        bool multiLine = false;
+    };
+    /// Where the caret stood at the last reading, in both units.
+    struct Seen {
+        AccessibleRef field;
+        qint64 caret = 0;
+        Place place;
     };
     QCoro::Task<std::optional<Numbers>> readNumbers(AccessibleRef field, Instant deadline, TaskScope scope);
     QCoro::Task<std::optional<qint64>> selectionStart(AccessibleRef field, Instant deadline, TaskScope scope);
@@ -40,8 +61,10 @@ class FieldReader {
                                                TaskScope scope);
     QCoro::Task<std::optional<FieldReading>> inCodePoints(AccessibleRef field, Numbers numbers, QString after,
                                                           Instant deadline, TaskScope scope);
-    QCoro::Task<std::optional<FieldReading>> inUnits(AccessibleRef field, Numbers numbers, QString after,
-                                                     Instant deadline, TaskScope scope);
+    /// Takes out what the toolkit adds to a text.
+    QCoro::Task<std::optional<FieldReading>> withoutAdditions(AccessibleRef field, Numbers numbers,
+                                                              FieldReading reading, Instant deadline,
+                                                              TaskScope scope);
     [[nodiscard]] Duration left(Instant deadline) const;
     [[nodiscard]] TextUnit assumedUnit(const QString& bus) const;
     void note(const AccessibleRef& field, const AtspiReply& reply);
@@ -54,6 +77,7 @@ class FieldReader {
     PatienceList& patience_;
     QHash<QString, QString> toolkits_;
     QHash<QString, TextUnit> units_;
+    std::optional<Seen> seen_;
     AccessibleRef watched_;
     TextLedger ledger_;
     Handle textWatch_;

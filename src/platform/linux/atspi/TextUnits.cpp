@@ -26,8 +26,21 @@ bool toolkitPadsText(const QString& toolkitName) {
     return toolkitName.startsWith(QLatin1String("gecko"), Qt::CaseInsensitive);
 }
 
+bool toolkitRepeatsLastLineFeed(const QString& toolkitName) {
+    return toolkitName.startsWith(QLatin1String("chrom"), Qt::CaseInsensitive);
+}
+
+qint64 insertionLength(const QString& toolkitName, const QString& text) {
+    const bool isQt = toolkitName.startsWith(QLatin1String("qt"), Qt::CaseInsensitive);
+    return isQt ? text.size() : text.toUtf8().size();
+}
+
 qint64 surrogatePairs(const QString& text) {
     return std::count_if(text.begin(), text.end(), [](QChar unit) { return unit.isHighSurrogate(); });
+}
+
+qint64 lengthIn(TextUnit unit, const QString& text) {
+    return unit == TextUnit::utf16 ? text.size() : text.size() - surrogatePairs(text);
 }
 
 QString withoutPadding(const QString& text) {

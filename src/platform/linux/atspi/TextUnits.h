@@ -17,8 +17,17 @@ enum class TextUnit { utf16, codePoints };
 /// a field.
 [[nodiscard]] bool toolkitPadsText(const QString& toolkitName);
 
+/// Whether the toolkit shows a text that ends with a line feed with one line feed more (the empty last line
+/// of a text area is an element of the page with a break in it).
+[[nodiscard]] bool toolkitRepeatsLastLineFeed(const QString& toolkitName);
+/// The length that InsertText wants with a text: Qt takes UTF-16 units and fills up with NULs what is
+/// missing, all others take bytes of UTF-8 and cut.
+[[nodiscard]] qint64 insertionLength(const QString& toolkitName, const QString& text);
+
 /// Surrogate pairs: by so many UTF-16 units a text is longer than it has code points.
 [[nodiscard]] qint64 surrogatePairs(const QString& text);
+/// The length of a text as an application counts it.
+[[nodiscard]] qint64 lengthIn(TextUnit unit, const QString& text);
 /// The text without the padding described at `toolkitPadsText`.
 [[nodiscard]] QString withoutPadding(const QString& text);
 /// Whether a whole text, given with padding, ends with the padding of its field and not with that of a

@@ -249,18 +249,6 @@ TEST_F(RealEditors, ASecondConnectionComesUpBesideTheFirst) {
     EXPECT_TRUE(bus.isConnected());
 }
 
-TEST_F(RealEditors, OurselvesAreNeverAsked) {
-    bool answered = false;
-    std::optional<FieldElement> found;
-    const TaskHandle task = startTask([&](TaskScope scope) -> QCoro::Task<void> {
-        found = co_await access.focusedElement(QCoreApplication::applicationPid(), scope);
-        answered = true;
-    });
-    // Answered without the event loop: no question was sent anywhere.
-    EXPECT_TRUE(answered);
-    EXPECT_FALSE(found);
-}
-
 TEST_F(RealEditors, ATerminalCannotBeReadAsAField) {
     const Program terminal(QStringLiteral("xterm"));
     workspace.front = RunningApplication{terminal.id(), {}, {}};

@@ -53,6 +53,25 @@ TEST(TextUnits, PaddingIsTakenOutAndTheFieldsOwnToldFromACharacters) {
     EXPECT_FALSE(toolkitPadsText(QStringLiteral("Qt")));
 }
 
+TEST(TextUnits, ALengthIsInTheUnitAskedFor) {
+    EXPECT_EQ(lengthIn(TextUnit::utf16, mixed), 7);
+    EXPECT_EQ(lengthIn(TextUnit::codePoints, mixed), 5);
+}
+
+TEST(TextUnits, OnlyQtWantsTheLengthOfAnInsertionInUnits) {
+    EXPECT_EQ(insertionLength(QStringLiteral("Qt"), mixed), 7);
+    for (const char* name : {"gtk", "GTK", "Gecko", "something new", ""}) {
+        EXPECT_EQ(insertionLength(QString::fromUtf8(name), mixed), 14) << name;
+    }
+}
+
+TEST(TextUnits, OnlyChromiumRepeatsALastLineFeed) {
+    EXPECT_TRUE(toolkitRepeatsLastLineFeed(QStringLiteral("Chromium")));
+    for (const char* name : {"gtk", "Qt", "Gecko", ""}) {
+        EXPECT_FALSE(toolkitRepeatsLastLineFeed(QString::fromUtf8(name))) << name;
+    }
+}
+
 TEST(TextUnits, BlankIsWhiteSpaceLineEndsAndPadding) {
     EXPECT_TRUE(isBlank(QString()));
     EXPECT_TRUE(isBlank(QStringLiteral(" \t\r\n\u2028\u00a0")));
