@@ -113,16 +113,24 @@ Node find(qint64 pid, Wanted wanted) {
     return find(std::move(app), wanted, left);
 }
 
-std::optional<FieldReading> read(AtspiAccessible* node, qint64 pid) {
+std::optional<QString> textOf(AtspiAccessible* node) {
     if (!node)
         return std::nullopt;
     const Ref<AtspiText> text(atspi_accessible_get_text_iface(node));
     Error error;
-    FieldReading reading;
-    reading.pid = pid;
-    reading.text = taken(atspi_text_get_text(text.get(), 0, -1, error.out()));
-    if (error.happened())
+    const QString whole = taken(atspi_text_get_text(text.get(), 0, -1, error.out()));
+    return error.happened() ? std::nullopt : std::optional(whole);
+}
+
+std::optional<ShownField> read(AtspiAccessible* node, qint64 pid) {
+    const auto whole = textOf(node);
+    if (!whole)
         return std::nullopt;
+    const Ref<AtspiText> text(atspi_accessible_get_text_iface(node));
+    Error error;
+    ShownField reading;
+    reading.pid = pid;
+    reading.text = *whole;
     reading.caret = atspi_text_get_caret_offset(text.get(), error.out());
     reading.role = taken(atspi_accessible_get_role_name(node, error.out()));
     reading.password = atspi_accessible_get_role(node, error.out()) == ATSPI_ROLE_PASSWORD_TEXT;
@@ -135,7 +143,9 @@ std::optional<FieldReading> read(AtspiAccessible* node, qint64 pid) {
 
 } // namespace
 
-struct FieldReader::Bus {};
+struct FieldReader::Bus {
+    Node found;
+};
 
 FieldReader::FieldReader() : bus_(std::make_unique<Bus>()) {
     if (atspi_init() > 1)
@@ -143,20 +153,26 @@ FieldReader::FieldReader() : bus_(std::make_unique<Bus>()) {
     atspi_set_timeout(callBound, callBound);
 }
 
-FieldReader::~FieldReader() { atspi_exit(); }
-
-std::optional<FieldReading> FieldReader::focused(qint64 pid) const {
-    return read(find(pid, isFocused).get(), pid);
+FieldReader::~FieldReader() {
+    bus_->found.reset();
+    atspi_exit();
 }
 
-std::optional<FieldReading> FieldReader::resting(qint64 pid) const {
+std::optional<ShownField> FieldReader::focused(qint64 pid) const {
+    bus_->found = find(pid, isFocused);
+    return read(bus_->found.get(), pid);
+}
+
+std::optional<QString> FieldReader::textAgain() const { return textOf(bus_->found.get()); }
+
+std::optional<ShownField> FieldReader::resting(qint64 pid) const {
     return read(find(pid, isLargeEditable).get(), pid);
 }
 
-std::optional<FieldReading> FieldReader::document(qint64 pid) const {
+std::optional<ShownField> FieldReader::document(qint64 pid) const {
     const Node root = find(pid, isDocument);
     const int count = root ? childCount(root.get()) : 0;
-    std::optional<FieldReading> whole;
+    std::optional<ShownField> whole;
     for (int i = 0; i < count; ++i) {
         const Node paragraph = child(root.get(), i);
         const auto part = paragraph && hasText(paragraph.get()) ? read(paragraph.get(), pid) : std::nullopt;
@@ -185,7 +201,7 @@ bool FieldReader::select(qint64 pid, int first, int last) const {
     return atspi_text_add_selection(text.get(), first, last, error.out()) && !error.happened();
 }
 
-QJsonObject FieldReading::toJson() const {
+QJsonObject ShownField::toJson() const {
     return {
         {QStringLiteral("pid"), pid},           {QStringLiteral("application"), application},
         {QStringLiteral("toolkit"), toolkit},   {QStringLiteral("role"), role},

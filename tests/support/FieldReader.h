@@ -10,7 +10,7 @@
 namespace lorvane {
 
 // What an application says about the field that has its focus.
-struct FieldReading {
+struct ShownField {
     qint64 pid = 0;
     QString application;
     QString toolkit;
@@ -36,12 +36,14 @@ class FieldReader {
 
     // The focused text of the process, by a search through its tree; nothing when none has the focus or it
     // hangs.
-    std::optional<FieldReading> focused(qint64 pid) const;
+    std::optional<ShownField> focused(qint64 pid) const;
     // The same while another program has the focus: the process's first large editable text.
-    std::optional<FieldReading> resting(qint64 pid) const;
+    std::optional<ShownField> resting(qint64 pid) const;
+    // The text of the field that `focused` found last, read without another search.
+    std::optional<QString> textAgain() const;
     // Of a word processor, which offers each paragraph as a field of its own: all that are on screen, joined
     // by line feeds, with the focus or without it. The caret is not told.
-    std::optional<FieldReading> document(qint64 pid) const;
+    std::optional<ShownField> document(qint64 pid) const;
     // Puts the caret (first == last) or the selection there, in the toolkit's own units; false when refused.
     bool select(qint64 pid, int first, int last) const;
 

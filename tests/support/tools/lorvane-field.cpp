@@ -14,7 +14,7 @@
 #include <QtCore/QJsonDocument>
 
 using lorvane::FieldReader;
-using lorvane::FieldReading;
+using lorvane::ShownField;
 
 namespace {
 
@@ -29,7 +29,7 @@ struct Asked {
 
 // Any answer that is there within the time; accessibility tells of a new field by events only to those that
 // listened before it came, so this asks again and again.
-std::optional<FieldReading> waitForField(const FieldReader& reader, const Asked& wanted) {
+std::optional<ShownField> waitForField(const FieldReader& reader, const Asked& wanted) {
     QElapsedTimer passed;
     passed.start();
     while (true) {

@@ -24,6 +24,20 @@ X11Keyboards::Keys keysOf(const xcb_input_key_state_t* state) {
     return keys;
 }
 
+/// Nothing when there is no answer, or the device has no keys.
+std::optional<X11Keyboards::Keys> keysOf(const xcb_input_query_device_state_reply_t* answer) {
+    if (answer == nullptr) {
+        return std::nullopt;
+    }
+    for (auto it = xcb_input_query_device_state_classes_iterator(answer); it.rem > 0;
+         xcb_input_input_state_next(&it)) {
+        if (it.data->class_id == XCB_INPUT_INPUT_CLASS_KEY) {
+            return keysOf(reinterpret_cast<const xcb_input_key_state_t*>(it.data));
+        }
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
 void X11Keyboards::refresh() {
@@ -55,20 +69,27 @@ std::optional<XDeviceId> X11Keyboards::synthetic() const {
     return synthetic_.empty() ? std::nullopt : std::optional(*synthetic_.begin());
 }
 
+std::vector<X11Keyboards::Keys> X11Keyboards::keysDownOfUser() const {
+    std::vector<xcb_input_query_device_state_cookie_t> questions;
+    for (const XDeviceId device : ofUser_) {
+        questions.push_back(
+            xcb_input_query_device_state(connection_.xcb(), static_cast<std::uint8_t>(device)));
+    }
+    std::vector<Keys> all;
+    for (const auto& question : questions) {
+        const auto state = connection_.reply(xcb_input_query_device_state_reply, question);
+        if (const auto keys = keysOf(state.get())) {
+            all.push_back(*keys);
+        }
+    }
+    return all;
+}
+
 std::optional<X11Keyboards::Keys> X11Keyboards::keysDown(XDeviceId device) const {
     const auto state =
         connection_.reply(xcb_input_query_device_state_reply,
                           xcb_input_query_device_state(connection_.xcb(), static_cast<std::uint8_t>(device)));
-    if (!state) {
-        return std::nullopt;
-    }
-    for (auto it = xcb_input_query_device_state_classes_iterator(state.get()); it.rem > 0;
-         xcb_input_input_state_next(&it)) {
-        if (it.data->class_id == XCB_INPUT_INPUT_CLASS_KEY) {
-            return keysOf(reinterpret_cast<const xcb_input_key_state_t*>(it.data));
-        }
-    }
-    return std::nullopt;
+    return keysOf(state.get());
 }
 
 } // namespace lorvane

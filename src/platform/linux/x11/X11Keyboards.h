@@ -7,6 +7,7 @@
 #include <bitset>
 #include <optional>
 #include <set>
+#include <vector>
 
 namespace lorvane {
 
@@ -25,6 +26,9 @@ class X11Keyboards {
     [[nodiscard]] const std::set<XDeviceId>& ofUser() const { return ofUser_; }
     /// The keyboard that XTEST posts on, by which its key codes are read.
     [[nodiscard]] std::optional<XDeviceId> synthetic() const;
+    [[nodiscard]] const std::set<XDeviceId>& ofPrograms() const { return synthetic_; }
+    /// The keys that are down on each of the user's keyboards; one round trip for all.
+    [[nodiscard]] std::vector<Keys> keysDownOfUser() const;
     /// The keys that are down on that keyboard alone; nothing when it is gone.
     [[nodiscard]] std::optional<Keys> keysDown(XDeviceId device) const;
 

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/linux/x11/PasteChord.h"
 
-#include <gtest/gtest.h>
-
-#include <memory>
+#include "platform/linux/x11/test/Keymaps.h"
 
 namespace lorvane {
 
@@ -16,15 +14,7 @@ constexpr XKeyCode v = 55;
 
 Chord chord(const char* layouts, const char* variants, xkb_layout_index_t group,
             PasteRoute route = PasteRoute::standard, const char* options = "") {
-    const std::unique_ptr<xkb_context, decltype(&xkb_context_unref)> context(
-        xkb_context_new(XKB_CONTEXT_NO_FLAGS), &xkb_context_unref);
-    const xkb_rule_names names{"evdev", "pc105", layouts, variants, options};
-    const std::unique_ptr<xkb_keymap, decltype(&xkb_keymap_unref)> keymap(
-        xkb_keymap_new_from_names(context.get(), &names, XKB_KEYMAP_COMPILE_NO_FLAGS), &xkb_keymap_unref);
-    if (!keymap) {
-        ADD_FAILURE() << "no keymap for " << layouts;
-        return {};
-    }
+    const XkbKeymap keymap = keymapOf(layouts, variants, options);
     return pasteChord(keymap.get(), group, route);
 }
 

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/linux/x11/X11Connection.h"
+#include "platform/linux/x11/X11KeyTable.h"
+#include "platform/linux/x11/X11Keyboards.h"
+#include "platform/linux/x11/Xkb.h"
+
+#include <optional>
+#include <vector>
+
+namespace lorvane {
+
+/// The state of all keyboards together, the posted keys among them.
+struct KeyboardMoment {
+    /// The layout in force, counted from 0.
+    xkb_layout_index_t group = 0;
+    bool capsLock = false;
+    X11Keyboards::Keys down;
+    /// Those of them that are modifiers; Caps Lock and the like are none.
+    std::vector<XKeyCode> heldModifiers;
+};
+
+/// Posts keys by the XTEST extension. Main thread.
+class PostingKeyboard {
+ public:
+    explicit PostingKeyboard(X11Connection& connection) : connection_(connection), keyboards_(connection) {}
+
+    /// The display answers and has XTEST and XKB.
+    [[nodiscard]] bool canPost();
+    /// Absent when the display is gone. A round trip.
+    [[nodiscard]] std::optional<KeyboardMoment> moment();
+    /// The map of the keyboard that XTEST posts on, since the server hands that one out with its keys. Null
+    /// when it cannot be had. Several round trips.
+    [[nodiscard]] XkbKeymap readKeymap();
+
+    // What follows is on its way with the next flush of the connection.
+
+    /// Makes the keys that come next bare: lifts the modifiers, and ends a grab of our own, by which a held
+    /// extra key would bring them to us.
+    void lift(const std::vector<XKeyCode>& modifiers);
+    void fakeKey(XKeyCode key, bool press);
+    void lockCaps(bool locked);
+
+ private:
+    X11Connection& connection_;
+    X11Keyboards keyboards_;
+    XkbContext context_;
+};
+
+} // namespace lorvane

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <memory>
+
+// The header, made for C, has a field of this name.
+#define explicit explicit_ // NOLINT(clang-diagnostic-keyword-macro)
+#include <xcb/xkb.h>
+#undef explicit
+#include <xkbcommon/xkbcommon.h>
+
+namespace lorvane {
+
+struct XkbUnref {
+    void operator()(xkb_context* context) const { xkb_context_unref(context); }
+    void operator()(xkb_keymap* keymap) const { xkb_keymap_unref(keymap); }
+    void operator()(xkb_state* state) const { xkb_state_unref(state); }
+};
+using XkbContext = std::unique_ptr<xkb_context, XkbUnref>;
+using XkbKeymap = std::unique_ptr<xkb_keymap, XkbUnref>;
+using XkbState = std::unique_ptr<xkb_state, XkbUnref>;
+
+} // namespace lorvane
