@@ -59,7 +59,7 @@ QCoro::Task<std::optional<FieldReader::Place>> FieldReader::placeOf(AccessibleRe
     if (isThere()) {
         co_return place;
     }
-    const auto text = co_await readText(field, 0, place.count, deadline, scope);
+    const auto text = co_await fetchBefore(field, place.count, deadline, scope);
     if (!text) {
         co_return std::nullopt;
     }
@@ -130,6 +130,13 @@ QCoro::Task<std::optional<QString>> FieldReader::readText(AccessibleRef field, q
     co_return text;
 }
 
+QCoro::Task<std::optional<QString>> FieldReader::fetchBefore(AccessibleRef field, qint64 to, Instant deadline,
+                                                             TaskScope scope) {
+    ++fetches_;
+    auto text = co_await readText(field, 0, to, deadline, scope);
+    co_return text;
+}
+
 QCoro::Task<std::optional<QString>> FieldReader::readAfter(AccessibleRef field, Numbers numbers,
                                                            Instant deadline, TaskScope scope) {
     QString after;
@@ -174,7 +181,7 @@ QCoro::Task<std::optional<qint64>> FieldReader::pairsIn(AccessibleRef field, qin
     if (const auto known = ledger_.pairsFor(count)) {
         co_return known;
     }
-    const auto text = co_await readText(field, 0, count, deadline, scope);
+    const auto text = co_await fetchBefore(field, count, deadline, scope);
     if (!text) {
         co_return std::nullopt;
     }
@@ -201,7 +208,7 @@ QCoro::Task<std::optional<FieldReading>> FieldReader::inCodePoints(AccessibleRef
     }
     qint64 before = *pairs;
     if (*pairs > 0 && !isBlank(after)) {
-        const auto head = co_await readText(field, 0, numbers.caret, deadline, scope);
+        const auto head = co_await fetchBefore(field, numbers.caret, deadline, scope);
         if (!head && numbers.caret > 0) {
             co_return std::nullopt;
         }
@@ -269,6 +276,7 @@ void FieldReader::unwatch() {
 }
 
 void FieldReader::enterChange(const TextChange& change) {
+    patience_.heardFrom(change.source.bus);
     if (change.source != watched_) {
         return;
     }

@@ -37,6 +37,8 @@ class FieldReader {
                                               TaskScope scope);
     /// Of an application whose field was read; empty otherwise.
     [[nodiscard]] QString toolkitName(const QString& bus) const { return toolkits_.value(bus); }
+    /// How often a field's text was fetched whole or up to its caret.
+    [[nodiscard]] int fetches() const { return fetches_; }
 
  private:
     struct Numbers {
@@ -54,6 +56,9 @@ class FieldReader {
     QCoro::Task<std::optional<qint64>> selectionStart(AccessibleRef field, Instant deadline, TaskScope scope);
     QCoro::Task<std::optional<QString>> readText(AccessibleRef field, qint64 from, qint64 to,
                                                  Instant deadline, TaskScope scope);
+    /// Everything before `to`: the costly reading of a large field.
+    QCoro::Task<std::optional<QString>> fetchBefore(AccessibleRef field, qint64 to, Instant deadline,
+                                                    TaskScope scope);
     QCoro::Task<std::optional<QString>> readAfter(AccessibleRef field, Numbers numbers, Instant deadline,
                                                   TaskScope scope);
     QCoro::Task<std::optional<QString>> toolkitOf(QString bus, Instant deadline, TaskScope scope);
@@ -78,6 +83,7 @@ class FieldReader {
     QHash<QString, QString> toolkits_;
     QHash<QString, TextUnit> units_;
     std::optional<Seen> seen_;
+    int fetches_ = 0;
     AccessibleRef watched_;
     TextLedger ledger_;
     Handle textWatch_;

@@ -77,15 +77,15 @@ TEST_F(OwnWindow, FragmentsGoIntoOurOwnFieldsAndTheMainLoopNeverStands) {
                      [&] { longestGap = std::max(longestGap, sinceBeat.restart()); });
     sinceBeat.start();
     beat.start(1);
-    const TypingFigures figures = type(ourselves, QStringList(200, mixedFragment));
-    ASSERT_TRUE(figures.landed) << "after " << figures.units << " units";
+    const TypingFigures figures = type(ourselves, dictation(300));
+    ASSERT_TRUE(figures.landed) << figures;
     line.setFocus();
     ASSERT_TRUE(reads(ourselves, 0, 0, QString()));
     ASSERT_TRUE(type(ourselves, QStringList(20, mixedFragment)).landed);
     beat.stop();
     figures.print("own window");
     std::cout << "longest gap of the main loop " << longestGap << " ms\n";
-    EXPECT_EQ(area.toPlainText(), mixedFragment.repeated(200));
+    EXPECT_EQ(area.toPlainText(), dictation(300).join(QString()));
     EXPECT_EQ(line.text(), mixedFragment.repeated(20));
     // A call that waited for ourselves would stand for its whole bound of 150 ms.
     EXPECT_LE(longestGap, 50);
