@@ -11,9 +11,12 @@ DesktopAdapters::DesktopAdapters(const Foundation& foundation, const QDBusConnec
     : accessibilitySwitch(session), display(foundation.log), capabilities(capabilitiesOf(display)),
       workspace(display, DesktopEntries(DesktopEntries::standardFolders(), QLocale::system().name())),
       keyEvents(display, foundation, [this] { return workspace.isOwnProcessInFront(); }),
-      extraKey(display, foundation), pasteKeys(display, foundation.clock),
+      extraKey(display, foundation), pasteKeys(display, foundation.clock), editingKeys(display),
+      keyPoster(display, foundation.clock,
+                [this](const RunningApplication& application) { return settleTimes.of(application); }),
       pasteboard(X11Pasteboard::open(foundation.clock)), accessibilityBus(foundation.clock, session),
       fields(accessibilityBus, accessibilitySwitch, workspace, foundation.clock),
+      insertion(accessibilityBus, fields, foundation.clock),
       accessibility(
           foundation, accessibilityBus, accessibilitySwitch,
           [this] { return display.isAlive() && capabilities.canPostKeys(); }, session),

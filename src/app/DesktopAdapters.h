@@ -3,11 +3,13 @@
 
 #include "api/IdentityCloud.h"
 #include "app/PlainPresence.h"
+#include "app/SettleTimes.h"
 #include "base/Foundation.h"
 #include "platform/linux/atspi/AccessibilitySwitch.h"
 #include "platform/linux/atspi/AtspiAccessibility.h"
 #include "platform/linux/atspi/AtspiBus.h"
 #include "platform/linux/atspi/AtspiFieldAccess.h"
+#include "platform/linux/atspi/AtspiInsertion.h"
 #include "platform/linux/av/AvTakeCodec.h"
 #include "platform/linux/clipboard/X11Pasteboard.h"
 #include "platform/linux/desktop/QtHttpClient.h"
@@ -17,8 +19,10 @@
 #include "platform/linux/pulse/PulseInputDevices.h"
 #include "platform/linux/secrets/KeychainSecretStore.h"
 #include "platform/linux/x11/X11Capabilities.h"
+#include "platform/linux/x11/X11EditingKeys.h"
 #include "platform/linux/x11/X11ExtraKey.h"
 #include "platform/linux/x11/X11KeyEvents.h"
+#include "platform/linux/x11/X11KeyPoster.h"
 #include "platform/linux/x11/X11PasteKeys.h"
 #include "platform/linux/x11/X11Workspace.h"
 
@@ -33,6 +37,8 @@ namespace lorvane {
 struct DesktopAdapters {
     DesktopAdapters(const Foundation& foundation, const QDBusConnection& session);
 
+    /// The ways of typing text, best first.
+    [[nodiscard]] std::vector<FragmentPoster*> posters() { return {&insertion, &keyPoster}; }
     /// Whether there is an X display at all; nothing here works without one.
     [[nodiscard]] bool hasDisplay() const { return display.isAlive() && pasteboard != nullptr; }
 
@@ -44,9 +50,13 @@ struct DesktopAdapters {
     X11KeyEvents keyEvents;
     X11ExtraKey extraKey;
     X11PasteKeys pasteKeys;
+    X11EditingKeys editingKeys;
+    SettleTimes settleTimes;
+    X11KeyPoster keyPoster;
     std::unique_ptr<X11Pasteboard> pasteboard;
     AtspiBus accessibilityBus;
     AtspiFieldAccess fields;
+    AtspiInsertion insertion;
     AtspiAccessibility accessibility;
     PulseConnection sound;
     PulseInputDevices inputs;

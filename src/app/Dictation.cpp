@@ -9,8 +9,11 @@ Dictation::Dictation(const Foundation& foundation, DesktopAdapters& desktop)
       parts(foundation, api, encoder), capture(foundation, recorder, parts),
       screen(foundation.clock, desktop.pill, desktop.windows),
       status(foundation.clock, screen, desktop.accessibility), keys(foundation, desktop.keyEvents),
-      typing(foundation, desktop.workspace),
       insertion(foundation, *desktop.pasteboard, desktop.pasteKeys, desktop.fields, desktop.workspace),
+      typing(foundation,
+             TypingDesktop{desktop.workspace, desktop.accessibility, desktop.fields, desktop.editingKeys,
+                           desktop.posters()},
+             insertion),
       landing(foundation, status, desktop.accessibility, typing, insertion, desktop.chime),
       delivery(foundation, api, status, landing, desktop.journal, desktop.workspace),
       controller(foundation, status, screen, keys, capture, delivery) {}

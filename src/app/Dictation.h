@@ -22,8 +22,8 @@ struct Dictation {
     ScreenPresence screen;
     DictationStatus status;
     GestureKeys keys;
-    LiveTyping typing;
     TextInsertion insertion;
+    LiveTyping typing;
     TextLanding landing;
     TakeDelivery delivery;
     DictationController controller;

@@ -205,6 +205,7 @@ QCoro::Task<void> DictationController::process(FinishedTake take, TaskScope scop
 void DictationController::endDelivery() {
     status_.isTranslating.set(false);
     capture_.clearParts();
+    delivery_.endTyping();
 }
 
 void DictationController::cancelProcessing() {

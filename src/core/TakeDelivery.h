@@ -24,6 +24,8 @@ class TakeDelivery {
     QCoro::Task<void> deliverTake(FinishedTake take, int attempt, TaskScope scope);
     /// Takes back what a cancelled delivery has typed.
     QCoro::Task<void> abandonTyping(QString reason, TaskScope scope);
+    /// The take is over, however it ended.
+    void endTyping() { landing_.typing().endTyping(); }
     /// Leaves a text on the clipboard.
     void copy(const QString& text) { landing_.copy(text); }
 

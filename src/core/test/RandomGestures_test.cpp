@@ -27,7 +27,7 @@ class Chaos {
     }
 
     void act() {
-        switch (pick(18)) {
+        switch (pick(19)) {
         case 0:
             world_->keyboard.press(world_->keys.hotkey());
             break;
@@ -77,6 +77,9 @@ class Chaos {
         case 16:
             changeKeys();
             break;
+        case 17:
+            changeField();
+            break;
         default:
             callDirectly();
             break;
@@ -120,6 +123,19 @@ class Chaos {
         world_->pasteKeys.delay = seconds(0.1 * pick(6));
         world_->pasteboard.ownerHangs = pick(4) == 0;
         world_->workspace.front->processId = DictationWorld::editor + (pick(4) == 0 ? 1 : 0);
+    }
+    void changeField() {
+        if (pick(4) == 0) {
+            world_->fields.field("body").text.reset();
+        } else {
+            world_->showField("Mine. ");
+        }
+        world_->field.lag = seconds(0.01 * pick(30));
+        world_->field.caretLag = pick(3);
+        world_->field.ignoresBackspace = pick(4) == 0;
+        world_->insertionWay.hasNoEffect = pick(4) == 0;
+        world_->insertionWay.outcome = pick(4) == 0 ? PostOutcome::unknown : PostOutcome::posted;
+        world_->editingKeys.held = pick(4) == 0 ? modifierFlag::shift : 0;
     }
     void changeMicrophone() {
         world_->engines.system().authorisation =
@@ -207,6 +223,8 @@ TEST(RandomGestures, WhateverHappenedTheNextTakeWorks) {
         world.engines.system() = FakeAudioSystem();
         world.accessibility.setTrusted(true);
         world.fields.secure = false;
+        world.fields.delay = Duration::zero();
+        world.fields.field("body").text.reset();
         world.pasteKeys.fails = false;
         world.controller.startDictation(Source::toggle);
         ASSERT_TRUE(world.isRecording());

@@ -9,7 +9,14 @@ DictationWorld::DictationWorld() {
     preferences.set(preference::onboarded, true);
     workspace.front = RunningApplication{editor, "Editor", "org.example.Editor"};
     backend.otherwise = FakeDictationEndpoints::text("Hello there.");
-    pasteKeys.onPosted = [this] { pasted.append(pasteboard.pasteInto(editor).value_or(QString())); };
+    fields.field("body").text.reset();
+    keysWay.lineBreaks = false;
+    pasteKeys.onPosted = [this] {
+        pasted.append(pasteboard.pasteInto(editor).value_or(QString()));
+        if (fields.field("body").text) {
+            field.paste(pasted.back());
+        }
+    };
     phaseRecord = controller.subscribePhase([this](const Phase& phase) { phases.push_back(phase); });
 }
 
@@ -33,6 +40,10 @@ void DictationWorld::tapToggle() {
     keyboard.press(*keys.toggleHotkey());
     clock.advance(seconds(0.1));
     keyboard.release(*keys.toggleHotkey());
+}
+
+void DictationWorld::showField(const QString& text, std::optional<qint64> caret) {
+    field.setText(text, caret.value_or(text.size()));
 }
 
 void DictationWorld::escape() {

@@ -8,6 +8,7 @@
 #include "base/PreferenceCatalogue.h"
 #include "base/testing/TestFoundation.h"
 #include "core/DictationController.h"
+#include "core/testing/FakeEditor.h"
 #include "core/testing/FakePasteKeys.h"
 #include "core/testing/FakePasteboard.h"
 #include "core/testing/FakePresence.h"
@@ -36,6 +37,8 @@ struct DictationWorld {
     void holdFor(double duration);
     void tapToggle();
     void escape();
+    /// The editor's field can be read from now on; the caret is at `caret`, or at its end.
+    void showField(const QString& text = QString(""), std::optional<qint64> caret = {});
     void advance(double duration) { clock.advance(seconds(duration)); }
 
     [[nodiscard]] const Phase& phase() const { return controller.phase(); }
@@ -57,6 +60,11 @@ struct DictationWorld {
     FakeAccessibility accessibility;
     FakeWorkspace workspace;
     FakeFieldAccess fields{clock};
+    /// The field of the editor. It cannot be read, so that nothing is typed live, until `showField`.
+    FakeEditor field{clock, fields, editor, "body"};
+    FakeFragmentPoster insertionWay{"insertion", field};
+    FakeFragmentPoster keysWay{"keys", field};
+    FakeEditingKeys editingKeys{field};
     FakeAudioEngineFactory engines;
     FakeInputDevices devices;
     FakeTakeCodec codec;
@@ -77,8 +85,10 @@ struct DictationWorld {
     GestureKeys keys{world.foundation, keyboard};
     TakeParts parts{world.foundation, backend, encoder};
     TakeCapture capture{world.foundation, recorder, parts};
-    LiveTyping typing{world.foundation, workspace};
     TextInsertion insertion{world.foundation, pasteboard, pasteKeys, fields, workspace};
+    LiveTyping typing{world.foundation,
+                      TypingDesktop{workspace, accessibility, fields, editingKeys, {&insertionWay, &keysWay}},
+                      insertion};
     TextLanding landing{world.foundation, status, accessibility, typing, insertion, chime};
     TakeDelivery delivery{world.foundation, backend, status, landing, journal, workspace};
     DictationController controller{world.foundation, status, screen, keys, capture, delivery};
