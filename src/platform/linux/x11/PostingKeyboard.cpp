@@ -16,40 +16,57 @@ X11Keyboards::Keys keysOf(const xcb_query_keymap_reply_t& state) {
     return keys;
 }
 
-std::vector<XKeyCode> heldModifiers(const xcb_get_modifier_mapping_reply_t& map,
-                                    const X11Keyboards::Keys& down) {
-    std::vector<XKeyCode> held;
-    const auto* const codes = xcb_get_modifier_mapping_keycodes(&map);
-    const int perModifier = map.keycodes_per_modifier;
-    for (int i = 0; i < 8 * perModifier; ++i) {
-        const bool isLock = i / perModifier == XCB_MAP_INDEX_LOCK;
-        if (codes[i] != 0 && !isLock && down[codes[i]]) {
-            held.push_back(codes[i]);
-        }
+/// The keys that set a modifier while they are down, as the map has it: not all of them stand in the core
+/// modifier mapping. A key that locks is none.
+X11Keyboards::Keys modifiersOf(xkb_keymap* keymap) {
+    X11Keyboards::Keys modifiers;
+    for (xkb_keycode_t key = xkb_keymap_min_keycode(keymap); key < modifiers.size(); ++key) {
+        const XkbState state(xkb_state_new(keymap));
+        xkb_state_update_key(state.get(), key, XKB_KEY_DOWN);
+        const bool isDepressed = xkb_state_serialize_mods(state.get(), XKB_STATE_MODS_DEPRESSED) != 0;
+        const bool isLocked = xkb_state_serialize_mods(state.get(), XKB_STATE_MODS_LOCKED) != 0;
+        modifiers[key] = isDepressed && !isLocked;
     }
-    return held;
+    return modifiers;
 }
 
 } // namespace
 
+PostingKeyboard::PostingKeyboard(X11Connection& connection, std::function<bool(XKeyCode)> isOfNoConcern)
+    : connection_(connection), keyboards_(connection), watch_(connection, std::move(isOfNoConcern)) {}
+
 bool PostingKeyboard::canPost() { return connection_.hasExtension(&xcb_test_id) && connection_.hasXkb(); }
 
+xkb_keymap* PostingKeyboard::keymap() {
+    if (canPost() && (watch_.takeChange() || !keymap_)) {
+        keymap_ = readKeymap();
+        modifiers_ = keymap_ ? modifiersOf(keymap_.get()) : X11Keyboards::Keys();
+        ++edition_;
+    }
+    return keymap_.get();
+}
+
 std::optional<KeyboardMoment> PostingKeyboard::moment() {
+    if (keymap() == nullptr) {
+        return std::nullopt;
+    }
     auto* const xcb = connection_.xcb();
     const auto keysCookie = xcb_query_keymap(xcb);
-    const auto modifiersCookie = xcb_get_modifier_mapping(xcb);
     const auto stateCookie = xcb_xkb_get_state(xcb, XCB_XKB_ID_USE_CORE_KBD);
     const auto keys = connection_.reply(xcb_query_keymap_reply, keysCookie);
-    const auto modifiers = connection_.reply(xcb_get_modifier_mapping_reply, modifiersCookie);
     const auto state = connection_.reply(xcb_xkb_get_state_reply, stateCookie);
-    if (!keys || !modifiers || !state) {
+    if (!keys || !state) {
         return std::nullopt;
     }
     KeyboardMoment moment;
     moment.group = state->group;
     moment.capsLock = (state->lockedMods & XCB_MOD_MASK_LOCK) != 0;
     moment.down = keysOf(*keys);
-    moment.heldModifiers = heldModifiers(*modifiers, moment.down);
+    for (std::size_t code = 0; code < moment.down.size(); ++code) {
+        if (moment.down[code] && modifiers_[code]) {
+            moment.heldModifiers.push_back(static_cast<XKeyCode>(code));
+        }
+    }
     return moment;
 }
 

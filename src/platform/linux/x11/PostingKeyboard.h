@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "platform/linux/x11/KeymapWatch.h"
 #include "platform/linux/x11/X11Connection.h"
 #include "platform/linux/x11/X11KeyTable.h"
 #include "platform/linux/x11/X11Keyboards.h"
@@ -24,15 +25,23 @@ struct KeyboardMoment {
 /// Posts keys by the XTEST extension. Main thread.
 class PostingKeyboard {
  public:
-    explicit PostingKeyboard(X11Connection& connection) : connection_(connection), keyboards_(connection) {}
+    /// `isOfNoConcern`: the map need not be read anew when that key alone has changed.
+    explicit PostingKeyboard(
+        X11Connection& connection,
+        std::function<bool(XKeyCode)> isOfNoConcern = [](XKeyCode) { return false; });
+    PostingKeyboard(const PostingKeyboard&) = delete;
+    PostingKeyboard& operator=(const PostingKeyboard&) = delete;
+    ~PostingKeyboard() = default;
 
     /// The display answers and has XTEST and XKB.
     [[nodiscard]] bool canPost();
+    /// The map of the keyboard that XTEST posts on, since the server hands that one out with its keys. Null
+    /// when it cannot be had. Several round trips after a change.
+    [[nodiscard]] xkb_keymap* keymap();
+    /// Counts how often the map has been read.
+    [[nodiscard]] int edition() const { return edition_; }
     /// Absent when the display is gone. A round trip.
     [[nodiscard]] std::optional<KeyboardMoment> moment();
-    /// The map of the keyboard that XTEST posts on, since the server hands that one out with its keys. Null
-    /// when it cannot be had. Several round trips.
-    [[nodiscard]] XkbKeymap readKeymap();
 
     // What follows is on its way with the next flush of the connection.
 
@@ -43,9 +52,15 @@ class PostingKeyboard {
     void lockCaps(bool locked);
 
  private:
+    [[nodiscard]] XkbKeymap readKeymap();
+
     X11Connection& connection_;
     X11Keyboards keyboards_;
+    KeymapWatch watch_;
     XkbContext context_;
+    XkbKeymap keymap_;
+    X11Keyboards::Keys modifiers_;
+    int edition_ = 0;
 };
 
 } // namespace lorvane

@@ -3,24 +3,22 @@
 
 namespace lorvane {
 
-TypingLayout::TypingLayout(X11Connection& connection, PostingKeyboard& keyboard)
-    : connection_(connection), keyboard_(keyboard), borrowed_(connection),
-      watch_(connection, [this](XKeyCode key) { return borrowed_.keys().contains(key); }) {}
+TypingLayout::TypingLayout(X11Connection& connection)
+    : borrowed_(connection),
+      keyboard_(connection, [this](XKeyCode key) { return borrowed_.keys().contains(key); }) {}
 
 bool TypingLayout::refresh() {
-    if (!keyboard_.canPost()) {
-        return false;
-    }
-    if (watch_.takeChange() || !keymap_) {
-        keymap_ = keyboard_.readKeymap();
+    const bool isThere = keyboard_.keymap() != nullptr;
+    if (keyboard_.edition() != edition_) {
+        edition_ = keyboard_.edition();
         borrowed_.survey();
         characters_.clear();
     }
-    return keymap_ && connection_.isAlive();
+    return isThere && keyboard_.canPost();
 }
 
 const CharacterKeys& TypingLayout::characters(xkb_layout_index_t group) {
-    return characters_.try_emplace(group, keymap_.get(), group, borrowed_.keys().all()).first->second;
+    return characters_.try_emplace(group, keyboard_.keymap(), group, borrowed_.keys().all()).first->second;
 }
 
 } // namespace lorvane

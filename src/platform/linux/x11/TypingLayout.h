@@ -3,7 +3,6 @@
 
 #include "platform/linux/x11/BorrowedKeys.h"
 #include "platform/linux/x11/CharacterKeys.h"
-#include "platform/linux/x11/KeymapWatch.h"
 #include "platform/linux/x11/PostingKeyboard.h"
 
 #include <map>
@@ -14,7 +13,7 @@ namespace lorvane {
 /// the spare keys do not count. Main thread.
 class TypingLayout {
  public:
-    TypingLayout(X11Connection& connection, PostingKeyboard& keyboard);
+    explicit TypingLayout(X11Connection& connection);
     TypingLayout(const TypingLayout&) = delete;
     TypingLayout& operator=(const TypingLayout&) = delete;
     ~TypingLayout() = default;
@@ -23,15 +22,14 @@ class TypingLayout {
     [[nodiscard]] bool refresh();
     /// After `refresh`. `group` counts from 0.
     [[nodiscard]] const CharacterKeys& characters(xkb_layout_index_t group);
+    [[nodiscard]] PostingKeyboard& keyboard() { return keyboard_; }
     [[nodiscard]] BorrowedKeys& borrowed() { return borrowed_; }
 
  private:
-    X11Connection& connection_;
-    PostingKeyboard& keyboard_;
     BorrowedKeys borrowed_;
-    XkbKeymap keymap_;
+    PostingKeyboard keyboard_;
+    int edition_ = 0;
     std::map<xkb_layout_index_t, CharacterKeys> characters_;
-    KeymapWatch watch_;
 };
 
 } // namespace lorvane

@@ -23,12 +23,16 @@ QCoro::Task<bool> WindowPing::answer(TaskScope scope) {
     if (window == XCB_WINDOW_NONE) {
         co_return false;
     }
+    if (const auto asked = answers_.find(window); asked != answers_.end() && !asked->second) {
+        co_return false;
+    }
     listen(true);
     answered_ = Completion<bool>();
     const Completion<bool> answered = answered_;
     ask(window);
     const Handle tooLate = clock_.after(patience, [answered] { answered.complete(false); });
     const bool came = co_await answered.wait(scope);
+    answers_[window] = answers_[window] || came;
     co_return came;
 }
 
@@ -61,7 +65,11 @@ void WindowPing::listen(bool on) {
     connection_.flush();
 }
 
-void WindowPing::end() { listen(false); }
+// A number of a window may mean another one by the next time.
+void WindowPing::end() {
+    answers_.clear();
+    listen(false);
+}
 
 void WindowPing::ask(xcb_window_t window) {
     window_ = window;

@@ -4,6 +4,8 @@
 #include "base/Task.h"
 #include "platform/linux/x11/X11Connection.h"
 
+#include <map>
+
 namespace lorvane {
 
 /// Asks the active window for a sign of life (_NET_WM_PING of the Extended Window Manager Hints). The
@@ -16,7 +18,8 @@ class WindowPing {
     WindowPing& operator=(const WindowPing&) = delete;
     ~WindowPing() { end(); }
 
-    /// Whether the application answered within 100 ms; false at once when its window knows no such question.
+    /// Whether the application answered within 100 ms; false at once when its window knows no such question,
+    /// or has left the first one without an answer: some answer to the window manager alone.
     QCoro::Task<bool> answer(TaskScope scope);
     /// No more questions for now: the answers, which come to the root window with much else, are not listened
     /// to any more.
@@ -34,6 +37,8 @@ class WindowPing {
     xcb_window_t window_ = XCB_WINDOW_NONE;
     std::uint32_t stamp_ = 0;
     Completion<bool> answered_;
+    /// Whether it answers, of windows that have been asked.
+    std::map<xcb_window_t, bool> answers_;
     Handle events_;
 };
 

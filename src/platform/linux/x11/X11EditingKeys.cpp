@@ -15,10 +15,6 @@ constexpr XKeyCode usualRight = 114;
 
 } // namespace
 
-X11EditingKeys::X11EditingKeys(X11Connection& connection)
-    : connection_(connection), keyboards_(connection), keyboard_(connection),
-      watch_(connection, [](XKeyCode) { return false; }) {}
-
 std::uint32_t X11EditingKeys::modifierFlags() {
     keyboards_.refresh();
     std::uint32_t flags = 0;
@@ -31,27 +27,21 @@ std::uint32_t X11EditingKeys::modifierFlags() {
 }
 
 void X11EditingKeys::press(EditingKey key) {
-    const auto moment = canPost() ? keyboard_.moment() : std::nullopt;
+    const auto moment = keyboard_.moment();
     if (!moment) {
         return;
     }
-    if (watch_.takeChange()) {
-        findKeys();
-    }
-    const XKeyCode code = key == EditingKey::rightArrow ? right_ : backSpace_;
+    const XKeyCode code = keyOf(key);
     keyboard_.lift(moment->heldModifiers);
     keyboard_.fakeKey(code, true);
     keyboard_.fakeKey(code, false);
     connection_.flush();
 }
 
-void X11EditingKeys::findKeys() {
-    const XkbKeymap keymap = keyboard_.readKeymap();
-    const auto find = [&keymap](xkb_keysym_t symbol, XKeyCode usual) {
-        return keymap ? keyOfSymbol(keymap.get(), 0, symbol).value_or(usual) : usual;
-    };
-    right_ = find(XKB_KEY_Right, usualRight);
-    backSpace_ = find(XKB_KEY_BackSpace, usualBackSpace);
+XKeyCode X11EditingKeys::keyOf(EditingKey key) {
+    return key == EditingKey::rightArrow
+               ? keyOfSymbol(keyboard_.keymap(), 0, XKB_KEY_Right).value_or(usualRight)
+               : keyOfSymbol(keyboard_.keymap(), 0, XKB_KEY_BackSpace).value_or(usualBackSpace);
 }
 
 } // namespace lorvane

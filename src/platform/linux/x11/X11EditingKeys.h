@@ -2,7 +2,6 @@
 #pragma once
 
 #include "core/EditingKeys.h"
-#include "platform/linux/x11/KeymapWatch.h"
 #include "platform/linux/x11/PostingKeyboard.h"
 #include "platform/linux/x11/X11Connection.h"
 #include "platform/linux/x11/X11Keyboards.h"
@@ -12,7 +11,8 @@ namespace lorvane {
 /// By the XTEST extension, and by the state of each of the user's own keyboards. Main thread.
 class X11EditingKeys final : public EditingKeys {
  public:
-    explicit X11EditingKeys(X11Connection& connection);
+    explicit X11EditingKeys(X11Connection& connection)
+        : connection_(connection), keyboards_(connection), keyboard_(connection) {}
     X11EditingKeys(const X11EditingKeys&) = delete;
     X11EditingKeys& operator=(const X11EditingKeys&) = delete;
 
@@ -22,14 +22,11 @@ class X11EditingKeys final : public EditingKeys {
     void press(EditingKey key) override;
 
  private:
-    void findKeys();
+    [[nodiscard]] XKeyCode keyOf(EditingKey key);
 
     X11Connection& connection_;
     X11Keyboards keyboards_;
     PostingKeyboard keyboard_;
-    KeymapWatch watch_;
-    XKeyCode right_ = 0;
-    XKeyCode backSpace_ = 0;
 };
 
 } // namespace lorvane

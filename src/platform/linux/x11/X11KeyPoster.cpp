@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/linux/x11/X11KeyPoster.h"
 
+#include <algorithm>
+
 namespace lorvane {
 
 namespace {
 
 constexpr qsizetype longestFragment = 12;
+/// For keys that have been typed with and get another symbol before anyone has read back what they gave.
+constexpr Duration betweenRounds = std::chrono::milliseconds(20);
 
 /// Holds a modifier over neighbouring strokes that need it.
 class HeldKey {
@@ -30,18 +34,19 @@ class HeldKey {
 } // namespace
 
 X11KeyPoster::X11KeyPoster(X11Connection& connection, Clock& clock, SettleTime settleTime)
-    : connection_(connection), clock_(clock), settleTime_(std::move(settleTime)), keyboard_(connection),
-      layout_(connection, keyboard_), ping_(connection, clock) {}
+    : connection_(connection), clock_(clock), settleTime_(std::move(settleTime)), layout_(connection),
+      ping_(connection, clock) {}
 
 QCoro::Task<bool> X11KeyPoster::canPost(PostingTarget /*target*/, TaskScope /*scope*/) {
-    co_return keyboard_.canPost() && layout_.refresh();
+    co_return layout_.refresh();
 }
 
 QCoro::Task<PostOutcome> X11KeyPoster::post(PostingTarget target, QString text, TaskScope scope) {
     const auto characters = text.size() <= longestFragment ? typeable(text) : std::nullopt;
-    if (!characters || !layout_.refresh()) {
+    if (!characters) {
         co_return PostOutcome::refused;
     }
+    const Duration settleTime = settleTime_(target.application);
     std::u32string_view rest = *characters;
     const auto failed = [&] {
         return rest.size() == characters->size() ? PostOutcome::refused : PostOutcome::unknown;
@@ -49,7 +54,7 @@ QCoro::Task<PostOutcome> X11KeyPoster::post(PostingTarget target, QString text, 
     // A round whose keys had to be changed is planned once more when that has settled: the layout in force,
     // Caps Lock and what is held are those of the moment in which the keys go out.
     for (std::size_t changes = 0; !rest.empty();) {
-        const auto moment = keyboard_.moment();
+        const auto moment = layout_.refresh() ? layout_.keyboard().moment() : std::nullopt;
         if (!moment || changes > characters->size()) {
             co_return failed();
         }
@@ -65,21 +70,20 @@ QCoro::Task<PostOutcome> X11KeyPoster::post(PostingTarget target, QString text, 
         }
         if (rest.size() < characters->size()) {
             // The keys of the round before are read by their symbols of now.
-            co_await settle(target.application, scope);
+            co_await settle(std::max(settleTime, betweenRounds), scope);
         }
         ++changes;
         layout_.borrowed().change(round.changes);
         connection_.flush();
-        co_await settle(target.application, scope);
+        co_await settle(settleTime, scope);
     }
     co_return connection_.isAlive() ? PostOutcome::posted : PostOutcome::unknown;
 }
 
-QCoro::Task<void> X11KeyPoster::settle(RunningApplication application, TaskScope scope) {
-    const QCoro::Task<bool> answer = ping_.answer(scope);
-    (void)co_await answer;
-    const Duration time = settleTime_(application);
+QCoro::Task<void> X11KeyPoster::settle(Duration time, TaskScope scope) {
     if (time > Duration::zero()) {
+        const QCoro::Task<bool> answer = ping_.answer(scope);
+        (void)co_await answer;
         co_await sleep(clock_, time, scope);
     }
 }
@@ -92,23 +96,24 @@ void X11KeyPoster::type(const std::vector<KeyStroke>& strokes, const CharacterKe
             held.push_back(stroke.key);
         }
     }
-    keyboard_.lift(held);
+    PostingKeyboard& keyboard = layout_.keyboard();
+    keyboard.lift(held);
     if (moment.capsLock) {
-        keyboard_.lockCaps(false);
+        keyboard.lockCaps(false);
     }
     {
-        HeldKey shift(keyboard_, layout.shiftKey());
-        HeldKey thirdLevel(keyboard_, layout.thirdLevelKey());
+        HeldKey shift(keyboard, layout.shiftKey());
+        HeldKey thirdLevel(keyboard, layout.thirdLevelKey());
         for (const KeyStroke& stroke : strokes) {
             shift.hold(stroke.shift);
             thirdLevel.hold(stroke.thirdLevel);
-            keyboard_.fakeKey(stroke.key, true);
-            keyboard_.fakeKey(stroke.key, false);
+            keyboard.fakeKey(stroke.key, true);
+            keyboard.fakeKey(stroke.key, false);
             layout_.borrowed().use(stroke.key);
         }
     }
     if (moment.capsLock) {
-        keyboard_.lockCaps(true);
+        keyboard.lockCaps(true);
     }
     connection_.flush();
 }

@@ -15,7 +15,8 @@ namespace lorvane {
 /// keys that it leaves without a symbol. Main thread.
 class X11KeyPoster final : public FragmentPoster {
  public:
-    /// How long an application may take, after it has answered, to know keys by new symbols.
+    /// How long an application may take, after it has answered, to know keys by new symbols. Zero when it
+    /// reads them in the order of its events: then its answer is not waited for either.
     using SettleTime = std::function<Duration(const RunningApplication&)>;
 
     X11KeyPoster(X11Connection& connection, Clock& clock, SettleTime settleTime);
@@ -30,14 +31,13 @@ class X11KeyPoster final : public FragmentPoster {
     void finish() override;
 
  private:
-    QCoro::Task<void> settle(RunningApplication application, TaskScope scope);
+    QCoro::Task<void> settle(Duration time, TaskScope scope);
     void type(const std::vector<KeyStroke>& strokes, const CharacterKeys& layout,
               const KeyboardMoment& moment);
 
     X11Connection& connection_;
     Clock& clock_;
     SettleTime settleTime_;
-    PostingKeyboard keyboard_;
     TypingLayout layout_;
     WindowPing ping_;
 };

@@ -66,9 +66,8 @@ std::vector<XKeyCode> X11PasteKeys::heldModifiers() {
 }
 
 Chord X11PasteKeys::chordFor(PasteRoute route) {
-    const XkbKeymap keymap = keyboard_.readKeymap();
     const auto moment = keyboard_.moment();
-    return keymap && moment ? pasteChord(keymap.get(), moment->group, route) : Chord();
+    return moment ? pasteChord(keyboard_.keymap(), moment->group, route) : Chord();
 }
 
 void X11PasteKeys::fakeKey(XKeyCode key, bool press) {

@@ -6,6 +6,10 @@
 #include "support/DesktopApps.h"
 #include "support/FieldReader.h"
 
+#include <QEventLoop>
+
+#include <iostream>
+
 namespace lorvane {
 
 /// Types a text as the program does: a fragment at a time, each one read back before the next goes out.
@@ -37,8 +41,18 @@ class TypingFixture : public X11DesktopFixture {
         const TaskHandle task = startTask([&, this](TaskScope scope) -> QCoro::Task<void> {
             outcome = co_await poster.post(target, fragment, scope);
         });
-        EXPECT_TRUE(waitUntil([&] { return !task.isRunning(); }));
+        EXPECT_TRUE(waitClosely([&] { return !task.isRunning(); }));
         return outcome;
+    }
+    /// Looks every millisecond, for times to be worth something.
+    bool waitClosely(const std::function<bool()>& condition) {
+        const Instant deadline = clock.now() + std::chrono::seconds(3);
+        while (!condition() && clock.now() < deadline) {
+            QEventLoop loop;
+            const Handle next = clock.after(std::chrono::milliseconds(1), [&loop] { loop.quit(); });
+            loop.exec();
+        }
+        return condition();
     }
     /// Into an empty field. Ends with the first fragment that does not arrive.
     Typed type(const DesktopApp& app, const QString& text) {
@@ -52,7 +66,10 @@ class TypingFixture : public X11DesktopFixture {
             const Instant before = clock.now();
             expected += fragment;
             EXPECT_EQ(post(app, fragment), PostOutcome::posted);
-            (void)waitUntil([&] { return (typed.text = read(reader)) == expected; }, std::chrono::seconds(2));
+            const Instant posted = clock.now();
+            (void)waitClosely([&] { return (typed.text = read(reader)) == expected; });
+            std::cerr << inSeconds(posted - before) * 1000 << "/" << inSeconds(clock.now() - posted) * 1000
+                      << " ";
             typed.fragments.push_back(clock.now() - before);
             if (typed.text != expected) {
                 break;

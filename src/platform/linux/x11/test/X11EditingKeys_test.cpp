@@ -61,6 +61,16 @@ TEST_F(X11EditingKeysTest, SyntheticKeysDoNotCount) {
     fake(keycode::rightControl, false);
 }
 
+TEST(X11EditingKeys, WithoutADisplayNothingIsHeldAndNothingPosted) {
+    QtClock clock;
+    DiagnosticLog log(clock, std::nullopt, [](const QString&) {});
+    X11Connection connection(log, ":97531");
+    X11EditingKeys keys(connection);
+    EXPECT_FALSE(keys.canPost());
+    EXPECT_EQ(keys.modifierFlags(), 0U);
+    keys.press(EditingKey::rightArrow);
+}
+
 TEST_F(X11EditingKeysTest, BackspaceTakesOneCharacterBack) {
     const auto editor = DesktopApp::mousepad("one two");
     hand.chord({keycode::leftControl, 115}); // End

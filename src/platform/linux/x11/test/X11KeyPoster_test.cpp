@@ -69,6 +69,77 @@ TEST_F(X11KeyPosterTest, CapsLockChangesNothingAndStaysOn) {
     EXPECT_TRUE(capsIsLocked());
 }
 
+TEST_F(X11KeyPosterTest, CapsLockChangesNothingInQtAndChromium) {
+    hand.tap(capsLock);
+    {
+        const auto fields = DesktopApp::command(QStringLiteral(QT_FIELDS), {});
+        expectTyped(*fields, everything);
+    }
+    settleTime = std::chrono::milliseconds(10);
+    const auto browser = DesktopApp::chromium();
+    expectTyped(*browser, everything);
+}
+
+TEST_F(X11KeyPosterTest, SecondLayoutIsTypedOnInChromium) {
+    useLayout({"us,ru", "-option", "grp:rctrl_toggle"});
+    hand.tap(keycode::rightControl);
+    settleTime = std::chrono::milliseconds(10);
+    const auto browser = DesktopApp::chromium();
+    expectTyped(*browser, everything);
+}
+
+TEST_F(X11KeyPosterTest, NothingIsWaitedForWhereNoKeyIsChanged) {
+    const auto editor = DesktopApp::mousepad();
+    editor->hang();
+    settleTime = std::chrono::seconds(10);
+    EXPECT_EQ(post(*editor, "late"), PostOutcome::posted);
+    editor->wake();
+    EXPECT_EQ(editor->waitForText("late"), "late");
+}
+
+TEST_F(X11KeyPosterTest, ApplicationThatHangsIsWaitedForABoundedTime) {
+    const auto editor = DesktopApp::mousepad();
+    EXPECT_EQ(post(*editor, "ж"), PostOutcome::posted);
+    EXPECT_EQ(editor->waitForText("ж"), "ж");
+    editor->hang();
+    const Instant before = clock.now();
+    EXPECT_EQ(post(*editor, "я"), PostOutcome::posted);
+    EXPECT_GE(clock.now() - before, std::chrono::milliseconds(100));
+    editor->wake();
+    EXPECT_EQ(editor->waitForText("жя"), "жя");
+}
+
+TEST_F(X11KeyPosterTest, CancelledTypingEndsBeforeItsKeysGoOut) {
+    const auto editor = DesktopApp::mousepad();
+    settleTime = std::chrono::seconds(10);
+    const PostingTarget target{{editor->pid(), {}, {}}, FieldElement(QStringLiteral("field")), 0};
+    TaskHandle task = startTask([&, this](TaskScope scope) -> QCoro::Task<void> {
+        (void)co_await poster.post(target, QStringLiteral("жя"), scope);
+    });
+    ASSERT_TRUE(task.isRunning());
+    task.cancel();
+    EXPECT_FALSE(task.isRunning());
+    EXPECT_EQ(post(*editor, "ok"), PostOutcome::posted);
+    EXPECT_EQ(editor->waitForText("ok"), "ok");
+}
+
+TEST(X11KeyPoster, WithoutADisplayEverythingIsRefused) {
+    QtClock clock;
+    DiagnosticLog log(clock, std::nullopt, [](const QString&) {});
+    X11Connection connection(log, ":97531");
+    X11KeyPoster poster(connection, clock, [](const RunningApplication&) { return Duration::zero(); });
+    const PostingTarget target{{}, FieldElement(QString()), 0};
+    std::optional<bool> can;
+    std::optional<PostOutcome> outcome;
+    const TaskHandle task = startTask([&](TaskScope scope) -> QCoro::Task<void> {
+        can = co_await poster.canPost(target, scope);
+        outcome = co_await poster.post(target, QStringLiteral("a"), scope);
+    });
+    EXPECT_EQ(can, false);
+    EXPECT_EQ(outcome, PostOutcome::refused);
+    poster.finish();
+}
+
 struct Layout {
     const char* name;
     QStringList arguments;
