@@ -30,7 +30,7 @@ class AtspiBus : public QObject {
     Q_OBJECT
 
  public:
-    /// One call never takes longer.
+    /// What a call may take at most where nothing else is said.
     static constexpr Duration callBound = std::chrono::milliseconds(150);
 
     /// `session`: where the accessibility bus's address is asked for. Connecting begins at once.

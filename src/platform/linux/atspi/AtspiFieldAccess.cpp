@@ -118,7 +118,10 @@ QCoro::Task<std::optional<bool>> AtspiFieldAccess::stillFocused(AccessibleRef fi
     }
     const Duration bound = std::max(deadline - clock_.now(), Duration::zero());
     const auto asked = bus_.call(field, atspi::accessibleInterface, QStringLiteral("GetState"), {}, bound);
+    // Whoever asks for the focused field mostly reads it next.
+    reader_.askAhead(field, bound);
     const auto reply = co_await asked.wait(scope);
+    reader_.endAhead();
     if (reply.timedOut()) {
         patience_.putAside(field.bus, clock_.now());
         co_return std::nullopt;
@@ -129,6 +132,18 @@ QCoro::Task<std::optional<bool>> AtspiFieldAccess::stillFocused(AccessibleRef fi
         tracker_.dropFocus(field.bus);
     }
     co_return focused;
+}
+
+void AtspiFieldAccess::awaitAnswer(const QString& bus) {
+    awaited_.start([this, bus](TaskScope scope) -> QCoro::Task<void> {
+        const AccessibleRef root{bus, atspi::rootPath};
+        const auto asked = bus_.property(root, atspi::applicationInterface, QStringLiteral("ToolkitName"),
+                                         PatienceList::rest);
+        const auto reply = co_await asked.wait(scope);
+        if (!reply.timedOut()) {
+            patience_.heardFrom(bus);
+        }
+    });
 }
 
 void AtspiFieldAccess::handle(const FocusEvent& event) {

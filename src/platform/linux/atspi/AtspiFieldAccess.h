@@ -37,6 +37,8 @@ class AtspiFieldAccess final : public FieldAccess {
     /// Whether the field has the focus still; absent when its application is silent.
     QCoro::Task<std::optional<bool>> stillFocused(AccessibleRef field, Instant deadline, TaskScope scope);
     QCoro::Task<void> lookOnce(TaskScope scope);
+    /// Asks a silent application once more, with all the time it is put aside for.
+    void awaitAnswer(const QString& bus);
     void handle(const FocusEvent& event);
     void connectionChanged();
     [[nodiscard]] Instant deadline() const;
@@ -45,7 +47,7 @@ class AtspiFieldAccess final : public FieldAccess {
     AccessibilitySwitch& switch_;
     const Workspace& workspace_;
     Clock& clock_;
-    PatienceList patience_;
+    PatienceList patience_{[this](const QString& bus) { awaitAnswer(bus); }};
     FocusTracker tracker_;
     FocusSearch search_;
     FieldReader reader_;
@@ -58,6 +60,7 @@ class AtspiFieldAccess final : public FieldAccess {
     Handle events_;
     Handle connection_;
     TaskHandle firstLook_;
+    TaskGroup awaited_;
 };
 
 } // namespace lorvane

@@ -38,12 +38,13 @@ QCoro::Task<PostOutcome> AtspiInsertion::post(PostingTarget target, QString text
     if (!place) {
         co_return PostOutcome::refused;
     }
-    const auto outcome = co_await insert(field, *place, text, scope);
+    const auto outcome = co_await insert(target, *place, text, scope);
     co_return outcome;
 }
 
-QCoro::Task<PostOutcome> AtspiInsertion::insert(AccessibleRef field, FieldReader::Place place, QString text,
+QCoro::Task<PostOutcome> AtspiInsertion::insert(PostingTarget target, FieldReader::Place place, QString text,
                                                 TaskScope scope) {
+    const AccessibleRef field = accessibleOf(target.element);
     const QString toolkit = fields_.reader().toolkitName(field.bus);
     const QVariantList arguments{static_cast<int>(place.position), text,
                                  static_cast<int>(insertionLength(toolkit, text))};
@@ -51,6 +52,7 @@ QCoro::Task<PostOutcome> AtspiInsertion::insert(AccessibleRef field, FieldReader
         bus_.call(field, atspi::editableTextInterface, QStringLiteral("InsertText"), arguments);
     const auto askCount = bus_.property(field, atspi::textInterface, QStringLiteral("CharacterCount"));
     const auto askCaret = bus_.property(field, atspi::textInterface, QStringLiteral("CaretOffset"));
+    fields_.reader().expectBehind(field, place, target.caret, text);
     const auto inserted = co_await inserting.wait(scope);
     if (inserted.timedOut()) {
         fields_.patience().putAside(field.bus, clock_.now());

@@ -24,7 +24,7 @@ class AtspiInsertion final : public FragmentPoster {
     void finish() override {}
 
  private:
-    QCoro::Task<PostOutcome> insert(AccessibleRef field, FieldReader::Place place, QString text,
+    QCoro::Task<PostOutcome> insert(PostingTarget target, FieldReader::Place place, QString text,
                                     TaskScope scope);
     [[nodiscard]] bool isAside(const AccessibleRef& field);
 

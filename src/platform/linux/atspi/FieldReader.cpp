@@ -2,12 +2,15 @@
 #include "platform/linux/atspi/FieldReader.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace lorvane {
 
 namespace {
 constexpr qint64 firstPiece = 256;
 constexpr qint64 largestPiece = 1 << 18;
+/// A reading that follows by itself, with nothing done in between.
+constexpr Duration atOnce = std::chrono::milliseconds(2);
 /// A field that nobody reads any more is not worth its application's events.
 constexpr Duration watchRest = std::chrono::seconds(10);
 constexpr qsizetype mostApplications = 256;
@@ -18,12 +21,13 @@ FieldReader::FieldReader(AtspiBus& bus, Clock& clock, PatienceList& patience)
 
 QCoro::Task<std::optional<FieldReading>> FieldReader::read(AccessibleRef field, Instant deadline,
                                                            TaskScope scope) {
-    const auto numbers = co_await readNumbers(field, deadline, scope);
+    const Questions asked = takeAhead(field, left(deadline));
+    const auto numbers = co_await readNumbers(asked, deadline, scope);
     if (!numbers) {
         co_return std::nullopt;
     }
     const auto toolkit = co_await toolkitOf(field.bus, deadline, scope);
-    const auto after = co_await readAfter(field, *numbers, deadline, scope);
+    const auto after = co_await readAfter(asked, *numbers, deadline, scope);
     if (!toolkit || !after) {
         co_return std::nullopt;
     }
@@ -67,22 +71,58 @@ QCoro::Task<std::optional<FieldReader::Place>> FieldReader::placeOf(AccessibleRe
     co_return place;
 }
 
-QCoro::Task<std::optional<FieldReader::Numbers>> FieldReader::readNumbers(AccessibleRef field,
-                                                                          Instant deadline, TaskScope scope) {
-    // All asked at once: one round trip.
-    const Duration bound = left(deadline);
-    const auto askState = bus_.call(field, atspi::accessibleInterface, QStringLiteral("GetState"), {}, bound);
-    const auto askRole = bus_.call(field, atspi::accessibleInterface, QStringLiteral("GetRole"), {}, bound);
-    const auto askCount = bus_.property(field, atspi::textInterface, QStringLiteral("CharacterCount"), bound);
-    const auto askCaret = bus_.property(field, atspi::textInterface, QStringLiteral("CaretOffset"), bound);
-    const auto askSelected =
-        bus_.call(field, atspi::textInterface, QStringLiteral("GetNSelections"), {}, bound);
-    const auto stateReply = co_await askState.wait(scope);
-    note(field, stateReply);
-    const auto roleReply = co_await askRole.wait(scope);
-    const auto countReply = co_await askCount.wait(scope);
-    const auto caretReply = co_await askCaret.wait(scope);
-    const auto selectedReply = co_await askSelected.wait(scope);
+FieldReader::Questions FieldReader::ask(const AccessibleRef& field, Duration bound) {
+    Questions asked;
+    asked.field = field;
+    asked.states = bus_.call(field, atspi::accessibleInterface, QStringLiteral("GetState"), {}, bound);
+    asked.role = bus_.call(field, atspi::accessibleInterface, QStringLiteral("GetRole"), {}, bound);
+    asked.count = bus_.property(field, atspi::textInterface, QStringLiteral("CharacterCount"), bound);
+    asked.caret = bus_.property(field, atspi::textInterface, QStringLiteral("CaretOffset"), bound);
+    asked.selections = bus_.call(field, atspi::textInterface, QStringLiteral("GetNSelections"), {}, bound);
+    if (!seen_ || !(seen_->field == field)) {
+        return asked;
+    }
+    asked.expected = seen_->place;
+    const qint64 behind = asked.expected.count - asked.expected.position;
+    if (behind > 0 && behind <= firstPiece) {
+        const QVariantList range{static_cast<int>(asked.expected.position),
+                                 static_cast<int>(asked.expected.count)};
+        asked.after = bus_.call(field, atspi::textInterface, QStringLiteral("GetText"), range, bound);
+    }
+    return asked;
+}
+
+void FieldReader::askAhead(const AccessibleRef& field, Duration bound) {
+    ahead_.reset();
+    if (seen_ && seen_->field == field) {
+        ahead_ = ask(field, bound);
+        aheadEnd_ = Instant::max();
+    }
+}
+
+void FieldReader::endAhead() { aheadEnd_ = clock_.now() + atOnce; }
+
+FieldReader::Questions FieldReader::takeAhead(const AccessibleRef& field, Duration bound) {
+    const auto ahead = std::exchange(ahead_, std::nullopt);
+    const bool fits = ahead && ahead->field == field && clock_.now() < aheadEnd_;
+    return fits ? *ahead : ask(field, bound);
+}
+
+void FieldReader::expectBehind(const AccessibleRef& field, Place place, qint64 caret, const QString& text) {
+    ahead_.reset();
+    place.position += lengthIn(place.unit, text);
+    place.count += lengthIn(place.unit, text);
+    seen_ = Seen{field, caret + text.size(), place};
+}
+
+QCoro::Task<std::optional<FieldReader::Numbers>> FieldReader::readNumbers(Questions asked, Instant deadline,
+                                                                          TaskScope scope) {
+    const auto stateReply = co_await asked.states.wait(scope);
+    note(asked.field, stateReply);
+    const auto roleReply = co_await asked.role.wait(scope);
+    const auto countReply = co_await asked.count.wait(scope);
+    const auto caretReply = co_await asked.caret.wait(scope);
+    const auto selectedReply = co_await asked.selections.wait(scope);
     const auto states = stateReply.states();
     const auto role = roleReply.number();
     const auto count = countReply.number();
@@ -92,7 +132,7 @@ QCoro::Task<std::optional<FieldReader::Numbers>> FieldReader::readNumbers(Access
         co_return std::nullopt;
     }
     if (selectedReply.number().value_or(0) > 0) {
-        const auto start = co_await selectionStart(field, deadline, scope);
+        const auto start = co_await selectionStart(asked.field, deadline, scope);
         caret = start ? start : caret;
     }
     const bool multiLine = states->has(atspi::stateMultiLine) && !states->has(atspi::stateSingleLine);
@@ -137,13 +177,20 @@ QCoro::Task<std::optional<QString>> FieldReader::fetchBefore(AccessibleRef field
     co_return text;
 }
 
-QCoro::Task<std::optional<QString>> FieldReader::readAfter(AccessibleRef field, Numbers numbers,
-                                                           Instant deadline, TaskScope scope) {
+QCoro::Task<std::optional<QString>> FieldReader::readAfter(Questions asked, Numbers numbers, Instant deadline,
+                                                           TaskScope scope) {
+    if (asked.after && asked.expected.count == numbers.count && asked.expected.position == numbers.caret) {
+        const auto reply = co_await asked.after->wait(scope);
+        auto text = reply.text();
+        if (text && !text->isEmpty()) {
+            co_return text;
+        }
+    }
     QString after;
     qint64 piece = firstPiece;
     for (qint64 at = numbers.caret; at < numbers.count && isBlank(after);) {
         const qint64 end = std::min(numbers.count, at + piece);
-        const auto text = co_await readText(field, at, end, deadline, scope);
+        const auto text = co_await readText(asked.field, at, end, deadline, scope);
         if (!text) {
             co_return std::nullopt;
         }

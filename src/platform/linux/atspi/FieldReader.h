@@ -35,6 +35,13 @@ class FieldReader {
     /// had its caret there; otherwise the field is read again.
     QCoro::Task<std::optional<Place>> placeOf(AccessibleRef field, qint64 caret, Instant deadline,
                                               TaskScope scope);
+    /// So much text was posted at that place: where the next reading will probably find the caret.
+    void expectBehind(const AccessibleRef& field, Place place, qint64 caret, const QString& text);
+    /// Sends the questions of a reading already, of a field that was read before: for a reading that follows
+    /// another question to the same application at once, in one round trip with it.
+    void askAhead(const AccessibleRef& field, Duration bound);
+    /// That other question was answered: a reading from now on is to be asked anew.
+    void endAhead();
     /// Of an application whose field was read; empty otherwise.
     [[nodiscard]] QString toolkitName(const QString& bus) const { return toolkits_.value(bus); }
     /// How often a field's text was fetched whole or up to its caret.
@@ -46,20 +53,34 @@ class FieldReader {
         qint64 caret = 0;
         bool multiLine = false;
     };
-    /// Where the caret stood at the last reading, in both units.
+    /// The questions of one reading, sent together.
+    struct Questions {
+        AccessibleRef field;
+        Completion<AtspiReply> states;
+        Completion<AtspiReply> role;
+        Completion<AtspiReply> count;
+        Completion<AtspiReply> caret;
+        Completion<AtspiReply> selections;
+        /// What is behind the caret if it stands where it is expected.
+        std::optional<Completion<AtspiReply>> after;
+        Place expected;
+    };
+    /// Where the caret stood at the last reading, or has to stand after what was posted, in both units.
     struct Seen {
         AccessibleRef field;
         qint64 caret = 0;
         Place place;
     };
-    QCoro::Task<std::optional<Numbers>> readNumbers(AccessibleRef field, Instant deadline, TaskScope scope);
+    [[nodiscard]] Questions ask(const AccessibleRef& field, Duration bound);
+    [[nodiscard]] Questions takeAhead(const AccessibleRef& field, Duration bound);
+    QCoro::Task<std::optional<Numbers>> readNumbers(Questions asked, Instant deadline, TaskScope scope);
     QCoro::Task<std::optional<qint64>> selectionStart(AccessibleRef field, Instant deadline, TaskScope scope);
     QCoro::Task<std::optional<QString>> readText(AccessibleRef field, qint64 from, qint64 to,
                                                  Instant deadline, TaskScope scope);
     /// Everything before `to`: the costly reading of a large field.
     QCoro::Task<std::optional<QString>> fetchBefore(AccessibleRef field, qint64 to, Instant deadline,
                                                     TaskScope scope);
-    QCoro::Task<std::optional<QString>> readAfter(AccessibleRef field, Numbers numbers, Instant deadline,
+    QCoro::Task<std::optional<QString>> readAfter(Questions asked, Numbers numbers, Instant deadline,
                                                   TaskScope scope);
     QCoro::Task<std::optional<QString>> toolkitOf(QString bus, Instant deadline, TaskScope scope);
     QCoro::Task<std::optional<qint64>> pairsIn(AccessibleRef field, qint64 count, Instant deadline,
@@ -83,6 +104,8 @@ class FieldReader {
     QHash<QString, QString> toolkits_;
     QHash<QString, TextUnit> units_;
     std::optional<Seen> seen_;
+    std::optional<Questions> ahead_;
+    Instant aheadEnd_ = Instant::max();
     int fetches_ = 0;
     AccessibleRef watched_;
     TextLedger ledger_;

@@ -6,6 +6,8 @@
 #include <QHash>
 #include <QString>
 
+#include <functional>
+
 namespace lorvane {
 
 /// Applications that did not answer in time. One is not asked again until it is heard from, or for three
@@ -14,7 +16,18 @@ class PatienceList {
  public:
     static constexpr Duration rest = std::chrono::seconds(3);
 
-    void putAside(const QString& bus, Instant now) { until_.insert(bus, now + rest); }
+    PatienceList() = default;
+    /// `wentAside`: told of each application that is put aside and was not yet.
+    explicit PatienceList(std::function<void(const QString& bus)> wentAside)
+        : wentAside_(std::move(wentAside)) {}
+
+    void putAside(const QString& bus, Instant now) {
+        const bool isNew = !isAside(bus, now);
+        until_.insert(bus, now + rest);
+        if (isNew && wentAside_) {
+            wentAside_(bus);
+        }
+    }
     void heardFrom(const QString& bus) { until_.remove(bus); }
     [[nodiscard]] bool isAside(const QString& bus, Instant now) {
         const auto found = until_.constFind(bus);
@@ -29,6 +42,7 @@ class PatienceList {
     }
 
  private:
+    std::function<void(const QString&)> wentAside_;
     QHash<QString, Instant> until_;
 };
 

@@ -119,7 +119,9 @@ TEST_P(Insertion, WhatAHungProgramWasSentIsUnknownAndLandsWhenItWakes) {
     ::kill(static_cast<pid_t>(fields.id()), SIGCONT);
     EXPECT_LE(inSeconds(once - before), 0.3);
     EXPECT_LE(inSeconds(thrice - once), 0.1);
+    const Instant woken = clock.now();
     EXPECT_TRUE(reads(fields.id(), 4, 4, QString()));
+    EXPECT_LE(inSeconds(clock.now() - woken), 1.5) << "it was not asked again when it answered";
     EXPECT_TRUE(holds(QStringLiteral("late")));
 }
 

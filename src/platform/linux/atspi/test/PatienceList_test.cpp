@@ -30,5 +30,22 @@ TEST(PatienceList, ItIsTriedAgainAfterThreeSeconds) {
     EXPECT_FALSE(list.isAside(hung, Instant() + seconds(3)));
 }
 
+TEST(PatienceList, GoingAsideIsToldOnceUntilTheApplicationIsBack) {
+    int told = 0;
+    PatienceList patience{[&told](const QString& bus) {
+        EXPECT_EQ(bus, QStringLiteral(":1.7"));
+        ++told;
+    }};
+    const Instant start{};
+    patience.putAside(QStringLiteral(":1.7"), start);
+    patience.putAside(QStringLiteral(":1.7"), start);
+    EXPECT_EQ(told, 1);
+    patience.heardFrom(QStringLiteral(":1.7"));
+    patience.putAside(QStringLiteral(":1.7"), start);
+    EXPECT_EQ(told, 2);
+    patience.putAside(QStringLiteral(":1.7"), start + PatienceList::rest);
+    EXPECT_EQ(told, 3);
+}
+
 } // namespace
 } // namespace lorvane
