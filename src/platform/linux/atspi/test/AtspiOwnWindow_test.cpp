@@ -87,8 +87,8 @@ TEST_F(OwnWindow, FragmentsGoIntoOurOwnFieldsAndTheMainLoopNeverStands) {
     std::cout << "longest gap of the main loop " << longestGap << " ms\n";
     EXPECT_EQ(area.toPlainText(), dictation(300).join(QString()));
     EXPECT_EQ(line.text(), mixedFragment.repeated(20));
-    // A call that waited for ourselves would stand for its whole bound of 150 ms.
-    EXPECT_LE(longestGap, 50);
+    // A call that waited for ourselves would stand for its whole bound of 150 ms; a busy machine takes tens.
+    EXPECT_LE(longestGap, 120);
 }
 
 } // namespace
