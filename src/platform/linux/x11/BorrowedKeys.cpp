@@ -50,10 +50,14 @@ BorrowedKeys::Carried BorrowedKeys::carriedByKeys() {
     carried.fill(XKB_KEY_NoSymbol);
     for (const auto& cookie : cookies) {
         const auto map = connection_.reply(xcb_input_get_device_key_mapping_reply, cookie);
-        const int symbols = map ? xcb_input_get_device_key_mapping_keysyms_length(map.get()) : 0;
-        for (int i = 0; i < symbols; ++i) {
-            merge(carried[static_cast<std::size_t>(firstKey + i / map->keysyms_per_keycode)],
-                  xcb_input_get_device_key_mapping_keysyms(map.get())[i]);
+        if (!map || map->keysyms_per_keycode == 0) {
+            continue;
+        }
+        const auto* const symbols = xcb_input_get_device_key_mapping_keysyms(map.get());
+        const auto count =
+            static_cast<std::size_t>(xcb_input_get_device_key_mapping_keysyms_length(map.get()));
+        for (std::size_t i = 0; i < count; ++i) {
+            merge(carried.at(firstKey + i / map->keysyms_per_keycode), symbols[i]);
         }
     }
     const auto modifiers = connection_.reply(xcb_get_modifier_mapping_reply, modifiersCookie);

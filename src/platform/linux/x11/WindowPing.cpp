@@ -92,9 +92,15 @@ void WindowPing::handleEvent(const xcb_generic_event_t& event) {
         return;
     }
     const auto& message = reinterpret_cast<const xcb_client_message_event_t&>(event);
-    if (message.type == connection_.atom("WM_PROTOCOLS") &&
-        message.data.data32[0] == connection_.atom("_NET_WM_PING") && message.data.data32[1] == stamp_ &&
-        message.data.data32[2] == window_) {
+    if (message.type != connection_.atom("WM_PROTOCOLS") ||
+        message.data.data32[0] != connection_.atom("_NET_WM_PING")) {
+        return;
+    }
+    // Late is better than never: it is worth asking again.
+    if (const auto asked = answers_.find(message.data.data32[2]); asked != answers_.end()) {
+        asked->second = true;
+    }
+    if (message.data.data32[1] == stamp_ && message.data.data32[2] == window_) {
         answered_.complete(true);
     }
 }

@@ -35,7 +35,8 @@ class WindowPing {
     Clock& clock_;
     bool listening_ = false;
     xcb_window_t window_ = XCB_WINDOW_NONE;
-    std::uint32_t stamp_ = 0;
+    /// Far from what window managers number their own questions by, which see our answers as well.
+    std::uint32_t stamp_ = 0xA0000000;
     Completion<bool> answered_;
     /// Whether it answers, of windows that have been asked.
     std::map<xcb_window_t, bool> answers_;

@@ -8,6 +8,7 @@
 
 #include <QEventLoop>
 
+#include <cmath>
 #include <iostream>
 
 namespace lorvane {
@@ -82,7 +83,7 @@ class TypingFixture : public X11DesktopFixture {
     void expectTyped(const DesktopApp& app, const QString& text) {
         const Typed typed = type(app, text);
         EXPECT_EQ(typed.text.toStdString(), text.toStdString());
-        std::cout << typed.charactersPerSecond << " characters/s\n";
+        std::cout << "[ measured ] " << std::lround(typed.charactersPerSecond) << " characters/s\n";
     }
     QByteArray mapOfAllKeys() {
         const ToolResult result = runTool("xkbcomp", {"-xkb", qEnvironmentVariable("DISPLAY"), "-"});

@@ -44,14 +44,19 @@ class X11KeyPosterTest : public TypingFixture {
 TEST_F(X11KeyPosterTest, TypesEveryScriptIntoAGtkEditor) {
     const auto editor = DesktopApp::mousepad();
     expectTyped(*editor, everything);
+    const auto moment = PostingKeyboard(connection).moment();
+    ASSERT_TRUE(moment);
+    EXPECT_TRUE(moment->down.none());
 }
 
 TEST_F(X11KeyPosterTest, TypesEveryScriptIntoAQt5Editor) {
+    settleTime = Duration::zero();
     const auto editor = DesktopApp::featherpad();
     expectTyped(*editor, everything);
 }
 
 TEST_F(X11KeyPosterTest, TypesEveryScriptIntoQt6) {
+    settleTime = Duration::zero();
     const auto editor = DesktopApp::command(QStringLiteral(QT_FIELDS), {});
     expectTyped(*editor, everything);
 }
