@@ -39,6 +39,14 @@ bool takesJson(Verb verb) { return verb == Verb::status || verb == Verb::doctor;
 
 } // namespace
 
+QStringList argumentsOf(int argc, const char* const* argv) {
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i) {
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    }
+    return arguments;
+}
+
 std::optional<Command> parseCommand(const QStringList& arguments, QString& problem) {
     Command command;
     if (arguments.isEmpty()) {

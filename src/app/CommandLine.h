@@ -14,6 +14,9 @@ struct Command {
     bool json = false;
 };
 
+/// What `main` was called with, without the program's name; needs no application object.
+[[nodiscard]] QStringList argumentsOf(int argc, const char* const* argv);
+
 /// The command in `arguments` (without the program's name), or nothing when they make none; `problem` says
 /// why.
 [[nodiscard]] std::optional<Command> parseCommand(const QStringList& arguments, QString& problem);

@@ -21,7 +21,6 @@ DesktopAdapters::DesktopAdapters(const Foundation& foundation, const QDBusConnec
           foundation, accessibilityBus, accessibilitySwitch,
           [this] { return display.isAlive() && capabilities.canPostKeys(); }, session),
       sound(foundation.clock), inputs(sound), engines(sound, SwrPCMConverter::make), chime(sound),
-      http(foundation.clock), secrets(foundation.clock), windows(foundation),
-      journal(foundation.preferences) {}
+      http(foundation.clock), secrets(foundation.clock), journal(foundation.preferences) {}
 
 } // namespace lorvane

@@ -66,8 +66,6 @@ struct DesktopAdapters {
     QtHttpClient http;
     KeychainSecretStore secrets;
     NoIdentityCloud cloud;
-    NoPill pill;
-    NoWindows windows;
     StreakJournal journal;
 };
 

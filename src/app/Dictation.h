@@ -3,6 +3,7 @@
 
 #include "api/MacAPI.h"
 #include "app/DesktopAdapters.h"
+#include "app/DesktopPresence.h"
 #include "app/PatientHttpClient.h"
 #include "audio/MacAudioDevices.h"
 #include "core/DictationController.h"
@@ -11,7 +12,7 @@ namespace lorvane {
 
 /// Everything that makes a dictation, one of each, over the desktop's adapters.
 struct Dictation {
-    Dictation(const Foundation& foundation, DesktopAdapters& desktop);
+    Dictation(const Foundation& foundation, DesktopAdapters& desktop, DesktopPresence& presence);
 
     PatientHttpClient http;
     MacAPI api;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/Program.h"
 
+#include "app/Application.h"
 #include "app/BackendChoice.h"
 #include "app/ControlClient.h"
 #include "app/ControlNames.h"
@@ -29,10 +30,17 @@ class Program {
  public:
     Program(const Foundation& foundation, const QDBusConnection& session)
         : foundation_(foundation), session_(session), desktop_(foundation, session),
-          displayLost_(desktop_.display.onLost([] { endWithoutDisplay(); })) {}
+          displayLost_(desktop_.display.onLost([] { endWithoutDisplay(); })), presence_(foundation) {
+        running = this;
+    }
+    ~Program() { running = nullptr; }
+    Program(const Program&) = delete;
+    Program& operator=(const Program&) = delete;
 
     [[nodiscard]] bool hasDisplay() const { return desktop_.hasDisplay(); }
     void start();
+    /// Says why when a library ends the process, as Qt does without its display.
+    static void sayReasonOfExit();
 
  private:
     void chooseFirstHoldKey();
@@ -45,11 +53,15 @@ class Program {
     QDBusConnection session_;
     DesktopAdapters desktop_;
     Handle displayLost_;
+    DesktopPresence presence_;
     std::unique_ptr<Dictation> dictation_;
     std::unique_ptr<BackendChoice> backend_;
     QObject busObject_;
     std::unique_ptr<NoticeNotifier> notifier_;
+    static Program* running;
 };
+
+Program* Program::running = nullptr;
 
 // Many keyboards of PCs have no right Super, which the hold key would fall back to.
 void Program::chooseFirstHoldKey() {
@@ -60,12 +72,12 @@ void Program::chooseFirstHoldKey() {
 
 void Program::start() {
     chooseFirstHoldKey();
-    dictation_ = std::make_unique<Dictation>(foundation_, desktop_);
+    dictation_ = std::make_unique<Dictation>(foundation_, desktop_, presence_);
     DictationController& controller = dictation_->controller;
     const BackendChoice::Callbacks callbacks{[this](const QUrl& address) { useBackend(address); },
                                              [this] { showBackendGone(); }};
     backend_ = std::make_unique<BackendChoice>(foundation_, BundledBackend::standardExecutable(), callbacks);
-    desktop_.windows.onFirstRunOver = [&controller] { controller.finishOnboarding(); };
+    presence_.windows.onFirstRunOver = [&controller] { controller.finishOnboarding(); };
     notifier_ = std::make_unique<NoticeNotifier>(controller, session_);
     new ControlService(&busObject_, controller, session_, [] { QCoreApplication::quit(); });
     session_.registerObject(control::objectPath, &busObject_);
@@ -89,12 +101,18 @@ void Program::showBackendGone() {
                                   NoticeSeverity::error);
 }
 
-// Queued, since the loss may be found before the event loop runs, when an exit would go unheard.
+// The end is queued, since the loss may be found before the event loop runs, when an exit would go unheard.
 void Program::endWithoutDisplay() {
+    const int status = fail("the X display is gone; start lorvane again in the new session");
     QMetaObject::invokeMethod(
-        QCoreApplication::instance(),
-        [] { QCoreApplication::exit(fail("the X display is gone; start lorvane again in the new session")); },
-        Qt::QueuedConnection);
+        QCoreApplication::instance(), [status] { QCoreApplication::exit(status); }, Qt::QueuedConnection);
+}
+
+// Whoever finds the loss first ends the process; our own connection tells whether that is what happened.
+void Program::sayReasonOfExit() {
+    if (running != nullptr) {
+        running->desktop_.display.sync();
+    }
 }
 
 } // namespace
@@ -114,6 +132,7 @@ int runProgram() {
         return fail("there is no X display (is DISPLAY set?); \"lorvane doctor\" tells more");
     }
     program.start();
+    const UnexpectedExit unexpectedExit(Program::sayReasonOfExit);
     const EndSignals endSignals([] { QCoreApplication::quit(); });
     return QCoreApplication::exec();
 }

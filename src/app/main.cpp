@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/Application.h"
 #include "app/CommandLine.h"
 #include "app/ControlClient.h"
 #include "app/DoctorCommand.h"
@@ -33,11 +34,14 @@ int perform(const lorvane::Command& command) {
 } // namespace
 
 int main(int argc, char** argv) {
-    const QCoreApplication application(argc, argv);
+    QString problem;
+    const auto command = lorvane::parseCommand(lorvane::argumentsOf(argc, argv), problem);
+    // Only the program that stays needs windows; the commands stay light.
+    const auto application = command && command->verb == lorvane::Command::Verb::run
+                                 ? lorvane::makeProgramApplication(argc, argv)
+                                 : std::make_unique<QCoreApplication>(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("lorvane"));
     QCoreApplication::setApplicationVersion(QStringLiteral(LORVANE_VERSION));
-    QString problem;
-    const auto command = lorvane::parseCommand(QCoreApplication::arguments().mid(1), problem);
     if (!command) {
         std::fprintf(stderr, "lorvane: %s\n\n%s", qUtf8Printable(problem),
                      qUtf8Printable(lorvane::usageText()));
