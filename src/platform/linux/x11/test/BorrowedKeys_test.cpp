@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/linux/x11/BorrowedKeys.h"
 
+#include "platform/linux/x11/TypingLayout.h"
 #include "platform/linux/x11/X11Properties.h"
 #include "platform/linux/x11/test/TypingFixture.h"
 
@@ -79,6 +80,27 @@ TEST_F(BorrowedKeysTest, KeyThatAnotherProgramChangesMeanwhileIsLeftToIt) {
     EXPECT_EQ(symbolOn(codes.at(0)), xcb_keysym_t{XKB_KEY_ellipsis});
     EXPECT_EQ(symbolOn(codes.at(1)), xcb_keysym_t{XKB_KEY_NoSymbol});
     set(codes.at(0), XKB_KEY_NoSymbol);
+}
+
+TEST_F(BorrowedKeysTest, MapIsReadAnewForAnotherLayoutAndNotForBorrowedKeys) {
+    TypingLayout layout(connection);
+    ASSERT_TRUE(layout.refresh());
+    connection.sync();
+    ASSERT_TRUE(layout.refresh());
+    const int edition = layout.keyboard().edition();
+    const auto codes = spareCodes();
+    layout.borrowed().change(
+        {{codes.at(0), symbolOfCharacter(U'ж')}, {codes.at(1), symbolOfCharacter(U'я')}});
+    connection.sync();
+    ASSERT_EQ(symbolOn(codes.at(1)), symbolOfCharacter(U'я'));
+    ASSERT_TRUE(layout.refresh());
+    EXPECT_EQ(layout.keyboard().edition(), edition);
+    EXPECT_FALSE(layout.characters(0).find(U'ж'));
+    setLayout({"ru"});
+    connection.sync();
+    ASSERT_TRUE(layout.refresh());
+    EXPECT_GT(layout.keyboard().edition(), edition);
+    EXPECT_TRUE(layout.characters(0).find(U'ж'));
 }
 
 TEST_F(BorrowedKeysTest, FewSpareKeysTakeSeveralRounds) {

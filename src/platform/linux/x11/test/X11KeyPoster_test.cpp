@@ -62,7 +62,6 @@ TEST_F(X11KeyPosterTest, TypesEveryScriptIntoQt6) {
 }
 
 TEST_F(X11KeyPosterTest, TypesEveryScriptIntoChromium) {
-    settleTime = std::chrono::milliseconds(10);
     const auto browser = DesktopApp::chromium();
     expectTyped(*browser, everything);
 }
@@ -80,7 +79,6 @@ TEST_F(X11KeyPosterTest, CapsLockChangesNothingInQtAndChromium) {
         const auto fields = DesktopApp::command(QStringLiteral(QT_FIELDS), {});
         expectTyped(*fields, everything);
     }
-    settleTime = std::chrono::milliseconds(10);
     const auto browser = DesktopApp::chromium();
     expectTyped(*browser, everything);
 }
@@ -88,7 +86,6 @@ TEST_F(X11KeyPosterTest, CapsLockChangesNothingInQtAndChromium) {
 TEST_F(X11KeyPosterTest, SecondLayoutIsTypedOnInChromium) {
     useLayout({"us,ru", "-option", "grp:rctrl_toggle"});
     hand.tap(keycode::rightControl);
-    settleTime = std::chrono::milliseconds(10);
     const auto browser = DesktopApp::chromium();
     expectTyped(*browser, everything);
 }
