@@ -239,6 +239,7 @@ TEST_F(LiveTypingTest, TextThatArrivesTooShortIsNotTouchedAndHandedOver) {
 TEST_F(LiveTypingTest, ATextThatGrowsUnderTypingIsLeftInPlace) {
     w.field.corrects = [](const QString& text) { return text + ")"; };
     armAndType("(see");
+    EXPECT_LT(w.clock.now().time_since_epoch(), std::chrono::milliseconds(10)) << "at once";
     EXPECT_EQ(lastLine(),
               "[tirra-type] abandon(first-fragment): caret at 5 is past our 4 characters — left in place");
     EXPECT_EQ(settle("(see this"), SettleOutcome::handOver);
@@ -479,6 +480,18 @@ TEST_F(LiveTypingTest, ACaretThatTheUserMovedBackIsBroughtToTheEndBeforeTheRestI
     EXPECT_EQ(text(), "Hello there, you too");
 }
 
+TEST_F(LiveTypingTest, ACaretThatCannotBeBroughtToTheEndHandsOver) {
+    armAndType("Hello there, you");
+    w.fields.secure = true;
+    type("x");
+    w.fields.secure = false;
+    w.showField("Hello there, you", 4);
+    w.field.ignoresRightArrow = true;
+    EXPECT_EQ(settle("Hello there, you too"), SettleOutcome::handOver);
+    EXPECT_EQ(text(), "Hello there, you");
+    EXPECT_TRUE(w.pasted.isEmpty());
+}
+
 TEST_F(LiveTypingTest, ACaretPastTheTypedTextHandsOver) {
     armAndType("Hello there, you");
     w.fields.secure = true;
@@ -585,6 +598,16 @@ TEST_F(LiveTypingTest, TheUsersBlanksBehindTheCaretAreNeverDeleted) {
     EXPECT_EQ(settle("Hello"), SettleOutcome::handOver);
 }
 
+TEST_F(LiveTypingTest, AFieldThatIsShorterThanItShouldBeIsLeftAsItIs) {
+    w.showField("Mine.\n\n", 5);
+    armAndType("Hello");
+    w.showField("Mine.Hello\n", 10);
+    EXPECT_FALSE(abandon("cancelled"));
+    EXPECT_EQ(lastLine(), "[tirra-type] abandon(cancelled): caret would not reach 10 (at 10 of 11), 5 "
+                          "characters left in place");
+    EXPECT_EQ(w.field.backspaces, 0);
+}
+
 TEST_F(LiveTypingTest, BackspacingStopsWhenTheUserGoesElsewhere) {
     armAndType("Hello");
     int presses = 0;
@@ -604,6 +627,19 @@ TEST_F(LiveTypingTest, BackspacingNeverReachesTheUsersText) {
     abandon("cancelled");
     EXPECT_EQ(text(), "Mine.");
     EXPECT_EQ(w.field.backspaces, 1);
+}
+
+TEST_F(LiveTypingTest, BackspacingStopsWhenTheCaretGoesIntoTheUsersBlanks) {
+    w.showField("Mine.\n\n", 5);
+    armAndType("Hello");
+    int presses = 0;
+    w.editingKeys.beforePress = [&] {
+        if (++presses == 2) {
+            w.showField("Mine.Hell\n\n", 11);
+        }
+    };
+    EXPECT_FALSE(abandon("cancelled"));
+    EXPECT_EQ(w.field.backspaces, 2);
 }
 
 // Cancelling
@@ -628,9 +664,10 @@ TEST_F(LiveTypingTest, AFragmentInFlightAtACancellationFailsAtItsDeadline) {
     arm();
     w.insertionWay.hasNoEffect = true;
     w.keysWay.offered = false;
-    const TaskHandle typing =
+    TaskHandle typing =
         startTask([this](TaskScope scope) { return w.typing.typeLive("Hello", std::move(scope)); });
     w.advance(0.05);
+    typing.cancel();
     EXPECT_TRUE(abandon("cancelled"));
     EXPECT_TRUE(typing.isRunning());
     w.advance(0.2);

@@ -23,9 +23,11 @@ QCoro::Task<bool> AtspiInsertion::canPost(PostingTarget target, TaskScope scope)
     const auto states = stateReply.states();
     const auto role = roleReply.number();
     const auto names = namesReply.names();
-    co_return states&& role&& names && states->has(atspi::stateEditable) &&
-        *role != atspi::rolePassword&&* role != atspi::roleTerminal &&
-        names->contains(atspi::editableTextInterface);
+    if (!states || !role || !names || !states->has(atspi::stateEditable)) {
+        co_return false;
+    }
+    const bool isPlain = *role != atspi::rolePassword && *role != atspi::roleTerminal;
+    co_return isPlain && names->contains(atspi::editableTextInterface);
 }
 
 QCoro::Task<PostOutcome> AtspiInsertion::post(PostingTarget target, QString text, TaskScope scope) {
