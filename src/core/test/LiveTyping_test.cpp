@@ -355,6 +355,16 @@ TEST_F(LiveTypingTest, AWayThatRefusesLeavesItToTheNextAtOnce) {
     EXPECT_EQ(text(), hello);
 }
 
+TEST_F(LiveTypingTest, CharactersThatAProvenWayCannotCarryArePastedWithoutBlame) {
+    w.insertionWay.offered = false;
+    armAndType("One");
+    w.keysWay.outcome = PostOutcome::refused;
+    type(" 漢");
+    EXPECT_TRUE(listed().isEmpty());
+    EXPECT_EQ(settle("One 漢"), SettleOutcome::landed);
+    EXPECT_EQ(w.pasted, QStringList(" 漢"));
+}
+
 TEST_F(LiveTypingTest, AfterAnUnansweredInsertionNothingElseIsPosted) {
     w.insertionWay.outcome = PostOutcome::unknown;
     w.insertionWay.hasNoEffect = true;
