@@ -43,8 +43,8 @@ class ArmedField {
 
  private:
     QCoro::Task<bool> deleteTyped(TypingAttempt typed, QString tag, TaskScope scope);
-    /// Ends early when the caret is no longer behind `after`, and a deletion when what stands behind the caret
-    /// is not what stood there when armed.
+    /// Ends early when the caret is no longer behind `after`, and a deletion when what stands behind the
+    /// caret is not what stood there when armed.
     QCoro::Task<void> press(TypingAttempt typed, EditingKey key, qint64 times, qint64 after, TaskScope scope);
 
     Clock& clock_;

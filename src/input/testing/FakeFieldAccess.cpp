@@ -24,8 +24,7 @@ QCoro::Task<std::optional<FieldReading>> FakeFieldAccess::read(FieldElement elem
         co_return std::nullopt;
     }
     const Field& field = found->second;
-    co_return FieldReading{field.text->size(), field.caret, field.text->mid(field.caret),
-                          field.multiLine};
+    co_return FieldReading{field.text->size(), field.caret, field.text->mid(field.caret), field.multiLine};
 }
 
 void FakeFieldAccess::requestManualAccessibility(ProcessId process) {
