@@ -68,16 +68,25 @@ QCoro::Task<PostOutcome> X11KeyPoster::post(PostingTarget target, QString text, 
             rest.remove_prefix(round.strokes.size());
             continue;
         }
-        if (rest.size() < characters->size()) {
-            // The keys of the round before are read by their symbols of now.
-            co_await settle(std::max(settleTime, betweenRounds), scope);
-        }
         ++changes;
-        layout_.borrowed().change(round.changes);
-        connection_.flush();
-        co_await settle(settleTime, scope);
+        const bool afterTyping = rest.size() < characters->size();
+        const QCoro::Task<void> lent = lend(round.changes, afterTyping, settleTime, scope);
+        co_await lent;
     }
     co_return connection_.isAlive() ? PostOutcome::posted : PostOutcome::unknown;
+}
+
+QCoro::Task<void> X11KeyPoster::lend(std::vector<KeyChange> changes, bool afterTyping, Duration settleTime,
+                                     TaskScope scope) {
+    if (afterTyping) {
+        // The keys of the round before are read by their symbols of now.
+        const QCoro::Task<void> read = settle(std::max(settleTime, betweenRounds), scope);
+        co_await read;
+    }
+    layout_.borrowed().change(changes);
+    connection_.flush();
+    const QCoro::Task<void> known = settle(settleTime, scope);
+    co_await known;
 }
 
 QCoro::Task<void> X11KeyPoster::settle(Duration time, TaskScope scope) {

@@ -31,6 +31,9 @@ class X11KeyPoster final : public FragmentPoster {
     void finish() override;
 
  private:
+    /// Puts symbols on spare keys and waits until they are known.
+    QCoro::Task<void> lend(std::vector<KeyChange> changes, bool afterTyping, Duration settleTime,
+                           TaskScope scope);
     QCoro::Task<void> settle(Duration time, TaskScope scope);
     void type(const std::vector<KeyStroke>& strokes, const CharacterKeys& layout,
               const KeyboardMoment& moment);
