@@ -13,6 +13,8 @@ template <typename... Cases>
 struct Match : Cases... {
     using Cases::operator()...;
 };
+template <typename... Cases>
+Match(Cases...) -> Match<Cases...>;
 
 bool isCarried(char32_t character, bool lineBreaks) {
     if (character == U'\n' || character == U'\t') {
