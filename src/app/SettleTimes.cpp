@@ -10,8 +10,15 @@ namespace {
 constexpr std::size_t mostProcesses = 256;
 
 Duration settleTimeOf(ProgramKind kind) {
-    // Chromium hands the keymap on to another of its threads: with less, one character of a hundred is wrong.
-    return kind == ProgramKind::chromium ? std::chrono::milliseconds(10) : std::chrono::milliseconds(5);
+    switch (kind) {
+    case ProgramKind::qt:
+        return Duration::zero(); // reads its map in the order of its events
+    case ProgramKind::chromium:
+        return std::chrono::milliseconds(10); // hands the map on to another of its threads
+    case ProgramKind::unknown:
+        break;
+    }
+    return std::chrono::milliseconds(5);
 }
 
 } // namespace
