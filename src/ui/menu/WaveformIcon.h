@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QImage>
+
+#include <array>
+
+namespace lorvane {
+
+/// The sizes of a tray, in pixels.
+inline constexpr std::array waveformSizes{16, 22, 24, 32, 48, 64};
+
+/// The symbol "waveform" on a ground of its own, so that it is seen on panels of any colour.
+[[nodiscard]] QImage waveformIcon(int size);
+
+} // namespace lorvane
