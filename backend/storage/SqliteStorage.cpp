@@ -2,14 +2,18 @@
 #include "storage/SqliteStorage.h"
 
 #include "storage/Statement.h"
+#include "storage/Transaction.h"
 
+#include <array>
 #include <sys/stat.h>
 
 namespace lorvane::backend {
 
 namespace {
 
-constexpr const char* schema = R"sql(
+// One step a version of the database; a step that has been released is never changed.
+constexpr std::array<const char*, 2> steps{
+    R"sql(
 CREATE TABLE IF NOT EXISTS device (
   id INTEGER PRIMARY KEY, device TEXT NOT NULL UNIQUE, registered INTEGER NOT NULL);
 CREATE TABLE IF NOT EXISTS token (
@@ -18,14 +22,25 @@ CREATE INDEX IF NOT EXISTS token_device ON token(device);
 CREATE TABLE IF NOT EXISTS adaptation (
   device INTEGER NOT NULL REFERENCES device(id), engine TEXT NOT NULL, bytes BLOB NOT NULL,
   PRIMARY KEY (device, engine)) WITHOUT ROWID;
-PRAGMA user_version = 1;
-)sql";
-
-constexpr int schemaVersion = 1;
-
-std::string_view bytesOf(const Digest& digest) {
-    return {reinterpret_cast<const char*>(digest.data()), digest.size()};
-}
+)sql",
+    // A person is the lowest of the devices that are theirs; NULL stands for the device itself.
+    R"sql(
+ALTER TABLE device ADD COLUMN person INTEGER REFERENCES device(id);
+CREATE INDEX device_person ON device(coalesce(person, id));
+CREATE TABLE referral (
+  id INTEGER PRIMARY KEY, code TEXT NOT NULL UNIQUE, device INTEGER NOT NULL UNIQUE REFERENCES device(id));
+CREATE TABLE onboarded (
+  device INTEGER PRIMARY KEY REFERENCES device(id), source TEXT NOT NULL, at INTEGER NOT NULL);
+CREATE TABLE allowance (
+  bucket TEXT NOT NULL, key INTEGER NOT NULL, full_at INTEGER NOT NULL, PRIMARY KEY (bucket, key)) WITHOUT ROWID;
+CREATE TABLE seen_take (
+  device INTEGER NOT NULL REFERENCES device(id), take BLOB NOT NULL, purpose TEXT NOT NULL, at INTEGER NOT NULL,
+  PRIMARY KEY (device, take, purpose)) WITHOUT ROWID;
+CREATE INDEX seen_take_at ON seen_take(at);
+CREATE TABLE phone_words (
+  device INTEGER NOT NULL REFERENCES device(id), day INTEGER NOT NULL, words INTEGER NOT NULL,
+  PRIMARY KEY (device, day)) WITHOUT ROWID;
+)sql"};
 
 sqlite3* openDatabase(const std::filesystem::path& file) {
     const auto former = ::umask(0077);
@@ -40,32 +55,10 @@ sqlite3* openDatabase(const std::filesystem::path& file) {
     throw StorageError(file.string() + ": " + reason);
 }
 
-// Rolls back unless the work got as far as commit().
-class Transaction {
- public:
-    explicit Transaction(sqlite3* database) : database_(database) {
-        Statement(database, "BEGIN IMMEDIATE").step();
-    }
-    ~Transaction() {
-        if (!committed_)
-            sqlite3_exec(database_, "ROLLBACK", nullptr, nullptr, nullptr);
-    }
-    Transaction(const Transaction&) = delete;
-    Transaction& operator=(const Transaction&) = delete;
-    void commit() {
-        Statement(database_, "COMMIT").step();
-        committed_ = true;
-    }
-
- private:
-    sqlite3* database_;
-    bool committed_ = false;
-};
-
 } // namespace
 
-SqliteStorage::SqliteStorage(const std::filesystem::path& file)
-    : database_(openDatabase(file), &sqlite3_close_v2) {
+SqliteStorage::SqliteStorage(const std::filesystem::path& file, Now now)
+    : now_(std::move(now)), database_(openDatabase(file), &sqlite3_close_v2) {
     sqlite3_busy_timeout(database_.get(), 5000);
     execute("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL; PRAGMA foreign_keys = ON;");
     migrate();
@@ -78,17 +71,23 @@ void SqliteStorage::execute(const char* sql) {
         throw StorageError(sqlite3_errmsg(database_.get()));
 }
 
+// Under the writer's lock from the look at the version on, so that two programs cannot both take a step.
 void SqliteStorage::migrate() {
-    std::int64_t version = 0;
+    Transaction transaction(database_.get());
+    std::size_t version = 0;
     {
         Statement read(database_.get(), "PRAGMA user_version");
         if (read.step())
-            version = read.integer(0);
+            version = static_cast<std::size_t>(read.integer(0));
     }
-    if (version > schemaVersion)
+    if (version > steps.size())
         throw StorageError("the database was written by a newer lorvane-backend");
-    if (version < schemaVersion)
-        execute(schema);
+    if (version == steps.size())
+        return;
+    for (auto step = version; step < steps.size(); ++step)
+        execute(steps.at(step));
+    execute(("PRAGMA user_version = " + std::to_string(steps.size())).c_str());
+    transaction.commit();
 }
 
 DeviceId SqliteStorage::deviceRow(std::string_view device) {
@@ -109,7 +108,7 @@ DeviceId SqliteStorage::registerDevice(std::string_view device, const Digest& to
     // A running number a device, since times can tie.
     Statement(database_.get(), "INSERT INTO token(hash, device, sequence) VALUES (?, ?, "
                                "(SELECT coalesce(max(sequence), 0) + 1 FROM token WHERE device = ?))")
-        .blob(bytesOf(token))
+        .blob(asBytes(token))
         .bind(id)
         .bind(id)
         .step();
@@ -126,7 +125,7 @@ DeviceId SqliteStorage::registerDevice(std::string_view device, const Digest& to
 std::optional<DeviceId> SqliteStorage::deviceOfToken(const Digest& token) {
     const std::lock_guard lock(mutex_);
     Statement read(database_.get(), "SELECT device FROM token WHERE hash = ?");
-    read.blob(bytesOf(token));
+    read.blob(asBytes(token));
     if (!read.step())
         return std::nullopt;
     return read.integer(0);

@@ -3,14 +3,34 @@
 
 #include "util/Secrets.h"
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace lorvane::backend {
 
 using DeviceId = std::int64_t;
+
+// So many at once, and after that one in each `interval`.
+struct Rate {
+    int burst = 0; // 0: no limit
+    std::chrono::milliseconds interval{0};
+
+    static constexpr Rate perHour(int count) {
+        return {count, count > 0 ? std::chrono::milliseconds(std::chrono::hours(1)) / count
+                                 : std::chrono::milliseconds(0)};
+    }
+};
+
+struct DayWords {
+    std::int64_t day = 0; // since 1970-01-01, UTC
+    std::int64_t words = 0;
+};
+
+enum class Joined { yes, already, unknownAlias };
 
 // What outlives the process. Every operation may be called from any thread and throws StorageError when the
 // store cannot do it.
@@ -26,6 +46,31 @@ class Storage {
     // What an engine has learnt about the voice and microphone of a device; the bytes are the engine's own.
     virtual std::optional<std::string> adaptation(DeviceId device, std::string_view engine) = 0;
     virtual void keepAdaptation(DeviceId device, std::string_view engine, std::string_view bytes) = 0;
+
+    // From now on the device and the one that the other token belongs to are the same person.
+    virtual Joined joinDevices(DeviceId device, const Digest& alias) = 0;
+
+    // The code of the person, `fresh` when there is none yet; nothing when `fresh` is somebody else's
+    // already. A person joined of two keeps both codes, and this is the elder.
+    virtual std::optional<std::string> referralCode(DeviceId device, std::string_view fresh) = 0;
+
+    // The first source that is not empty stays.
+    virtual void keepOnboarded(DeviceId device, std::string_view source) = 0;
+    virtual std::optional<std::string> onboardedSource(DeviceId device) = 0;
+
+    // Takes one from what is left to `key` in `bucket`, and returns no time; or the time to wait when nothing
+    // is left.
+    virtual std::chrono::milliseconds admit(std::string_view bucket, std::int64_t key, const Rate& rate) = 0;
+    virtual std::int64_t personOf(DeviceId device) = 0;
+
+    // True once for each take of a device within an hour. Whoever comes with the same take again, as the
+    // upload after a broken stream does, gets false.
+    virtual bool firstOfTake(DeviceId device, const Digest& take, std::string_view purpose) = 0;
+
+    // Words dictated on a telephone by the person of the device, by day; the newest day first.
+    virtual void addPhoneWords(DeviceId device, std::int64_t words) = 0;
+    virtual std::vector<DayWords> phoneWords(DeviceId device) = 0;
+    virtual std::int64_t today() = 0; // by the store's clock, as in DayWords
 
     static constexpr int tokensPerDevice = 8;
 };

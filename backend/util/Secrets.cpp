@@ -16,18 +16,39 @@ Digest sha256(std::string_view bytes) {
     return digest;
 }
 
-std::string newToken() {
-    std::array<std::uint8_t, 32> random{};
-    if (getrandom(random.data(), random.size(), 0) != static_cast<ssize_t>(random.size()))
+namespace {
+
+template <std::size_t size>
+std::array<std::uint8_t, size> randomBytes() {
+    std::array<std::uint8_t, size> bytes{};
+    if (getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size()))
         throw std::system_error(errno, std::generic_category(), "getrandom");
+    return bytes;
+}
+
+} // namespace
+
+std::string newToken() {
     static constexpr char digits[] = "0123456789abcdef";
     std::string token;
-    token.reserve(random.size() * 2);
-    for (const auto byte : random) {
+    for (const auto byte : randomBytes<32>()) {
         token += digits[byte >> 4];
         token += digits[byte & 15];
     }
     return token;
+}
+
+std::string newReadableCode() {
+    static constexpr std::string_view signs = "23456789CDFGHJKMNPQRTVWX";
+    constexpr std::size_t length = 8;
+    constexpr std::size_t fair =
+        256 / signs.size() * signs.size(); // above it some signs would come more often
+    std::string code;
+    while (code.size() < length)
+        for (const auto byte : randomBytes<16>())
+            if (byte < fair && code.size() < length)
+                code += signs[byte % signs.size()];
+    return code;
 }
 
 } // namespace lorvane::backend

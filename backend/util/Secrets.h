@@ -12,8 +12,16 @@ using Digest = std::array<std::uint8_t, 32>;
 
 Digest sha256(std::string_view bytes);
 
+inline std::string_view asBytes(const Digest& digest) {
+    return {reinterpret_cast<const char*>(digest.data()), digest.size()};
+}
+
 // 256 bits from the kernel as 64 hexadecimal digits. Throws std::system_error when the kernel has none to
 // give.
 std::string newToken();
+
+// Eight signs for people to read out and type in: none that looks like another, no vowel that would make
+// words. About 110,000 million of them. Throws as newToken().
+std::string newReadableCode();
 
 } // namespace lorvane::backend

@@ -3,7 +3,9 @@
 #include "storage/StorageError.h"
 #include "testing/TemporaryFolder.h"
 
+#include <atomic>
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 #include <thread>
 
 using namespace lorvane::backend;
@@ -98,6 +100,29 @@ TEST_F(SqliteStorageTest, ThreadsMayRegisterAndAskAtOnce) {
     for (auto& thread : threads)
         thread.join();
     EXPECT_EQ(found, 200);
+}
+
+TEST(SqliteStorage, ADatabaseOfTheFirstVersionIsTakenAlongAndANewerOneRefused) {
+    const TemporaryFolder folder;
+    const auto file = folder / "old.sqlite";
+    const auto run = [&](const char* sql) {
+        sqlite3* raw = nullptr;
+        sqlite3_open(file.c_str(), &raw);
+        EXPECT_EQ(sqlite3_exec(raw, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(raw);
+        sqlite3_close(raw);
+    };
+    run("CREATE TABLE device (id INTEGER PRIMARY KEY, device TEXT NOT NULL UNIQUE, registered INTEGER NOT "
+        "NULL);"
+        "CREATE TABLE token (hash BLOB PRIMARY KEY, device INTEGER NOT NULL REFERENCES device(id),"
+        " sequence INTEGER NOT NULL) WITHOUT ROWID;"
+        "CREATE INDEX token_device ON token(device);"
+        "CREATE TABLE adaptation (device INTEGER NOT NULL REFERENCES device(id), engine TEXT NOT NULL,"
+        " bytes BLOB NOT NULL, PRIMARY KEY (device, engine)) WITHOUT ROWID;"
+        "INSERT INTO device VALUES (5, 'old', 1); PRAGMA user_version = 1;");
+    EXPECT_EQ(SqliteStorage(file).registerDevice("old", sha256("t")), 5);
+    EXPECT_EQ(SqliteStorage(file).referralCode(5, "CODE"), "CODE");
+    run("PRAGMA user_version = 99;");
+    EXPECT_THROW(SqliteStorage{file}, StorageError);
 }
 
 TEST(SqliteStorage, AFileThatIsNoDatabaseIsAnError) {
