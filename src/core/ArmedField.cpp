@@ -7,6 +7,8 @@ namespace {
 constexpr Duration afterRightArrow = std::chrono::microseconds(1500);
 constexpr Duration afterDelete = std::chrono::milliseconds(3);
 constexpr Duration untilArrowsTook = std::chrono::milliseconds(200);
+/// Chromium tells of the text and of the caret one after the other.
+constexpr Duration untilConsistent = std::chrono::milliseconds(100);
 constexpr qint64 anywhere = -1;
 } // namespace
 
@@ -87,6 +89,19 @@ QCoro::Task<bool> ArmedField::deleteTyped(TypingAttempt typed, QString tag, Task
     co_return false;
 }
 
+QCoro::Task<bool> ArmedField::awaitOurs(TypingAttempt typed, EditingKey key, qint64 after, TaskScope scope) {
+    const Instant deadline = clock_.now() + untilConsistent;
+    for (;;) {
+        const auto now = co_await state(typed, scope);
+        const bool isOurs = now && now->caret > after &&
+                            (key == EditingKey::rightArrow || now->length - now->caret == typed.typingSlack);
+        if (isOurs || clock_.now() >= deadline || (now && now->caret <= after)) {
+            co_return isOurs;
+        }
+        co_await sleep(clock_, afterDelete, scope);
+    }
+}
+
 QCoro::Task<void> ArmedField::press(TypingAttempt typed, EditingKey key, qint64 times, qint64 after,
                                     TaskScope scope) {
     const bool secure = co_await isSecure(scope);
@@ -95,9 +110,7 @@ QCoro::Task<void> ArmedField::press(TypingAttempt typed, EditingKey key, qint64 
     }
     for (qint64 pressed = 0; pressed < times; ++pressed) {
         // The user may have gone elsewhere meanwhile, where the key would work on text that is not ours.
-        const auto now = co_await state(typed, scope);
-        const bool isOurs = now && now->caret > after &&
-                            (key == EditingKey::rightArrow || now->length - now->caret == typed.typingSlack);
+        const bool isOurs = co_await awaitOurs(typed, key, after, scope);
         if (!isOurs) {
             co_return;
         }

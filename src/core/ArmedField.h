@@ -43,8 +43,10 @@ class ArmedField {
 
  private:
     QCoro::Task<bool> deleteTyped(TypingAttempt typed, QString tag, TaskScope scope);
-    /// Ends early when the caret is no longer behind `after`, and a deletion when what stands behind the
-    /// caret is not what stood there when armed.
+    /// Whether the key would work on what was typed: the caret is behind `after`, and for a deletion what
+    /// stands behind the caret is what stood there when armed. Waits a moment for a field that tells so.
+    QCoro::Task<bool> awaitOurs(TypingAttempt typed, EditingKey key, qint64 after, TaskScope scope);
+    /// Ends early when the key would work on something else.
     QCoro::Task<void> press(TypingAttempt typed, EditingKey key, qint64 times, qint64 after, TaskScope scope);
 
     Clock& clock_;

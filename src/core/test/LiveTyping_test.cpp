@@ -630,6 +630,20 @@ TEST_F(LiveTypingTest, BackspacingStopsWhenTheUserGoesElsewhere) {
     EXPECT_EQ(w.field.backspaces, 2);
 }
 
+TEST_F(LiveTypingTest, AFieldThatTellsOfTheCaretLaterThanOfTheTextIsWaitedFor) {
+    w.showField("Mine. ");
+    armAndType("Hello");
+    std::vector<Handle> later;
+    const auto tellCaret = [this](qint64 more) { w.field.setText(w.field.text(), w.field.caret() + more); };
+    w.editingKeys.beforePress = [&] {
+        later.push_back(w.clock.after(std::chrono::milliseconds(1), [=] { tellCaret(1); }));
+        later.push_back(w.clock.after(std::chrono::milliseconds(8), [=] { tellCaret(-1); }));
+    };
+    EXPECT_TRUE(abandon("cancelled"));
+    EXPECT_EQ(text(), "Mine. ");
+    EXPECT_EQ(w.field.backspaces, 5);
+}
+
 TEST_F(LiveTypingTest, BackspacingNeverReachesTheUsersText) {
     w.showField("Mine. ");
     armAndType("Hello");

@@ -38,13 +38,11 @@ QCoro::Task<std::optional<FoundFocus>> FocusSearch::findWithin(AccessibleRef app
         areWindows = false;
         if (found.focused) {
             focused = found.focused;
-            // Inside a field Qt says "focused" of the field's own parts too.
+            // Inside a field Qt says "focused" of the field's own parts too. What is no text is no proof: Qt
+            // says it of the tab in front, beside the field that has the keyboard.
             if (focused->isEditable) {
                 break;
             }
-            // What is inside the focused one may have the focus more exactly; nothing beside it can.
-            found.showing.clear();
-            found.showing.push_back(focused->field);
         }
         level = std::move(found.showing);
     }
@@ -87,7 +85,8 @@ QCoro::Task<FocusSearch::Level> FocusSearch::examine(Objects objects, bool areWi
             continue;
         }
         level.showing.push_back(objects[i]);
-        if (states->has(atspi::stateFocused)) {
+        const bool isSure = level.focused && level.focused->isEditable;
+        if (states->has(atspi::stateFocused) && !isSure) {
             level.focused = FoundFocus{objects[i], states->has(atspi::stateEditable)};
         }
     }
