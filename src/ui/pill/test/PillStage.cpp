@@ -1,0 +1,204 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The pill alone on a real display, for tests, pictures and measures. Standard input moves it, a line each:
+//   phase idle|recording|processing|done     notice warning|error TEXT     translating on|off
+//   level 0..1     calm on|off     contrast on|off     hide     show     speak CODE     translate CODE
+//   menu on (adds a program menu with a submenu to the pill's own)     state (answers with what it shows)
+// Standard output tells what its controls did.
+#include "base/PreferenceCatalogue.h"
+#include "base/testing/MemoryPreferenceStore.h"
+#include "core/testing/FakePresence.h"
+#include "input/testing/FakeAccessibility.h"
+#include "platform/linux/desktop/QtClock.h"
+#include "platform/linux/x11/X11PillDesktop.h"
+#include "ui/languages/LanguageCatalogue.h"
+#include "ui/pill/PillPanel.h"
+#include "ui/pill/testing/FakeDesktopComfort.h"
+
+#include <QApplication>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSocketNotifier>
+
+#include <cstdio>
+#include <unistd.h>
+
+namespace lorvane {
+
+namespace {
+
+void say(const QString& line) {
+    std::printf("%s\n", qUtf8Printable(line));
+    std::fflush(stdout);
+}
+
+PillLanguages catalogue() {
+    return {[] {
+                std::vector<LanguageChoice> all;
+                for (const Language& language : translationLanguages()) {
+                    all.push_back({language.code, language.ownName});
+                }
+                return all;
+            },
+            ownNameOf};
+}
+
+class Stage {
+ public:
+    Stage() : input_(STDIN_FILENO, QSocketNotifier::Read) {
+        panel_.host(std::make_unique<PillView>(foundation_,
+                                               PillView::World{status_, comfort_, catalogue(), commands()}));
+        QObject::connect(&input_, &QSocketNotifier::activated, &input_, [this] { read(); });
+        watches_.push_back(preferences_.subscribe(
+            preference::speakLang, [this] { say("speakLang=" + preferences_.get(preference::speakLang)); }));
+        watches_.push_back(preferences_.subscribe(preference::translateLang, [this] {
+            say("translateLang=" + preferences_.get(preference::translateLang));
+        }));
+        status_.refreshPill();
+        say("ready");
+    }
+
+ private:
+    PillCommands commands() {
+        return {[this] { return level_; },
+                [] { return Hotkey::rightControl; },
+                [] { say("startDictation"); },
+                [] { say("stopDictation"); },
+                [] { say("cancelProcessing"); },
+                [this] {
+                    say("hideForAnHour");
+                    screen_.hideBar(seconds(3600));
+                },
+                [] { say("quit"); },
+                [this](QMenu& menu) { addProgramMenu(menu); }};
+    }
+
+    void addProgramMenu(QMenu& menu) {
+        if (!hasProgramMenu_) {
+            return;
+        }
+        QMenu* const more = menu.addMenu("Microphone");
+        QObject::connect(more->addAction("Built-in"), &QAction::triggered, more, [] { say("built-in"); });
+        menu.addSeparator();
+    }
+
+    void read() {
+        char bytes[4096];
+        const ssize_t count = ::read(STDIN_FILENO, bytes, sizeof bytes);
+        if (count <= 0) {
+            return QCoreApplication::quit();
+        }
+        pending_.append(bytes, count);
+        for (qsizetype end = pending_.indexOf('\n'); end >= 0; end = pending_.indexOf('\n')) {
+            const QString line = QString::fromUtf8(pending_.left(end));
+            pending_.remove(0, end + 1);
+            obey(line.section(' ', 0, 0), line.section(' ', 1));
+        }
+    }
+
+    void obey(const QString& word, const QString& rest) {
+        if (word == "phase") {
+            setPhase(rest);
+        } else if (word == "notice") {
+            status_.phase.set(Notice{rest.section(' ', 1), rest.startsWith("error")
+                                                               ? NoticeSeverity::error
+                                                               : NoticeSeverity::warning});
+            status_.refreshPill();
+        } else if (word == "translating") {
+            status_.isTranslating.set(rest == "on");
+        } else if (word == "level") {
+            level_ = rest.toDouble();
+        } else if (word == "calm") {
+            comfort_.set(rest == "on", comfort_.wantsMoreContrast());
+        } else if (word == "contrast") {
+            comfort_.set(comfort_.wantsLessMotion(), rest == "on");
+        } else if (word == "speak") {
+            preferences_.set(preference::speakLang, rest);
+        } else if (word == "translate") {
+            preferences_.set(preference::translateLang, rest);
+        } else {
+            obeyWindow(word, rest);
+        }
+    }
+
+    void obeyWindow(const QString& word, const QString& rest) {
+        if (word == "hide") {
+            panel_.orderOut();
+        } else if (word == "show") {
+            panel_.show();
+        } else if (word == "menu") {
+            hasProgramMenu_ = rest == "on";
+        } else if (word == "state") {
+            tellState();
+        } else {
+            say("unknown: " + word);
+        }
+    }
+
+    void setPhase(const QString& name) {
+        if (name == "recording") {
+            status_.phase.set(Recording{});
+        } else if (name == "processing") {
+            status_.phase.set(Processing{});
+        } else if (name == "done") {
+            status_.phase.set(Done{});
+        } else {
+            status_.phase.set(Idle{});
+        }
+        status_.refreshPill();
+    }
+
+    void tellState() {
+        const auto* const view = panel_.findChild<PillView*>();
+        const QRectF capsule = view->capsule().translated(panel_.pos());
+        const QJsonObject state{{"visible", panel_.isVisible()},
+                                {"window", static_cast<qint64>(panel_.winId())},
+                                {"x", panel_.x()},
+                                {"y", panel_.y()},
+                                {"scale", panel_.devicePixelRatio()},
+                                {"capsuleX", capsule.x()},
+                                {"capsuleY", capsule.y()},
+                                {"capsuleWidth", capsule.width()},
+                                {"capsuleHeight", capsule.height()},
+                                {"moving", view->motion().isRunning()},
+                                {"resizing", view->motion().isResizing()},
+                                {"composited", surface_.isComposited()},
+                                {"active", panel_.isActiveWindow()}};
+        say(QString::fromUtf8(QJsonDocument(state).toJson(QJsonDocument::Compact)));
+    }
+
+    QtClock clock_;
+    MemoryPreferenceStore store_;
+    Preferences preferences_{store_};
+    Localisation words_;
+    DiagnosticLog log_{clock_, std::nullopt, [](const QString& line) { say("log: " + line); }};
+    Foundation foundation_{clock_, preferences_, words_, log_};
+    X11Connection connection_{log_};
+    X11PillDesktop desktop_{connection_};
+    X11PillSurface surface_{connection_};
+    FakeDesktopComfort comfort_;
+    FakeAccessibility accessibility_;
+    FakeWindows windows_;
+    double level_ = 0;
+    bool hasProgramMenu_ = false;
+    QByteArray pending_;
+    std::vector<Handle> watches_;
+    QSocketNotifier input_;
+    PillPanel panel_{clock_, desktop_, surface_};
+    ScreenPresence screen_{clock_, panel_, windows_};
+    DictationStatus status_{clock_, screen_, accessibility_};
+};
+
+} // namespace
+
+} // namespace lorvane
+
+int main(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "xcb");
+    qputenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");
+    qputenv("QT_QPA_PLATFORMTHEME", "generic");
+    QApplication::setStyle(QStringLiteral("Fusion"));
+    const QApplication application(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
+    const lorvane::Stage stage;
+    return QApplication::exec();
+}
