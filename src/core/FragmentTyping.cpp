@@ -61,7 +61,7 @@ QCoro::Task<TypedFragment> FragmentTyping::postCut(std::shared_ptr<TypingAttempt
         if (!onlyThese) {
             giveUp(*attempt, QStringLiteral("does not take text by"));
         }
-        co_return TypedFragment{false, 0, onlyThese};
+        co_return TypedFragment{false, 0, onlyThese, false};
     }
     Post post;
     post.count = before + cut.size();
@@ -76,7 +76,7 @@ QCoro::Task<TypedFragment> FragmentTyping::postCut(std::shared_ptr<TypingAttempt
         log_.diagLog(QStringLiteral("[tirra-type] %1 takes text by %2")
                          .arg(attempt->application.localizedName, way->name()));
     }
-    co_return TypedFragment{arrival == Arrival::arrived, cut.size(), false};
+    co_return TypedFragment{arrival == Arrival::arrived, cut.size(), false, false};
 }
 
 QCoro::Task<void> FragmentTyping::findWays(std::shared_ptr<TypingAttempt> attempt, TaskScope scope) {

@@ -27,6 +27,8 @@ struct TypedFragment {
     /// It ended before a character that would be a key there, such as a line feed that sends, or that the
     /// field's way cannot carry.
     bool endsAtBreak = false;
+    /// Nothing was posted, since the field or its caret was not where it should be.
+    bool isOffTarget = false;
 };
 
 /// Posts text into the armed field, at most twelve units at a time, each confirmed before the next. Of the

@@ -121,6 +121,10 @@ QCoro::Task<void> LiveTyping::typeFailed(Attempt attempt, TypedFragment typed, Q
         log(QStringLiteral("[tirra-type] %1 would take the next character for a key after %2 characters — "
                            "keeping them and pasting the rest")
                 .arg(name, count));
+    } else if (typed.isOffTarget) {
+        attempt->typingHalted = true;
+        log(QStringLiteral("[tirra-type] lost the caret in %1 after %2 characters — stopping there")
+                .arg(name, count));
     } else if (attempt->typedLive.size() < unitsOfFirstFragment) {
         rememberItCannotKeepUp();
         log(QStringLiteral("[tirra-type] %1 did not take the first fragment — pasting this one whole, and "
@@ -136,11 +140,21 @@ QCoro::Task<void> LiveTyping::typeFailed(Attempt attempt, TypedFragment typed, Q
 }
 
 QCoro::Task<TypedFragment> LiveTyping::typeFragment(Attempt attempt, QString text, TaskScope scope) {
+    if (text.isEmpty()) {
+        co_return TypedFragment{true, 0, false, false};
+    }
     const bool secure = co_await field_.isSecure(scope);
     if (secure) {
         co_return TypedFragment();
     }
     const qint64 base = endOfTyped(*attempt).value_or(0);
+    // Since the last post was read back, the user may have gone to another field or clicked into the text.
+    const Arrival aimed = co_await awaitCaret(attempt, base, FragmentTyping::Post(), scope);
+    if (aimed != Arrival::arrived) {
+        TypedFragment nothing;
+        nothing.isOffTarget = true;
+        co_return nothing;
+    }
     const FragmentTyping::Check check = [this, attempt, base, scope](FragmentTyping::Post post) {
         return awaitCaret(attempt, base + post.count, post, scope);
     };

@@ -324,6 +324,33 @@ TEST_F(LiveTypingTest, FocusThatMovesInsideTheApplicationEndsTheWaitWithoutAKey)
     EXPECT_EQ(w.field.rightArrows + w.field.backspaces, 0);
 }
 
+TEST_F(LiveTypingTest, NothingIsPostedOnceTheFocusIsInAnotherField) {
+    armAndType("Hello");
+    moveFocusElsewhere();
+    type(" there");
+    EXPECT_EQ(w.insertionWay.posts, (std::vector<QString>{"Hello"}));
+    EXPECT_EQ(lastLine(), "[tirra-type] lost the caret in Editor after 5 characters — stopping there");
+    EXPECT_EQ(settle("Hello there"), SettleOutcome::handOver);
+    EXPECT_TRUE(listed().isEmpty()) << "the application is not to blame";
+}
+
+TEST_F(LiveTypingTest, AClickIntoTheTextBetweenFragmentsIsUndoneBeforeTheNext) {
+    w.showField("Mine. ");
+    armAndType("Hello");
+    w.showField("Mine. Hello", 2);
+    type(" there");
+    EXPECT_EQ(text(), "Mine. Hello there");
+    EXPECT_EQ(w.field.rightArrows, 9);
+}
+
+TEST_F(LiveTypingTest, TextThatTheUserTypesBetweenFragmentsEndsTheTyping) {
+    armAndType("Hello");
+    w.showField("Hello!");
+    type(" there");
+    EXPECT_EQ(text(), "Hello!");
+    EXPECT_EQ(settle("Hello there"), SettleOutcome::handOver);
+}
+
 // Ways of posting
 
 TEST_F(LiveTypingTest, AWayThatSaysYesAndDoesNothingIsGivenUpForTheApplication) {
