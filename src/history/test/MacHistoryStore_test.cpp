@@ -414,6 +414,7 @@ TEST(StoreAtRandom, DoesWhatTheSimplestModelDoes) {
             ASSERT_EQ(store->revision(), model.revision);
         }
         store.reset();
+        EXPECT_EQ(file.attempts(), model.writes);
         const MacHistoryStore next(clock, file);
         EXPECT_EQ(next.items(), HistoryList(model.onFile)) << "seed " << seed;
     }

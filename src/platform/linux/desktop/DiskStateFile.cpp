@@ -19,8 +19,8 @@ namespace lorvane {
 
 namespace {
 
-// A hundred times what a heavy user has after ten years; reading more would only take the memory.
-constexpr qsizetype largestFile = qsizetype(1) << 32;
+// Twenty times what a heavy user has after ten years; reading more would only take the memory.
+constexpr qsizetype largestFile = qsizetype(1) << 30;
 constexpr qsizetype roomBehind = 64;
 constexpr mode_t ownersFile = 0600;
 
@@ -136,8 +136,8 @@ DiskStateFile::DiskStateFile(const QString& path) : path_(path) {
 }
 
 QByteArray DiskStateFile::target() const {
-    const QString followed = QFileInfo(path_).canonicalFilePath();
-    return QFile::encodeName(followed.isEmpty() ? path_ : followed);
+    const QFileInfo followed(QFileInfo(path_).canonicalFilePath());
+    return QFile::encodeName(followed.isFile() ? followed.filePath() : path_);
 }
 
 StateFile::Content DiskStateFile::read() {
