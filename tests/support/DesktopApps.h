@@ -71,6 +71,7 @@ class DesktopApp {
     void wake();
     // Ends all of it at once, with nothing saved.
     void kill();
+    bool isRunning() const { return process_.state() == QProcess::Running; }
 
  private:
     DesktopApp() = default;

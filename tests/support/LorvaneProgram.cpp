@@ -25,7 +25,7 @@ const QString propertiesInterface = QStringLiteral("org.freedesktop.DBus.Propert
 class LorvaneProgram::PhaseRecorder : public QObject {
     Q_OBJECT
  public:
-    explicit PhaseRecorder(QStringList& phases) : phases_(phases) {
+    PhaseRecorder(QStringList& phases, std::chrono::steady_clock::time_point& at) : phases_(phases), at_(at) {
         QDBusConnection::sessionBus().connect(service, object, propertiesInterface,
                                               QStringLiteral("PropertiesChanged"), this,
                                               SLOT(changed(QString, QVariantMap, QStringList)));
@@ -38,16 +38,18 @@ class LorvaneProgram::PhaseRecorder : public QObject {
         }
         const QString notice = values.value(QStringLiteral("Notice")).toString();
         const QString phase = values.value(QStringLiteral("Phase")).toString();
+        at_ = std::chrono::steady_clock::now();
         phases_.append(notice.isEmpty() ? phase : phase + QStringLiteral(": ") + notice);
     }
 
  private:
     QStringList& phases_;
+    std::chrono::steady_clock::time_point& at_;
 };
 
 LorvaneProgram::LorvaneProgram(const QString& backend, const QJsonObject& preferences)
     : environment_(QProcessEnvironment::systemEnvironment()),
-      recorder_(std::make_unique<PhaseRecorder>(phases_)) {
+      recorder_(std::make_unique<PhaseRecorder>(phases_, lastPhaseAt_)) {
     environment_.insert(QStringLiteral("XDG_CONFIG_HOME"), home_.filePath(QStringLiteral("config")));
     environment_.insert(QStringLiteral("XDG_DATA_HOME"), home_.filePath(QStringLiteral("data")));
     environment_.insert(QStringLiteral("XDG_STATE_HOME"), home_.filePath(QStringLiteral("state")));

@@ -29,6 +29,8 @@ class LorvaneProgram {
     QStringList phases() const { return phases_; }
     bool waitForPhases(const QStringList& wanted, std::chrono::milliseconds bound = generously) const;
     void forgetPhases();
+    // When the last of `phases()` was told.
+    std::chrono::steady_clock::time_point lastPhaseAt() const { return lastPhaseAt_; }
     QString log() const;
     // What it has written to standard output and standard error so far.
     QString output();
@@ -46,6 +48,7 @@ class LorvaneProgram {
     class PhaseRecorder;
     std::unique_ptr<PhaseRecorder> recorder_;
     mutable QStringList phases_;
+    std::chrono::steady_clock::time_point lastPhaseAt_;
 };
 
 } // namespace lorvane

@@ -8,7 +8,7 @@ namespace lorvane {
 
 namespace {
 
-// %1: the field's element, %2: its text as a JavaScript array of one.
+// %1: the field's element, %2: its text as a JavaScript array of one, %3: whether it is deaf.
 const QString page = QStringLiteral(R"(<!doctype html>
 <meta charset="utf-8">
 <title>One text</title>
@@ -23,6 +23,9 @@ field.value = %2[0];
 field.setSelectionRange(field.value.length, field.value.length);
 field.focus();
 document.getElementById('form').addEventListener('submit', event => { ++sent; event.preventDefault(); });
+field.addEventListener('beforeinput', event => {
+  if (%3 && event.inputType === 'insertText') event.preventDefault();
+});
 document.addEventListener('keydown', () => { ++keys; });
 const tell = async () => {
   const now = JSON.stringify({
@@ -50,7 +53,9 @@ WebPage::WebPage(const QString& text, Kind kind) {
     // "<" is written so that the text cannot end the script.
     const auto array = QJsonDocument(QJsonArray{text}).toJson(QJsonDocument::Compact).replace("<", "\\u003c");
     auto reply =
-        ScriptedReply::body(page.arg(kind == Kind::area ? area : line, QString::fromUtf8(array)).toUtf8());
+        ScriptedReply::body(page.arg(kind == Kind::line ? line : area, QString::fromUtf8(array),
+                                     kind == Kind::deaf ? QStringLiteral("true") : QStringLiteral("false"))
+                                .toUtf8());
     reply.headers = {{"Content-Type", "text/html; charset=utf-8"}};
     server_.script("/", reply);
     server_.script(reportPath, ScriptedReply::body("ok"));

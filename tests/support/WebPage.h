@@ -14,6 +14,7 @@ class WebPage {
     enum class Kind {
         area, // of several lines
         line, // of one, in a form: Return sends the form
+        deaf, // an area that takes no keys for text; pasting works
     };
 
     // The caret stands behind the text.
