@@ -1,8 +1,33 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/DesktopPresence.h"
 
+#include "base/PreferenceCatalogue.h"
+#include "input/Hotkey.h"
+
 namespace lorvane {
 
-DesktopPresence::DesktopPresence(const Foundation& foundation) : windows(foundation) {}
+namespace {
+
+QString holdKeyName(const Foundation& foundation) {
+    const auto key = hotkeyFromRawName(foundation.preferences.get(preference::hotkey));
+    return shortLabel(key.value_or(Hotkey::rightCommand), foundation.words);
+}
+
+} // namespace
+
+DesktopPresence::DesktopPresence(const Foundation& foundation, const QDBusConnection& session,
+                                 RecentDictations& dictations)
+    : notification(session), appearance(session),
+      factory(appearance,
+              [foundation, &dictations] {
+                  return std::make_unique<HomeModel>(foundation.words, dictations, holdKeyName(foundation));
+              }),
+      windows(foundation, factory,
+              {[this](const QString& choice) { appearance.apply(choice); },
+               [this](const QString& text) { notification.show(text); }}) {
+    applyPalette(appearance.isDark());
+    QObject::connect(&appearance, &Appearance::darkChanged, &appearance,
+                     [this] { applyPalette(appearance.isDark()); });
+}
 
 } // namespace lorvane

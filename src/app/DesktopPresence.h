@@ -1,17 +1,23 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "app/Notification.h"
 #include "app/PlainPresence.h"
-#include "base/Foundation.h"
+#include "app/ShellWindows.h"
+#include "ui/windows/QuickWindows.h"
 
 namespace lorvane {
 
-/// What the program shows of itself. Needs an application with windows.
+/// What the program shows of itself: the pill and the windows. Needs an application with windows.
 struct DesktopPresence {
-    explicit DesktopPresence(const Foundation& foundation);
+    DesktopPresence(const Foundation& foundation, const QDBusConnection& session,
+                    RecentDictations& dictations);
 
+    Notification notification;
+    Appearance appearance;
+    QuickWindows factory;
     NoPill pill;
-    NoWindows windows;
+    ShellWindows windows;
 };
 
 } // namespace lorvane

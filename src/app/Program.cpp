@@ -9,6 +9,7 @@
 #include "app/Dictation.h"
 #include "app/EndSignals.h"
 #include "app/NoticeNotifier.h"
+#include "app/Shell.h"
 #include "app/Stores.h"
 #include "base/PreferenceCatalogue.h"
 
@@ -25,12 +26,20 @@ int fail(const char* reason) {
     return 1;
 }
 
+/// Nothing that was dictated is kept.
+class NoDictations final : public RecentDictations {
+ public:
+    [[nodiscard]] std::vector<RecentDictation> newest(std::size_t /*most*/) const override { return {}; }
+    [[nodiscard]] Handle subscribe(std::function<void()> /*changed*/) override { return {}; }
+};
+
 /// The whole program, made once.
 class Program {
  public:
     Program(const Foundation& foundation, const QDBusConnection& session)
         : foundation_(foundation), session_(session), desktop_(foundation, session),
-          displayLost_(desktop_.display.onLost([] { endWithoutDisplay(); })), presence_(foundation) {
+          displayLost_(desktop_.display.onLost([] { endWithoutDisplay(); })),
+          presence_(foundation, session, dictations_) {
         running = this;
     }
     ~Program() { running = nullptr; }
@@ -53,11 +62,13 @@ class Program {
     QDBusConnection session_;
     DesktopAdapters desktop_;
     Handle displayLost_;
+    NoDictations dictations_;
     DesktopPresence presence_;
     std::unique_ptr<Dictation> dictation_;
     std::unique_ptr<BackendChoice> backend_;
     QObject busObject_;
     std::unique_ptr<NoticeNotifier> notifier_;
+    std::unique_ptr<Shell> shell_;
     static Program* running;
 };
 
@@ -78,6 +89,8 @@ void Program::start() {
                                              [this] { showBackendGone(); }};
     backend_ = std::make_unique<BackendChoice>(foundation_, BundledBackend::standardExecutable(), callbacks);
     presence_.windows.onFirstRunOver = [&controller] { controller.finishOnboarding(); };
+    shell_ = std::make_unique<Shell>(foundation_, desktop_, presence_, *dictation_,
+                                     [] { QCoreApplication::quit(); });
     notifier_ = std::make_unique<NoticeNotifier>(controller, session_);
     new ControlService(&busObject_, controller, session_, [] { QCoreApplication::quit(); });
     session_.registerObject(control::objectPath, &busObject_);
