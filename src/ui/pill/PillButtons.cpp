@@ -3,6 +3,7 @@
 
 #include "ui/pill/PillPainter.h"
 
+#include <QEvent>
 #include <QPainter>
 #include <QPainterPath>
 
@@ -47,6 +48,17 @@ void PillButton::setAppearance(double appearance) {
     update();
 }
 
+// The tip is drawn by the pill itself: Qt's own would stand on top of the controls.
+bool PillButton::event(QEvent* event) {
+    if (event->type() == QEvent::ToolTip) {
+        if (onTip) {
+            onTip();
+        }
+        return true;
+    }
+    return QAbstractButton::event(event);
+}
+
 void PillButton::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
@@ -75,6 +87,9 @@ void PillButton::enterEvent(QEnterEvent* event) {
 void PillButton::leaveEvent(QEvent* event) {
     QAbstractButton::leaveEvent(event);
     update();
+    if (onLeft) {
+        onLeft();
+    }
 }
 
 } // namespace lorvane

@@ -6,6 +6,7 @@
 
 #include <QAbstractButton>
 
+#include <functional>
 #include <optional>
 
 namespace lorvane {
@@ -22,8 +23,12 @@ class PillButton final : public QAbstractButton {
     void describe(const QString& what, const QString& value);
     /// How far it has come up with the capsule.
     void setAppearance(double appearance);
+    /// The pointer has rested on it for a moment, and has left.
+    std::function<void()> onTip;
+    std::function<void()> onLeft;
 
  protected:
+    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void enterEvent(QEnterEvent* event) override;
     void leaveEvent(QEvent* event) override;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/pill/PillPainter.h"
 
+#include "ui/pill/PillGeometry.h"
 #include "ui/pill/PillIcons.h"
 
 #include <QFontMetricsF>
@@ -26,7 +27,13 @@ constexpr double crossSize = 8;
 constexpr double cancelSize = 22;
 constexpr double progressGap = 9;
 constexpr double gap = 7;
-constexpr double noticePadding = 4;
+constexpr double padding = 4;
+/// What the measure of a notice leaves at each side of its icon and text.
+constexpr double noticeMargin = 7;
+constexpr double smallRadius = 8;
+constexpr double tipHeight = 24;
+constexpr double tipMargin = 10;
+constexpr double tipDistance = 6;
 
 double widthOf(const QPainter& painter, const QString& text) {
     return QFontMetricsF(painter.font()).horizontalAdvance(text);
@@ -58,10 +65,17 @@ QPainterPath capsulePath(const QRectF& capsule) {
     return path;
 }
 
+QPainterPath tipPath(const QRectF& area) {
+    QPainterPath path;
+    path.addRoundedRect(area, smallRadius, smallRadius);
+    return path;
+}
+
 void PillPainter::draw(const PillPicture& picture) {
     painter_.setRenderHint(QPainter::Antialiasing);
     painter_.setFont(pillTextFont(*painter_.device()));
     drawCapsule(picture);
+    drawTip(picture);
     painter_.setClipPath(capsulePath(picture.capsule), Qt::IntersectClip);
     painter_.setOpacity(std::clamp(picture.appearance, 0.0, 1.0));
     switch (picture.content) {
@@ -149,9 +163,9 @@ void PillPainter::drawSpinner(const QRectF& where, double turn) {
 void PillPainter::drawProgress(const PillPicture& picture) {
     const QRectF& capsule = picture.capsule;
     const double room = cancelArea(capsule).left() - capsule.left();
-    const double longest = room - 2 * noticePadding - iconSize - progressGap;
+    const double longest = room - 2 * padding - iconSize - progressGap;
     const double width = std::min(widthOf(painter_, picture.text) + 1, longest);
-    const double x = capsule.left() + (room - iconSize - progressGap - width) * 0.5 + noticePadding * 0.5;
+    const double x = capsule.left() + (room - iconSize - progressGap - width) * 0.5 + padding * 0.5;
     const double middle = capsule.center().y();
     drawSpinner(square(x, middle, iconSize), picture.turn);
     drawText({x + iconSize + progressGap, capsule.top(), width, capsule.height()}, picture.text,
@@ -160,7 +174,7 @@ void PillPainter::drawProgress(const PillPicture& picture) {
 
 void PillPainter::drawDone(const PillPicture& picture) {
     const QRectF& capsule = picture.capsule;
-    const double longest = capsule.width() - 4 * noticePadding - iconSize - gap;
+    const double longest = capsule.width() - 4 * padding - iconSize - gap;
     const double width = std::min(widthOf(painter_, picture.text) + 1, longest);
     const double x = capsule.center().x() - (iconSize + gap + width) * 0.5;
     const double size = iconSize * picture.pop;
@@ -169,8 +183,28 @@ void PillPainter::drawDone(const PillPicture& picture) {
     drawText({x + iconSize + gap, capsule.top(), width, capsule.height()}, picture.text, colours_.ink, false);
 }
 
+QRectF PillPainter::tipArea(const QString& tip, double middle, const QRectF& capsule,
+                            const QPaintDevice& device) {
+    const double width =
+        std::ceil(QFontMetricsF(pillTextFont(device)).horizontalAdvance(tip)) + 2 * tipMargin;
+    const double farthest = std::max(0.0, pillGeometry::panelWidth - width);
+    return {std::clamp(middle - width * 0.5, 0.0, farthest), capsule.top() - tipDistance - tipHeight, width,
+            tipHeight};
+}
+
+void PillPainter::drawTip(const PillPicture& picture) {
+    if (picture.tip.isEmpty()) {
+        return;
+    }
+    painter_.fillPath(tipPath(picture.tipArea), colours_.bottom);
+    painter_.setBrush(Qt::NoBrush);
+    painter_.setPen(QPen(colours_.rim, 1));
+    painter_.drawPath(tipPath(picture.tipArea.adjusted(0.5, 0.5, -0.5, -0.5)));
+    drawText(picture.tipArea.adjusted(tipMargin, 0, -tipMargin, 0), picture.tip, colours_.ink, false);
+}
+
 void PillPainter::drawNotice(const PillPicture& picture) {
-    const QRectF inner = picture.capsule.adjusted(2 * noticePadding, 0, -2 * noticePadding, 0);
+    const QRectF inner = picture.capsule.adjusted(noticeMargin, 0, -noticeMargin, 0);
     const bool twoLines = pillLayout::isTwoLines(picture.capsule.size());
     const double longest = inner.width() - iconSize - gap;
     const double width = twoLines ? longest : std::min(widthOf(painter_, picture.text) + 1, longest);

@@ -21,6 +21,9 @@ namespace lorvane {
 /// The outline of a capsule: round ends, softened corners when it is taller than a line.
 [[nodiscard]] QPainterPath capsulePath(const QRectF& capsule);
 
+/// The outline of a tip.
+[[nodiscard]] QPainterPath tipPath(const QRectF& area);
+
 /// What is drawn, all of it.
 struct PillPicture {
     pillLayout::Content content = pillLayout::Content::restingBars;
@@ -32,6 +35,9 @@ struct PillPicture {
     double pop = 1;
     double turn = 0;
     WaveModel::Bars bars{};
+    /// Above the capsule; empty without one.
+    QRectF tipArea;
+    QString tip;
     /// Without it the window is cut out along the capsule and what is outside of it is not seen.
     bool isComposited = true;
 };
@@ -42,8 +48,11 @@ class PillPainter {
     PillPainter(QPainter& painter, const PillColours& colours) : painter_(painter), colours_(colours) {}
 
     void draw(const PillPicture& picture);
-    /// Where the label of a take on its way may stand, between the spinner and the button.
+    /// Where the button of a take on its way stands.
     [[nodiscard]] static QRectF cancelArea(const QRectF& capsule);
+    /// Where a tip stands: above the capsule, in the middle of what it is about, inside the window.
+    [[nodiscard]] static QRectF tipArea(const QString& tip, double middle, const QRectF& capsule,
+                                        const QPaintDevice& device);
 
  private:
     void drawShadow(const QRectF& capsule);
@@ -52,6 +61,7 @@ class PillPainter {
     void drawWave(const PillPicture& picture);
     void drawProgress(const PillPicture& picture);
     void drawDone(const PillPicture& picture);
+    void drawTip(const PillPicture& picture);
     void drawNotice(const PillPicture& picture);
     void drawBar(double x, double middle, double height, const QColor& colour);
     void drawSpinner(const QRectF& where, double turn);

@@ -46,6 +46,7 @@ PillPanel::PillPanel(Clock& clock, PillDesktop& desktop, PillSurface& surface)
                            Qt::WindowDoesNotAcceptFocus | Qt::BypassWindowManagerHint |
                            Qt::NoDropShadowWindowHint),
       clock_(clock), surface_(surface), x_(glideFeel, 0), y_(glideFeel, 0),
+      stacking_(desktop.onChange([this](DesktopChange) { stayInFront(); })),
       compositing_(surface.onCompositedChange([this] { shapeWindow(); })),
       placement_(clock, desktop,
                  {[](const QRect& frame) { return screenAt(frame.center())->devicePixelRatio(); },
@@ -56,7 +57,6 @@ PillPanel::PillPanel(Clock& clock, PillDesktop& desktop, PillSurface& surface)
     setAttribute(Qt::WA_AlwaysShowToolTips);
     setFocusPolicy(Qt::NoFocus);
     setWindowTitle(QStringLiteral("Lorvane"));
-    setStyleSheet(tipLook);
     setFixedSize(pillGeometry::panelWidth, pillGeometry::panelHeight);
 }
 
@@ -144,6 +144,13 @@ void PillPanel::shapeInput() {
                                QRectF(area.topLeft() * scale, area.size() * scale).toRect());
 }
 
+// A window that has just been shown stands above all that were there, whatever they asked for.
+void PillPanel::stayInFront() {
+    if (isVisible()) {
+        raise();
+    }
+}
+
 // Where nothing is see-through, the window is cut out along the capsule.
 void PillPanel::shapeWindow() {
     if (!view_) {
@@ -154,8 +161,11 @@ void PillPanel::shapeWindow() {
         clearMask();
         return;
     }
-    const QPolygonF outline = capsulePath(view_->capsule()).toFillPolygon();
-    setMask(QRegion(outline.toPolygon()));
+    QRegion shape;
+    for (const QPolygonF& outline : view_->outline().toFillPolygons()) {
+        shape += QRegion(outline.toPolygon());
+    }
+    setMask(shape);
 }
 
 } // namespace lorvane

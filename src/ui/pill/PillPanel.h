@@ -33,6 +33,7 @@ class PillPanel final : public QWidget, public Pill {
     void moveTo(const QRect& place, bool animated);
     void put(const QRect& place);
     void glide();
+    void stayInFront();
     void shapeInput();
     void shapeWindow();
 
@@ -44,6 +45,7 @@ class PillPanel final : public QWidget, public Pill {
     QSize size_;
     Instant lastStep_{};
     Handle gliding_;
+    Handle stacking_;
     Handle compositing_;
     PillPlacement placement_;
 };

@@ -12,7 +12,6 @@
 #include <QFontMetricsF>
 #include <QMouseEvent>
 #include <QPainter>
-#include <QToolTip>
 
 namespace lorvane {
 
@@ -49,6 +48,11 @@ PillView::PillView(const Foundation& foundation, World world)
 PillView::~PillView() = default;
 
 void PillView::connectControls() {
+    for (PillButton* const button : {&language_, &microphone_, &translation_, &cancel_}) {
+        button->onTip = [this, button] { showTip(button); };
+        button->onLeft = [this] { showTip(nullptr); };
+        connect(button, &QAbstractButton::pressed, this, [this] { showTip(nullptr); });
+    }
     connect(&microphone_, &QAbstractButton::clicked, this, [this] { tap(); });
     connect(&cancel_, &QAbstractButton::clicked, this, [this] { world_.commands.cancelProcessing(); });
     connect(&language_, &QAbstractButton::clicked, this, [this] {
@@ -69,6 +73,29 @@ void PillView::connectControls() {
                                           }),
                  above(translation_));
     });
+}
+
+QPainterPath PillView::outline() const {
+    QPainterPath path = capsulePath(capsule());
+    if (tipped_ != nullptr) {
+        path.addPath(tipPath(tipArea()));
+    }
+    return path;
+}
+
+void PillView::showTip(const PillButton* about) {
+    if (tipped_ != about) {
+        tipped_ = about;
+        update();
+        if (onShape) {
+            onShape();
+        }
+    }
+}
+
+QRectF PillView::tipArea() const {
+    return PillPainter::tipArea(tipped_->toolTip(), QRectF(tipped_->geometry()).center().x(), capsule(),
+                                *this);
 }
 
 void PillView::watchWorld() {
@@ -141,6 +168,7 @@ void PillView::refresh() {
         button->setVisible(hasControls);
     }
     cancel_.setVisible(content_ == Content::progress);
+    showTip(nullptr);
     announce();
 }
 
@@ -204,7 +232,10 @@ void PillView::redraw() {
 }
 
 PillPicture PillView::picture() const {
-    PillPicture picture{content_, capsule(), label()};
+    PillPicture picture;
+    picture.content = content_;
+    picture.capsule = capsule();
+    picture.text = label();
     if (const auto* const notice = std::get_if<Notice>(&world_.status.phase.get())) {
         picture.severity = notice->severity;
     }
@@ -213,6 +244,10 @@ PillPicture PillView::picture() const {
     picture.turn = motion_.turn();
     picture.bars = motion_.bars();
     picture.isComposited = isComposited_;
+    if (tipped_ != nullptr) {
+        picture.tipArea = tipArea();
+        picture.tip = tipped_->toolTip();
+    }
     return picture;
 }
 
@@ -231,6 +266,7 @@ void PillView::leaveEvent(QEvent* event) {
     if (!hasMenu_) {
         setHovering(false);
     }
+    showTip(nullptr);
 }
 
 void PillView::mousePressEvent(QMouseEvent* event) {
@@ -268,7 +304,7 @@ QPoint PillView::above(const QWidget& control) const {
 }
 
 void PillView::openMenu(std::unique_ptr<QMenu> menu, const QPoint& where) {
-    QToolTip::hideText();
+    showTip(nullptr);
     hasMenu_ = true;
     quietMenu::prepare(*menu, isComposited_);
     quietMenu::open(menu.release(), where, [this] {

@@ -48,6 +48,8 @@ class PillView final : public QWidget {
     /// Called when the capsule's shape has changed.
     std::function<void()> onShape;
     [[nodiscard]] QRectF capsule() const { return pillLayout::capsule(motion_.size()); }
+    /// Of all that is drawn.
+    [[nodiscard]] QPainterPath outline() const;
     [[nodiscard]] const PillMotion& motion() const { return motion_; }
     [[nodiscard]] bool wantsLessMotion() const { return world_.comfort.wantsLessMotion(); }
 
@@ -76,6 +78,8 @@ class PillView final : public QWidget {
     void announce();
     void redraw();
     void tap();
+    void showTip(const PillButton* about);
+    [[nodiscard]] QRectF tipArea() const;
     /// Positions of menus are global; each opens above its position.
     [[nodiscard]] QPoint above(const QWidget& control) const;
     void openMenu(std::unique_ptr<QMenu> menu, const QPoint& where);
@@ -92,6 +96,8 @@ class PillView final : public QWidget {
     bool isComposited_ = true;
     pillLayout::Content content_ = pillLayout::Content::restingBars;
     QRectF drawn_;
+    /// The control that the tip is about.
+    const PillButton* tipped_ = nullptr;
     PillButton language_;
     PillButton microphone_;
     PillButton translation_;

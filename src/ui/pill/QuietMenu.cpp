@@ -89,6 +89,13 @@ void open(QMenu* menu, const QPoint& above, std::function<void()> closed) {
         closed();
         menu->deleteLater();
     });
+    // A menu closes by itself only when it holds the keyboard.
+    QObject::connect(menu, &QMenu::triggered, menu, [menu] {
+        for (QMenu* const submenu : menu->findChildren<QMenu*>()) {
+            submenu->close();
+        }
+        menu->close();
+    });
     menu->ensurePolished();
     menu->popup(placeAbove(*menu, above));
 }

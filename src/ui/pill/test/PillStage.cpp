@@ -2,6 +2,7 @@
 // The pill alone on a real display, for tests, pictures and measures. Standard input moves it, a line each:
 //   phase idle|recording|processing|done     notice warning|error TEXT     translating on|off
 //   level 0..1     calm on|off     contrast on|off     hide     show     speak CODE     translate CODE
+//   wallpaper light|dark
 //   menu on (adds a program menu with a submenu to the pill's own)     state (answers with what it shows)
 // Standard output tells what its controls did.
 #include "base/PreferenceCatalogue.h"
@@ -17,6 +18,8 @@
 #include <QApplication>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QPainter>
+#include <QScreen>
 #include <QSocketNotifier>
 
 #include <cstdio>
@@ -41,6 +44,29 @@ PillLanguages catalogue() {
             },
             ownNameOf};
 }
+
+/// A desktop's own window with a picture, since compositors do not draw the root window's.
+class Wallpaper final : public QWidget {
+ public:
+    explicit Wallpaper(bool isDark) : isDark_(isDark) {
+        setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::BypassWindowManagerHint |
+                       Qt::WindowDoesNotAcceptFocus | Qt::WindowTransparentForInput);
+        setAttribute(Qt::WA_ShowWithoutActivating);
+        setGeometry(QGuiApplication::primaryScreen()->virtualGeometry());
+    }
+
+ protected:
+    void paintEvent(QPaintEvent*) override {
+        QLinearGradient fill(rect().topLeft(), rect().bottomRight());
+        fill.setColorAt(0, isDark_ ? QColor(20, 24, 38) : QColor(250, 247, 240));
+        fill.setColorAt(0.5, isDark_ ? QColor(34, 28, 52) : QColor(214, 226, 236));
+        fill.setColorAt(1, isDark_ ? QColor(10, 12, 18) : QColor(238, 226, 208));
+        QPainter(this).fillRect(rect(), fill);
+    }
+
+ private:
+    bool isDark_;
+};
 
 class Stage {
  public:
@@ -125,6 +151,10 @@ class Stage {
             panel_.orderOut();
         } else if (word == "show") {
             panel_.show();
+        } else if (word == "wallpaper") {
+            wallpaper_ = std::make_unique<Wallpaper>(rest == "dark");
+            wallpaper_->show();
+            wallpaper_->lower();
         } else if (word == "menu") {
             hasProgramMenu_ = rest == "on";
         } else if (word == "state") {
@@ -181,6 +211,7 @@ class Stage {
     double level_ = 0;
     bool hasProgramMenu_ = false;
     QByteArray pending_;
+    std::unique_ptr<Wallpaper> wallpaper_;
     std::vector<Handle> watches_;
     QSocketNotifier input_;
     PillPanel panel_{clock_, desktop_, surface_};
