@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/DesktopAdapters.h"
 
+#include "app/Stores.h"
 #include "platform/linux/av/SwrPCMConverter.h"
 
 #include <QLocale>
@@ -21,6 +22,8 @@ DesktopAdapters::DesktopAdapters(const Foundation& foundation, const QDBusConnec
           foundation, accessibilityBus, accessibilitySwitch,
           [this] { return display.isAlive() && capabilities.canPostKeys(); }, session),
       sound(foundation.clock), inputs(sound), engines(sound, SwrPCMConverter::make), chime(sound),
-      http(foundation.clock), secrets(foundation.clock), journal(foundation.preferences) {}
+      http(foundation.clock), secrets(foundation.clock),
+      historyFile(dataFolder() + QStringLiteral("/tirra-history.json")),
+      history(foundation.clock, historyFile), journal(history, foundation.preferences) {}
 
 } // namespace lorvane

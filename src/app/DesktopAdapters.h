@@ -2,7 +2,7 @@
 #pragma once
 
 #include "api/IdentityCloud.h"
-#include "app/PlainPresence.h"
+#include "app/HistoryJournal.h"
 #include "app/SettleTimes.h"
 #include "base/Foundation.h"
 #include "platform/linux/atspi/AccessibilitySwitch.h"
@@ -12,6 +12,7 @@
 #include "platform/linux/atspi/AtspiInsertion.h"
 #include "platform/linux/av/AvTakeCodec.h"
 #include "platform/linux/clipboard/X11Pasteboard.h"
+#include "platform/linux/desktop/DiskStateFile.h"
 #include "platform/linux/desktop/QtHttpClient.h"
 #include "platform/linux/pulse/PulseAudioEngineFactory.h"
 #include "platform/linux/pulse/PulseChime.h"
@@ -66,7 +67,9 @@ struct DesktopAdapters {
     QtHttpClient http;
     KeychainSecretStore secrets;
     NoIdentityCloud cloud;
-    StreakJournal journal;
+    DiskStateFile historyFile;
+    MacHistoryStore history;
+    HistoryJournal journal;
 };
 
 } // namespace lorvane
