@@ -67,6 +67,10 @@ LorvaneProgram::LorvaneProgram(const QString& backend, const QJsonObject& prefer
     }
     process_.setProcessEnvironment(environment_);
     process_.setProcessChannelMode(QProcess::MergedChannels);
+    start();
+}
+
+void LorvaneProgram::start() {
     process_.start(QStringLiteral(LORVANE_PROGRAM), QStringList());
     const bool ready =
         process_.waitForStarted() && waitUntil([this] {
@@ -77,12 +81,23 @@ LorvaneProgram::LorvaneProgram(const QString& backend, const QJsonObject& prefer
     }
 }
 
-LorvaneProgram::~LorvaneProgram() {
+LorvaneProgram::~LorvaneProgram() { end(); }
+
+void LorvaneProgram::end() {
+    if (!isRunning()) {
+        return;
+    }
     process_.terminate();
     if (!process_.waitForFinished(5000)) {
         process_.kill();
         process_.waitForFinished(5000);
     }
+}
+
+void LorvaneProgram::restart() {
+    end();
+    forgetPhases();
+    start();
 }
 
 QString LorvaneProgram::property(const QString& name) const {
@@ -111,6 +126,10 @@ QString LorvaneProgram::output() { return QString::fromUtf8(output_ += process_.
 
 QString LorvaneProgram::preferencesFile() const {
     return home_.filePath(QStringLiteral("config/Tirra/preferences.json"));
+}
+
+QString LorvaneProgram::historyFile() const {
+    return home_.filePath(QStringLiteral("data/Tirra/tirra-history.json"));
 }
 
 int LorvaneProgram::run(const QStringList& arguments, QByteArray* output) const {

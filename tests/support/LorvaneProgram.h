@@ -35,12 +35,18 @@ class LorvaneProgram {
     // What it has written to standard output and standard error so far.
     QString output();
     QString preferencesFile() const;
+    QString historyFile() const;
     int run(const QStringList& arguments, QByteArray* output = nullptr) const;
     bool isRunning() const { return process_.state() == QProcess::Running; }
     int exitCode() const { return process_.exitCode(); }
     void kill();
+    // Ends it as a user does, unless it has ended, and starts it with the same folders.
+    void restart();
 
  private:
+    void start();
+    void end();
+
     QProcessEnvironment environment_;
     QTemporaryDir home_;
     QProcess process_;
