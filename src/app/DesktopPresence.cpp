@@ -4,6 +4,8 @@
 #include "base/PreferenceCatalogue.h"
 #include "input/Hotkey.h"
 
+#include <QStandardPaths>
+
 namespace lorvane {
 
 namespace {
@@ -16,12 +18,16 @@ QString holdKeyName(const Foundation& foundation) {
 } // namespace
 
 DesktopPresence::DesktopPresence(const Foundation& foundation, const QDBusConnection& session,
-                                 RecentDictations& dictations)
+                                 X11Connection& display, RecentDictations& dictations)
     : notification(session), appearance(session),
       factory(appearance,
               [foundation, &dictations] {
                   return std::make_unique<HomeModel>(foundation.words, dictations, holdKeyName(foundation));
               }),
+      comfort(session, QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)),
+      pillDesktop(display), pillSurface(display),
+      pill(display.isAlive() ? std::make_unique<PillPanel>(foundation.clock, pillDesktop, pillSurface)
+                             : nullptr),
       windows(foundation, factory,
               {[this](const QString& choice) { appearance.apply(choice); },
                [this](const QString& text) { notification.show(text); }}) {

@@ -7,7 +7,7 @@ Dictation::Dictation(const Foundation& foundation, DesktopAdapters& desktop, Des
     : http(desktop.http, foundation.clock), api(http, desktop.secrets, foundation.preferences, desktop.cloud),
       recorder(foundation, desktop.engines, desktop.inputs), encoder(foundation, desktop.codec),
       parts(foundation, api, encoder), capture(foundation, recorder, parts),
-      screen(foundation.clock, presence.pill, presence.windows),
+      screen(foundation.clock, *presence.pill, presence.windows),
       status(foundation.clock, screen, desktop.accessibility), keys(foundation, desktop.keyEvents),
       insertion(foundation, *desktop.pasteboard, desktop.pasteKeys, desktop.fields, desktop.workspace),
       typing(foundation,

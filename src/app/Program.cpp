@@ -39,7 +39,7 @@ class Program {
     Program(const Foundation& foundation, const QDBusConnection& session)
         : foundation_(foundation), session_(session), desktop_(foundation, session),
           displayLost_(desktop_.display.onLost([] { endWithoutDisplay(); })),
-          presence_(foundation, session, dictations_) {
+          presence_(foundation, session, desktop_.display, dictations_) {
         running = this;
     }
     ~Program() { running = nullptr; }

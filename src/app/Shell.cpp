@@ -16,6 +16,17 @@ QString localeName(const Preferences& preferences) {
     return chosen.isEmpty() ? QLocale::system().name() : chosen.first();
 }
 
+PillLanguages catalogue(const LanguageNames& languages) {
+    return {[] {
+                std::vector<LanguageChoice> targets;
+                for (const Language& language : translationLanguages()) {
+                    targets.push_back({language.code, language.ownName});
+                }
+                return targets;
+            },
+            [&languages](const QString& code) { return languages.displayName(code); }};
+}
+
 } // namespace
 
 Shell::Shell(const Foundation& foundation, DesktopAdapters& desktop, DesktopPresence& presence,
@@ -24,15 +35,39 @@ Shell::Shell(const Foundation& foundation, DesktopAdapters& desktop, DesktopPres
       updates(foundation.words, [&presence](const QString& text) { presence.notification.show(text); }),
       menu(foundation, languages,
            {dictation.controller, devices, updates,
-            [&desktop] { desktop.accessibility.openAccessibilitySettings(); }, std::move(quit)}),
+            [&desktop] { desktop.accessibility.openAccessibilitySettings(); }, quit}),
       tray(foundation, menu, QDBusConnection::sessionBus(),
            [&presence, &words = foundation.words] {
                presence.notification.show(
                    words.text("This desktop has no tray. Lorvane's menu is on the pill: click it with the "
                               "right button."));
            }),
-      ownKeys(desktop.keyEvents) {
+      ownKeys(desktop.keyEvents), presence_(presence) {
     QCoreApplication::instance()->installNativeEventFilter(&ownKeys);
+    presence.pill->host(std::make_unique<PillView>(
+        foundation, PillView::World{dictation.status, presence.comfort, catalogue(languages),
+                                    pillCommands(dictation, std::move(quit))}));
+}
+
+// The window outlives what its view looks at.
+Shell::~Shell() { presence_.pill->host(nullptr); }
+
+PillCommands Shell::pillCommands(Dictation& dictation, std::function<void()> quit) {
+    DictationController& controller = dictation.controller;
+    return {[&recorder = dictation.recorder] { return recorder.level(); },
+            [&controller] { return controller.hotkey(); },
+            [&controller] { controller.startDictation(Source::toggle); },
+            [&controller] { controller.stopDictation(); },
+            [&controller] { controller.cancelProcessing(); },
+            [&controller] { controller.hideBar(seconds(3600)); },
+            std::move(quit),
+            [this](QMenu& pillMenu) {
+                if (tray.isThere()) {
+                    return false;
+                }
+                fillMenu(pillMenu, menu);
+                return true;
+            }};
 }
 
 } // namespace lorvane

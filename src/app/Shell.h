@@ -11,10 +11,13 @@
 
 namespace lorvane {
 
-/// The menu and the tray around a dictation.
+/// The menu, the tray and the pill's content around a dictation.
 struct Shell {
     Shell(const Foundation& foundation, DesktopAdapters& desktop, DesktopPresence& presence,
           Dictation& dictation, std::function<void()> quit);
+    ~Shell();
+    Shell(const Shell&) = delete;
+    Shell& operator=(const Shell&) = delete;
 
     IcuLocaleNames locale;
     LanguageNames languages;
@@ -23,6 +26,11 @@ struct Shell {
     MenuModel menu;
     Tray tray;
     OwnWindowKeyFilter ownKeys;
+
+ private:
+    [[nodiscard]] PillCommands pillCommands(Dictation& dictation, std::function<void()> quit);
+
+    DesktopPresence& presence_;
 };
 
 } // namespace lorvane

@@ -78,8 +78,7 @@ void Tray::embed() {
 }
 
 void Tray::checkForTray() {
-    if (hosts_.hasHost() || QSystemTrayIcon::isSystemTrayAvailable() ||
-        foundation_.preferences.get(missingTold)) {
+    if (isThere() || foundation_.preferences.get(missingTold)) {
         return;
     }
     foundation_.preferences.set(missingTold, true);

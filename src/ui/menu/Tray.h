@@ -23,6 +23,11 @@ class Tray {
     Tray(const Tray&) = delete;
     Tray& operator=(const Tray&) = delete;
 
+    /// Whether there is a tray of either kind now.
+    [[nodiscard]] bool isThere() const {
+        return hosts_.hasHost() || QSystemTrayIcon::isSystemTrayAvailable();
+    }
+
  private:
     void follow();
     void registerItem();

@@ -30,12 +30,12 @@ std::unique_ptr<QMenu> titledChoices(const QString& title, const std::vector<pil
 
 std::unique_ptr<QMenu> context(const ContextActions& actions, const Localisation& words) {
     auto menu = std::make_unique<QMenu>();
-    if (actions.extend) {
-        actions.extend(*menu);
-    }
     QObject::connect(menu->addAction(words.text("Hide for 1 hour")), &QAction::triggered, menu.get(),
                      actions.hideForAnHour);
     menu->addSeparator();
+    if (actions.extend && actions.extend(*menu)) {
+        return menu;
+    }
     QObject::connect(menu->addAction(words.text("Quit Lorvane")), &QAction::triggered, menu.get(),
                      actions.quit);
     return menu;

@@ -25,8 +25,9 @@ namespace pillMenus {
 struct ContextActions {
     std::function<void()> hideForAnHour;
     std::function<void()> quit;
-    /// Adds the program's whole menu where the desktop has no tray for it; may be empty.
-    std::function<void(QMenu&)> extend;
+    /// Adds the program's whole menu, which quits too, where the desktop has no tray for it; false where it
+    /// has. May be empty.
+    std::function<bool(QMenu&)> extend;
 };
 [[nodiscard]] std::unique_ptr<QMenu> context(const ContextActions& actions, const Localisation& words);
 

@@ -63,7 +63,11 @@ PillPanel::PillPanel(Clock& clock, PillDesktop& desktop, PillSurface& surface)
 PillPanel::~PillPanel() = default;
 
 void PillPanel::host(std::unique_ptr<PillView> view) {
+    orderOut();
     view_ = std::move(view);
+    if (!view_) {
+        return;
+    }
     view_->setParent(this);
     view_->move(0, 0);
     view_->onShape = [this] { shapeWindow(); };

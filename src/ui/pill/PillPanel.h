@@ -19,7 +19,8 @@ class PillPanel final : public QWidget, public Pill {
     PillPanel(Clock& clock, PillDesktop& desktop, PillSurface& surface);
     ~PillPanel() override;
 
-    /// Once. The view reads what the dictation publishes, so it comes after that.
+    /// The view reads what the dictation publishes, so it comes after that and goes before. Without a view
+    /// the window is off the screen.
     void host(std::unique_ptr<PillView> view);
 
     void show() override;

@@ -27,8 +27,9 @@ struct PillCommands {
     std::function<void()> cancelProcessing;
     std::function<void()> hideForAnHour;
     std::function<void()> quit;
-    /// Adds the program's whole menu to the pill's own where the desktop has no tray; may be empty.
-    std::function<void(QMenu&)> extendMenu = {};
+    /// Adds the program's whole menu, which quits too, to the pill's own where the desktop has no tray; false
+    /// where it has. May be empty.
+    std::function<bool(QMenu&)> extendMenu = {};
 };
 
 /// What the pill's window shows: the phase of the dictation, and the controls under the pointer. Tells every

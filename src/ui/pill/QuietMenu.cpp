@@ -20,7 +20,7 @@ const auto look =
                    "QMenu::item:selected { background: #3b3429; }"
                    "QMenu::item:disabled { color: #9a9285; }"
                    "QMenu::indicator { width: 6px; height: 6px; left: 9px; border-radius: 3px; }"
-                   "QMenu::indicator:checked { background: #8b7cf0; }"
+                   "QMenu::indicator:checked { background: #e8836d; }"
                    "QMenu::separator { height: 1px; background: #3b3429; margin: 4px 8px; }");
 
 /// Holds the pointer for a menu while it is on screen and gives it back to the one that opened it.

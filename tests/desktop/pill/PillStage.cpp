@@ -95,16 +95,17 @@ class Stage {
                     screen_.hideBar(seconds(3600));
                 },
                 [] { say("quit"); },
-                [this](QMenu& menu) { addProgramMenu(menu); }};
+                [this](QMenu& menu) { return addProgramMenu(menu); }};
     }
 
-    void addProgramMenu(QMenu& menu) {
+    bool addProgramMenu(QMenu& menu) {
         if (!hasProgramMenu_) {
-            return;
+            return false;
         }
         QMenu* const more = menu.addMenu("Microphone");
         QObject::connect(more->addAction("Built-in"), &QAction::triggered, more, [] { say("built-in"); });
-        menu.addSeparator();
+        QObject::connect(menu.addAction("Quit all"), &QAction::triggered, more, [] { say("quit all"); });
+        return true;
     }
 
     void read() {
