@@ -57,14 +57,16 @@ LorvaneProgram::LorvaneProgram(const QString& backend, const QJsonObject& prefer
     if (!backend.isEmpty()) {
         environment_.insert(QStringLiteral("LORVANE_BACKEND_URL"), backend);
     }
-    if (!preferences.isEmpty()) {
-        QDir().mkpath(home_.filePath(QStringLiteral("config/Tirra")));
-        QFile file(preferencesFile());
-        if (!file.open(QIODevice::WriteOnly)) {
-            throw std::runtime_error("the preferences cannot be written");
-        }
-        file.write(QJsonDocument(preferences).toJson());
+    QJsonObject stored = preferences;
+    const QString onboarded = QStringLiteral("tirra.mac.onboarded");
+    stored.insert(onboarded, stored.value(onboarded).toBool(true));
+    QDir().mkpath(home_.filePath(QStringLiteral("config/Tirra")));
+    QFile file(preferencesFile());
+    if (!file.open(QIODevice::WriteOnly)) {
+        throw std::runtime_error("the preferences cannot be written");
     }
+    file.write(QJsonDocument(stored).toJson());
+    file.close();
     process_.setProcessEnvironment(environment_);
     process_.setProcessChannelMode(QProcess::MergedChannels);
     start();

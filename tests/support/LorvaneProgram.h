@@ -14,7 +14,8 @@ namespace lorvane {
 // when it does not come up.
 class LorvaneProgram {
  public:
-    // `backend`: the address it is told to use; empty for the backend that comes with it.
+    // `backend`: the address it is told to use; empty for the backend that comes with it. The first run is
+    // over unless the preferences say otherwise.
     explicit LorvaneProgram(const QString& backend = {}, const QJsonObject& preferences = {});
     ~LorvaneProgram();
     LorvaneProgram(const LorvaneProgram&) = delete;

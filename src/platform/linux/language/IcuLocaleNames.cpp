@@ -22,7 +22,9 @@ QString nameIn(const QByteArray& locale, const QString& languageCode) {
 
 } // namespace
 
-IcuLocaleNames::IcuLocaleNames(const QString& locale) : locale_(locale.toLatin1()) {}
+// A system without a language reads English, as the program's words do.
+IcuLocaleNames::IcuLocaleNames(const QString& locale)
+    : locale_(locale.isEmpty() || locale == QLatin1String("C") ? QByteArray("en") : locale.toLatin1()) {}
 
 QString IcuLocaleNames::nameOf(const QString& languageCode) const { return nameIn(locale_, languageCode); }
 

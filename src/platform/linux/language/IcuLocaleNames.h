@@ -10,7 +10,7 @@ namespace lorvane {
 /// Names of languages from the locale data of ICU.
 class IcuLocaleNames final : public LocaleNames {
  public:
-    /// `locale`: of the user, as in "de_AT" or "de-AT".
+    /// `locale`: of the user, as in "de_AT" or "de-AT"; "C" and none read as English.
     explicit IcuLocaleNames(const QString& locale);
 
     [[nodiscard]] QString nameOf(const QString& languageCode) const override;

@@ -16,6 +16,11 @@ TEST(IcuLocaleNames, NamesAreInTheLanguageOfTheUser) {
     EXPECT_EQ(IcuLocaleNames("fr-FR").englishNameOf("de"), QStringLiteral("German"));
 }
 
+TEST(IcuLocaleNames, ASystemWithoutALanguageReadsEnglish) {
+    EXPECT_EQ(IcuLocaleNames("C").nameOf("de"), QStringLiteral("German"));
+    EXPECT_EQ(IcuLocaleNames(QString()).nameOf("de"), QStringLiteral("German"));
+}
+
 TEST(IcuLocaleNames, ALanguageThatNobodyNamesHasNone) {
     EXPECT_EQ(IcuLocaleNames("en").nameOf("xx"), QString());
     EXPECT_EQ(IcuLocaleNames("en").englishNameOf("xx"), QString());
