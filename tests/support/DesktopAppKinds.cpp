@@ -49,6 +49,12 @@ user_pref("trailhead.firstrun.didSeeAboutWelcome", true);
 
 } // namespace
 
+void DesktopApp::setEnvironment(const QString& name, const QString& value) {
+    auto environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(name, value);
+    process_.setProcessEnvironment(environment);
+}
+
 void DesktopApp::startEditor(const QString& program, const QStringList& arguments, const QString& text) {
     start(program, arguments + QStringList{writeFile(QStringLiteral("text.txt"), text.toUtf8())});
     waitForWindow();
@@ -62,6 +68,8 @@ std::unique_ptr<DesktopApp> DesktopApp::mousepad(const QString& text) {
 
 std::unique_ptr<DesktopApp> DesktopApp::gnomeTextEditor(const QString& text) {
     std::unique_ptr<DesktopApp> app(new DesktopApp);
+    // By default GTK 4 draws with OpenGL, which takes ten times as long without a graphics processor.
+    app->setEnvironment(QStringLiteral("GSK_RENDERER"), QStringLiteral("cairo"));
     app->startEditor(QStringLiteral("gnome-text-editor"), {QStringLiteral("--standalone")}, text);
     return app;
 }
@@ -74,9 +82,7 @@ std::unique_ptr<DesktopApp> DesktopApp::featherpad(const QString& text) {
 
 std::unique_ptr<DesktopApp> DesktopApp::writer(const QString& text) {
     std::unique_ptr<DesktopApp> app(new DesktopApp);
-    auto environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("SAL_USE_VCLPLUGIN"), QStringLiteral("gtk3"));
-    app->process_.setProcessEnvironment(environment);
+    app->setEnvironment(QStringLiteral("SAL_USE_VCLPLUGIN"), QStringLiteral("gtk3"));
     app->holds_ = [app = app.get()] { return app->readText(QStringLiteral("--document")); };
     const auto profile = QUrl::fromLocalFile(app->folder_.filePath(QStringLiteral("profile")));
     app->start(QStringLiteral("soffice"),
@@ -92,6 +98,7 @@ std::unique_ptr<DesktopApp> DesktopApp::writer(const QString& text) {
         }))
         throw std::runtime_error("what was typed for a trial stays: " + app->text().toStdString());
     keyboard.chord({keycode::leftControl, keycode::end});
+    app->waitUntilQuiet();
     return app;
 }
 
@@ -102,6 +109,7 @@ void DesktopApp::startBrowser(const QString& program, const QStringList& argumen
     start(program, arguments + QStringList{page_->url().toString()});
     waitForWindow();
     proveKeyboard(keycode::leftShift, [this] { return page_->keys() > 0; });
+    waitUntilQuiet();
 }
 
 std::unique_ptr<DesktopApp> DesktopApp::chromium(const QString& text, WebPage::Kind kind) {

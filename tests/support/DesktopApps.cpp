@@ -80,6 +80,26 @@ void DesktopApp::waitForWindow() {
              QString::fromUtf8(process_.readAll()));
 }
 
+// A large program goes on starting for a while after its window is there, and answers slowly meanwhile.
+void DesktopApp::waitUntilQuiet() const {
+    constexpr std::chrono::milliseconds look{200};
+    constexpr double quiet = 0.1; // of one processor
+    const auto used = [this] {
+        double sum = 0;
+        for (const qint64 one : processes::family(process_.processId()))
+            sum += processes::processorSeconds(one);
+        return sum;
+    };
+    double before = used();
+    (void)waitUntil([&] {
+        (void)waitUntil([] { return false; }, look);
+        const double now = used();
+        const bool isQuiet = now - before < quiet * std::chrono::duration<double>(look).count();
+        before = now;
+        return isQuiet;
+    });
+}
+
 // Being the active window is no proof: a program may drop keys for a moment after that. So a key is tapped
 // until one arrives.
 void DesktopApp::proveKeyboard(int key, const std::function<bool()>& arrived) const {

@@ -77,11 +77,13 @@ class DesktopApp {
     DesktopApp() = default;
     QString writeFile(const QString& name, const QByteArray& content);
     void start(const QString& program, const QStringList& arguments);
+    void setEnvironment(const QString& name, const QString& value);
     void startEditor(const QString& program, const QStringList& arguments, const QString& text);
     void startBrowser(const QString& program, const QStringList& arguments, const QString& text,
                       WebPage::Kind kind);
     void startTerminal(const QString& program, const QStringList& arguments);
     void waitForWindow();
+    void waitUntilQuiet() const;
     bool ownsActiveWindow();
     bool hasKeyboard() const;
     QString readText(const QString& how) const;

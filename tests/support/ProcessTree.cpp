@@ -7,6 +7,8 @@
 #include <csignal>
 #include <optional>
 
+#include <unistd.h>
+
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QMultiHash>
@@ -18,6 +20,7 @@ namespace {
 struct Status {
     char state;
     qint64 parent;
+    double processor; // seconds
 };
 
 std::optional<Status> statusOf(qint64 pid) {
@@ -27,9 +30,10 @@ std::optional<Status> statusOf(qint64 pid) {
     const QByteArray text = file.readAll();
     // The name stands in parentheses and may hold anything.
     const auto fields = text.mid(text.lastIndexOf(')') + 2).split(' ');
-    if (fields.size() < 2)
+    if (fields.size() < 13)
         return std::nullopt;
-    return Status{fields[0].at(0), fields[1].toLongLong()};
+    const double ticks = fields[11].toDouble() + fields[12].toDouble();
+    return Status{fields[0].at(0), fields[1].toLongLong(), ticks / static_cast<double>(sysconf(_SC_CLK_TCK))};
 }
 
 } // namespace
@@ -52,6 +56,11 @@ QList<qint64> family(qint64 root) {
 bool isRunning(qint64 pid) {
     const auto status = pid == 0 ? std::nullopt : statusOf(pid);
     return status && status->state != 'Z' && status->state != 'X';
+}
+
+double processorSeconds(qint64 pid) {
+    const auto status = statusOf(pid);
+    return status ? status->processor : 0;
 }
 
 void end(const QList<qint64>& pids) {

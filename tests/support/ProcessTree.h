@@ -10,6 +10,8 @@ namespace lorvane::processes {
 QList<qint64> family(qint64 root);
 // False for one that has ended and waits to be collected.
 bool isRunning(qint64 pid);
+// Processor time that the process has used so far.
+double processorSeconds(qint64 pid);
 // Kills all of them and waits until none runs; what they start meanwhile is not among them.
 void end(const QList<qint64>& pids);
 

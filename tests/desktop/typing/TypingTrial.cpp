@@ -2,13 +2,11 @@
 #include "TypingTrial.h"
 
 #include "support/Corpus.h"
+#include "support/ProcessTree.h"
 
-#include <QFile>
 #include <QRegularExpression>
 
 #include <stdexcept>
-
-#include <unistd.h>
 
 namespace lorvane {
 
@@ -18,16 +16,6 @@ using SteadyTime = std::chrono::steady_clock::time_point;
 
 double secondsBetween(SteadyTime from, SteadyTime to) {
     return std::chrono::duration<double>(to - from).count();
-}
-
-double processorSeconds(qint64 pid) {
-    QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
-    if (!stat.open(QIODevice::ReadOnly)) {
-        throw std::runtime_error("the program is gone");
-    }
-    const QByteArray text = stat.readAll();
-    const auto fields = text.mid(text.lastIndexOf(')') + 2).split(' ');
-    return (fields.at(11).toDouble() + fields.at(12).toDouble()) / static_cast<double>(sysconf(_SC_CLK_TCK));
 }
 
 ScriptedBackend& knowingEveryone(ScriptedBackend& backend) {
@@ -72,7 +60,7 @@ TypingResult TypingTrial::type(const QString& text, const QStringList& pieces,
     if (!waitUntil([&] { return backend_.requests("/api/dictate-stream").size() > takes; })) {
         throw std::runtime_error("no take came: " + program_.log().toStdString());
     }
-    const double before = processorSeconds(program_.pid());
+    const double before = processes::processorSeconds(program_.pid());
     const auto begun = std::chrono::steady_clock::now();
     for (const QString& piece : pieces) {
         stream.say(piece);
@@ -82,7 +70,12 @@ TypingResult TypingTrial::type(const QString& text, const QStringList& pieces,
     }
     program_.forgetPhases();
     stream.finish(text);
-    const bool ended = waitUntil([&] { return !program_.phases().isEmpty(); }, std::chrono::minutes(2));
+    const auto isEnd = [](const QString& phase) {
+        return phase == QLatin1String("done") || phase.startsWith(QLatin1String("notice"));
+    };
+    const bool ended =
+        waitUntil([&] { return !program_.phases().isEmpty() && isEnd(program_.phases().last()); },
+                  std::chrono::minutes(2));
     if (!ended) {
         throw std::runtime_error("the take does not end: " + program_.log().toStdString());
     }
@@ -90,10 +83,10 @@ TypingResult TypingTrial::type(const QString& text, const QStringList& pieces,
     result.characters = static_cast<int>(text.toUcs4().size());
     result.typing = secondsBetween(begun, program_.lastPhaseAt());
     result.afterDone = secondsBetween(stream.finishedAt().value(), program_.lastPhaseAt());
-    result.processor = processorSeconds(program_.pid()) - before;
+    result.processor = processes::processorSeconds(program_.pid()) - before;
     result.seen = application_->waitForText(text, std::chrono::seconds(5));
     result.wrong = corpus::wrongCharacters(result.seen, text);
-    const bool handedOver = program_.phases().first().startsWith(QLatin1String("notice"));
+    const bool handedOver = program_.phases().last().startsWith(QLatin1String("notice"));
     if (!program_.waitForPhase(QStringLiteral("idle"))) {
         throw std::runtime_error("it does not come to rest: " + program_.log().toStdString());
     }

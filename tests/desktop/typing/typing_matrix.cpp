@@ -55,6 +55,11 @@ void say(const QString& line) {
     std::fflush(stdout);
 }
 
+bool isGood(const TypingTarget& target, const Summary& summary) {
+    const bool isTypedInto = target.isTerminal ? summary.way.isEmpty() : !summary.way.isEmpty();
+    return summary.wrong == 0 && isTypedInto;
+}
+
 Summary run(const TypingTarget& target, const Options& options) {
     TypingTrial trial(target);
     Summary summary;
@@ -77,11 +82,13 @@ Summary run(const TypingTarget& target, const Options& options) {
                     .arg(result.settled));
         }
         if (result.wrong != 0) {
-            say(QStringLiteral("it holds\n%1\ninstead of\n%2\nthe program's log:\n%3")
-                    .arg(result.seen, text, trial.log()));
+            say(QStringLiteral("it holds\n%1\ninstead of\n%2").arg(result.seen, text));
         }
     }
     summary.way = trial.way();
+    if (!isGood(target, summary)) {
+        say(trial.log());
+    }
     return summary;
 }
 
@@ -94,11 +101,6 @@ QString row(const TypingTarget& target, const Summary& summary) {
                             QString::number(summary.rate(), 'f', 0),
                             howSettled(summary.settled)};
     return QStringLiteral("| %1 |").arg(cells.join(QStringLiteral(" | ")));
-}
-
-bool isGood(const TypingTarget& target, const Summary& summary) {
-    const bool isTypedInto = target.isTerminal ? summary.way.isEmpty() : !summary.way.isEmpty();
-    return summary.wrong == 0 && isTypedInto;
 }
 
 int runAll(const QCommandLineParser& arguments) {
