@@ -1,15 +1,47 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+// One function a route; the table in Routes.cpp says which. A BadBody that a handler throws is answered 400,
+// a StorageError 503.
 #pragma once
 
 #include "api/Http.h"
-
-#include <vector>
+#include "api/Services.h"
 
 namespace lorvane::backend {
 
-class Dictation;
+// TakeHandlers.cpp
+void handleDictate(const Services& services, const Request& request, Exchange& exchange);
+void handleDictateStream(const Services& services, const Request& request, Exchange& exchange);
+void handleTranscribePart(const Services& services, const Request& request, Exchange& exchange);
 
-// Every route of the service. The references must outlive the routes.
-std::vector<Route> makeRoutes(Storage& storage, const Dictation& dictation, std::size_t takeLimit);
+// AccountHandlers.cpp
+void handleRegister(const Services& services, const Request& request, Exchange& exchange);
+void handleOnboarded(const Services& services, const Request& request, Exchange& exchange);
+void handleLink(const Services& services, const Request& request, Exchange& exchange);
+void handleReferral(const Services& services, const Request& request, Exchange& exchange);
+
+// MailHandlers.cpp
+void handleInvite(const Services& services, const Request& request, Exchange& exchange);
+void handleFeedback(const Services& services, const Request& request, Exchange& exchange);
+
+// TextHandlers.cpp
+void handleInsights(const Services& services, const Request& request, Exchange& exchange);
+void handleSummary(const Services& services, const Request& request, Exchange& exchange);
+void handleTranslate(const Services& services, const Request& request, Exchange& exchange);
+
+// SiteHandlers.cpp
+void handleGet(const Services& services, const Request& request, Exchange& exchange);
+void handleAppcast(const Services& services, const Request& request, Exchange& exchange);
+void handleHealth(const Services& services, const Request& request, Exchange& exchange);
+void handleReady(const Services& services, const Request& request, Exchange& exchange);
+void handleMetrics(const Services& services, const Request& request, Exchange& exchange);
+
+// Common to them.
+void refuse(Exchange& exchange, int status, std::string_view code);
+void agree(Exchange& exchange); // 200 with nothing to tell
+// False, and answered 429, when the person has done so too often. A store that is away lets everybody in.
+bool admitted(const Services& services, const Request& request, Exchange& exchange, std::string_view bucket,
+              const Rate& rate);
+// The person's code, made when there is none yet.
+std::string referralCodeOf(Storage& storage, DeviceId device);
 
 } // namespace lorvane::backend

@@ -3,6 +3,7 @@
 
 #include "storage/Storage.h"
 
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <stop_token>
@@ -17,6 +18,8 @@ namespace lorvane::backend {
 struct Request {
     std::string contentType; // as sent, in lower case, without parameters
     std::string takeId;      // X-Tirra-Take, empty when absent or unusable
+    std::string platform;    // X-Tirra-Platform, likewise, in lower case
+    std::string query;       // what follows "?", as sent
     std::string body;
     DeviceId device = 0; // who asks; 0 on routes that take no token
 };
@@ -24,6 +27,7 @@ struct Request {
 struct Response {
     int status = 200;
     std::string body;
+    std::string contentType = "application/json";
 };
 
 // The answering side of one request. A handler either respond()s once, or startLines() and then writes lines
@@ -44,16 +48,25 @@ class Exchange {
 
 using Handler = std::function<void(const Request&, Exchange&)>;
 
+enum class Access { open, token };
+// Where the handler runs: quick ones must not wait for anything slower than the store; slow ones wait for
+// other servers or read long texts; takes are recognised.
+enum class Work { quick, slow, take };
+
 struct Route {
     std::string_view method;
     std::string_view path;
-    bool needsToken = true;
-    bool heavy = false;        // runs on the pool for recognition, not on the one for quick answers
+    Access access = Access::token;
+    Work work = Work::quick;
     std::size_t bodyLimit = 0; // bytes
     Handler handler;
 };
 
 // The device of a bearer token, nothing for an unknown one. Called on the pool for quick answers; may throw.
 using Authenticator = std::function<std::optional<DeviceId>(std::string_view token)>;
+
+// One request has ended: which route (never the client's own words), with what status (0: the client left
+// before its answer was whole), after how long. Called on a connection's thread.
+using OnServed = std::function<void(std::string_view what, int status, std::chrono::milliseconds took)>;
 
 } // namespace lorvane::backend

@@ -39,9 +39,10 @@ net::awaitable<void> keepSession(std::shared_ptr<HttpSession> session, Lane& lan
 class HttpServer::Implementation {
  public:
     Implementation(const ServerOptions& options, std::vector<Route> routes, Authenticator authenticate,
-                   WorkPool& quick, WorkPool& heavy)
-        : shared_(std::make_shared<ServerShared>(options, std::move(routes), std::move(authenticate), quick,
-                                                 heavy, std::make_shared<ByteBudget>(options.heldBytes))) {
+                   const Pools& pools, OnServed onServed)
+        : shared_(std::make_shared<ServerShared>(options, std::move(routes), std::move(authenticate), pools,
+                                                 std::move(onServed),
+                                                 std::make_shared<ByteBudget>(options.heldBytes))) {
         for (std::size_t i = 0; i < std::max<std::size_t>(1, options.threads); ++i) {
             lanes_.push_back(std::make_unique<Lane>());
             lanes_.back()->guard.emplace(lanes_.back()->context.get_executor());
@@ -82,6 +83,8 @@ class HttpServer::Implementation {
 
  private:
     void listen(const ServerOptions& options) try {
+        if (options.inherited >= 0)
+            return takeOver(options.inherited);
         const tcp::endpoint endpoint(net::ip::make_address(options.address), options.port);
         acceptor_->open(endpoint.protocol());
         acceptor_->set_option(net::socket_base::reuse_address(true));
@@ -91,6 +94,16 @@ class HttpServer::Implementation {
     } catch (const boost::system::system_error& error) {
         throw std::runtime_error("cannot listen on " + options.address + ':' + std::to_string(options.port) +
                                  ": " + error.code().message());
+    }
+
+    void takeOver(int socket) {
+        sockaddr_storage address{};
+        socklen_t size = sizeof address;
+        if (::getsockname(socket, reinterpret_cast<sockaddr*>(&address), &size) != 0 ||
+            (address.ss_family != AF_INET && address.ss_family != AF_INET6))
+            throw std::runtime_error("the socket that was handed over is none of TCP");
+        acceptor_->assign(address.ss_family == AF_INET ? tcp::v4() : tcp::v6(), socket);
+        port_ = acceptor_->local_endpoint().port();
     }
 
     net::awaitable<void> accept() {
@@ -129,9 +142,9 @@ class HttpServer::Implementation {
 };
 
 HttpServer::HttpServer(const ServerOptions& options, std::vector<Route> routes, Authenticator authenticate,
-                       WorkPool& quick, WorkPool& heavy)
+                       const Pools& pools, OnServed onServed)
     : implementation_(std::make_unique<Implementation>(options, std::move(routes), std::move(authenticate),
-                                                       quick, heavy)) {}
+                                                       pools, std::move(onServed))) {}
 
 HttpServer::~HttpServer() { stop(std::chrono::milliseconds(0)); }
 

@@ -30,6 +30,23 @@ constexpr auto pipelinedPoll = std::chrono::milliseconds(50);
 constexpr auto lingerTime = std::chrono::seconds(5);
 constexpr auto tupled = net::as_tuple(net::use_awaitable);
 
+WorkPool& poolOf(const Pools& pools, Work work) {
+    switch (work) {
+    case Work::take:
+        return pools.takes;
+    case Work::slow:
+        return pools.slow;
+    case Work::quick:
+        break;
+    }
+    return pools.quick;
+}
+
+std::string_view afterQuestionMark(std::string_view target) {
+    const auto mark = target.find('?');
+    return mark == std::string_view::npos ? std::string_view() : target.substr(mark + 1);
+}
+
 std::string_view plain(beast::string_view text) { return {text.data(), text.size()}; }
 
 // The connection's end, seen without taking anything of what it has sent.
@@ -136,7 +153,7 @@ net::awaitable<bool> HttpSession::serveRoute(Parser& parser, const Route& route)
         co_return more;
     }
     Request request;
-    if (route.needsToken) {
+    if (route.access == Access::token) {
         auto given = bearerToken(plain(head[http::field::authorization]));
         const int refused = co_await checkToken(std::move(given), request.device);
         if (refused != 0) {
@@ -145,7 +162,9 @@ net::awaitable<bool> HttpSession::serveRoute(Parser& parser, const Route& route)
         }
     }
     request.contentType = mediaType(plain(head[http::field::content_type]));
-    request.takeId = usableTakeId(plain(head["X-Tirra-Take"]));
+    request.takeId = usableHeaderWord(plain(head["X-Tirra-Take"]));
+    request.platform = lowerCase(usableHeaderWord(plain(head["X-Tirra-Platform"])));
+    request.query = afterQuestionMark(plain(head.target()));
     ByteBudget::Share held(shared_->bodies);
     const int refused = co_await readBody(parser, route.bodyLimit, request.body, held);
     if (refused < 0)
@@ -156,7 +175,7 @@ net::awaitable<bool> HttpSession::serveRoute(Parser& parser, const Route& route)
     }
     auto pending =
         std::make_shared<PendingExchange>(std::move(request), std::move(held), shared_->options.backlog);
-    auto& pool = route.heavy ? shared_->heavy : shared_->quick;
+    auto& pool = poolOf(shared_->pools, route.work);
     const bool queued = pool.submit([pending, &route, keep = shared_] { pending->handle(route.handler); });
     if (!queued) {
         const bool more = co_await refuse(503, codeOfStatus(503), false);
@@ -212,7 +231,7 @@ net::awaitable<int> HttpSession::checkToken(std::string token, DeviceId& device)
         co_return 401;
     const auto call = std::make_shared<TokenCall>();
     const ArmedSlot armed(call->slot(), waker());
-    const bool queued = shared_->quick.submit(
+    const bool queued = shared_->pools.quick.submit(
         [call, token = std::move(token), keep = shared_] { call->run(keep->authenticate, token); });
     if (!queued)
         co_return 503;
@@ -223,7 +242,7 @@ net::awaitable<int> HttpSession::checkToken(std::string token, DeviceId& device)
             co_return 0;
         if (answer != TokenCall::Answer::none || closed_)
             co_return answer == TokenCall::Answer::unknown ? 401 : 503;
-        co_await wait();
+        [[maybe_unused]] const bool woken = co_await wait();
     }
 }
 
@@ -233,14 +252,19 @@ net::awaitable<void> HttpSession::answer(std::shared_ptr<PendingExchange> pendin
     const ArmedSlot armed(pending->slot(), waker());
     bool started = false;
     for (;;) {
-        timer_.expires_at(std::chrono::steady_clock::time_point::max());
+        if (started)
+            timer_.expires_after(shared_->options.silence);
+        else
+            timer_.expires_at(std::chrono::steady_clock::time_point::max());
         auto progress = pending->takeProgress();
         // Only straight after looking: what comes during a write would wake nobody.
         if (progress.empty() && progress.started == started) {
             if (gone_ || closed_)
                 co_return;
-            co_await wait();
-            continue;
+            const bool woken = co_await wait();
+            if (woken)
+                continue;
+            progress.lines.push_back(pingLine() + '\n');
         }
         if (progress.response && !started) {
             answer.status = progress.response->status;
@@ -304,7 +328,10 @@ net::awaitable<void> HttpSession::watch() {
 
 net::awaitable<bool> HttpSession::writeResponse(Response response, bool keepAlive) {
     http::response<http::string_body> message(static_cast<http::status>(response.status), version_);
-    message.set(http::field::content_type, "application/json");
+    message.set(http::field::content_type, response.contentType);
+    message.set("X-Content-Type-Options", "nosniff");
+    if (response.contentType.starts_with("text/html"))
+        message.set("Content-Security-Policy", "default-src 'none'; style-src 'unsafe-inline'");
     message.set(http::field::cache_control, "no-store");
     if (response.status == 405)
         message.set(http::field::allow, allow_);
@@ -361,8 +388,9 @@ net::awaitable<void> HttpSession::linger() {
     }
 }
 
-net::awaitable<void> HttpSession::wait() {
-    [[maybe_unused]] const auto [woken] = co_await timer_.async_wait(tupled);
+net::awaitable<bool> HttpSession::wait() {
+    const auto [cancelled] = co_await timer_.async_wait(tupled);
+    co_return bool(cancelled);
 }
 
 std::function<void()> HttpSession::waker() {
@@ -383,6 +411,8 @@ void HttpSession::log(std::string_view what, int status, const std::string& note
     if (!notes.empty())
         line += " (" + notes + ')';
     logLine(line);
+    if (shared_->onServed)
+        shared_->onServed(what, status, took);
 }
 
 } // namespace lorvane::backend

@@ -21,8 +21,8 @@ struct ServerShared {
     ServerOptions options;
     std::vector<Route> routes;
     Authenticator authenticate;
-    WorkPool& quick;
-    WorkPool& heavy;
+    Pools pools;
+    OnServed onServed;
     std::shared_ptr<ByteBudget> bodies;
     std::atomic<std::size_t> connections = 0;
     std::atomic<bool> draining = false;
@@ -60,7 +60,7 @@ class HttpSession : public std::enable_shared_from_this<HttpSession> {
     boost::asio::awaitable<bool> writeRaw(std::string text);
     boost::asio::awaitable<bool> refuse(int status, std::string_view code, bool bodyUnread);
     boost::asio::awaitable<void> linger();
-    boost::asio::awaitable<void> wait();
+    boost::asio::awaitable<bool> wait(); // false: the timer ran out, nobody woke it
     std::function<void()> waker();
     void log(std::string_view what, int status, const std::string& notes);
 

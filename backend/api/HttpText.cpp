@@ -6,7 +6,7 @@
 namespace lorvane::backend {
 
 namespace {
-constexpr std::size_t longestTakeId = 64;
+constexpr std::size_t longestWord = 64;
 }
 
 std::string lowerCase(std::string_view text) {
@@ -30,8 +30,8 @@ std::string bearerToken(std::string_view authorization) {
     return std::string(authorization.substr(scheme.size()));
 }
 
-std::string usableTakeId(std::string_view header) {
-    const bool usable = header.size() <= longestTakeId &&
+std::string usableHeaderWord(std::string_view header) {
+    const bool usable = header.size() <= longestWord &&
                         std::all_of(header.begin(), header.end(), [](char c) { return c > ' ' && c < 0x7f; });
     return usable ? std::string(header) : std::string();
 }

@@ -14,7 +14,8 @@ std::string mediaType(std::string_view contentType);
 // What follows "Bearer " (in any case); empty for any other scheme.
 std::string bearerToken(std::string_view authorization);
 
-// A take id as it came; empty when it is longer than 64 characters or has any that is not printable ASCII.
-std::string usableTakeId(std::string_view header);
+// A header of one word as it came; empty when it is longer than 64 characters or has any that is not
+// printable ASCII.
+std::string usableHeaderWord(std::string_view header);
 
 } // namespace lorvane::backend

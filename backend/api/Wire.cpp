@@ -24,6 +24,18 @@ bool isUuid(std::string_view text) {
     return true;
 }
 
+json::object withDictated(json::object object, const Dictated& dictated,
+                          const std::optional<DailyGoal>& goal) {
+    object["text"] = view(dictated.text);
+    object["raw"] = view(dictated.raw);
+    if (goal)
+        object["goal"] = {{"phoneWords", goal->phoneWords},
+                          {"goal", goal->goal},
+                          {"met", goal->met},
+                          {"streak", goal->streak}};
+    return object;
+}
+
 } // namespace
 
 std::string errorBody(std::string_view code) { return json::serialize(json::object{{"error", view(code)}}); }
@@ -49,22 +61,49 @@ std::string_view codeOfStatus(int status) {
     }
 }
 
-std::string dictatedBody(const Dictated& dictated) {
-    return json::serialize(json::object{{"text", view(dictated.text)}, {"raw", view(dictated.raw)}});
+std::string codeBody(std::string_view code) { return json::serialize(json::object{{"code", view(code)}}); }
+std::string summaryBody(std::string_view summary) {
+    return json::serialize(json::object{{"summary", view(summary)}});
+}
+std::string badBody(std::string_view reason) { return reasonBody("bad_request", reason); }
+
+std::string reasonBody(std::string_view code, std::string_view reason) {
+    return json::serialize(json::object{{"error", view(code)}, {"reason", view(reason)}});
+}
+
+std::string insightsBody(const Insights& insights) {
+    json::array strengths;
+    for (const auto& strength : insights.strengths)
+        strengths.emplace_back(view(strength));
+    json::array suggestions;
+    for (const auto& suggestion : insights.suggestions)
+        suggestions.push_back({{"title", view(suggestion.title)}, {"detail", view(suggestion.detail)}});
+    json::array resources;
+    for (const auto& resource : insights.resources)
+        resources.push_back({{"title", view(resource.title)}, {"why", view(resource.why)}});
+    return json::serialize(json::object{{"summary", view(insights.summary)},
+                                        {"strengths", std::move(strengths)},
+                                        {"suggestions", std::move(suggestions)},
+                                        {"resources", std::move(resources)}});
+}
+
+std::string dictatedBody(const Dictated& dictated, const std::optional<DailyGoal>& goal) {
+    return json::serialize(withDictated({}, dictated, goal));
 }
 
 std::string deltaLine(std::string_view text) {
     return json::serialize(json::object{{"type", "delta"}, {"text", view(text)}});
 }
 
-std::string doneLine(const Dictated& dictated) {
-    return json::serialize(
-        json::object{{"type", "done"}, {"text", view(dictated.text)}, {"raw", view(dictated.raw)}});
+std::string doneLine(const Dictated& dictated, const std::optional<DailyGoal>& goal) {
+    return json::serialize(withDictated({{"type", "done"}}, dictated, goal));
 }
 
 std::string errorLine(std::string_view code) {
     return json::serialize(json::object{{"type", "error"}, {"error", view(code)}});
 }
+
+std::string pingLine() { return R"({"type":"ping"})"; }
 
 ErrorMeaning meaningOf(DictationError error) {
     switch (error) {

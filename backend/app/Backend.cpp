@@ -1,39 +1,93 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/Backend.h"
 
-#include "api/Handlers.h"
+#include "api/Routes.h"
 #include "util/Log.h"
 
 namespace lorvane::backend {
 
 namespace {
+
 constexpr std::size_t quickThreads = 2;
 constexpr std::size_t quickQueue = 4096;
+constexpr std::size_t slowThreads = 4;
+constexpr std::size_t slowQueue = 256;
+
+std::unique_ptr<Mailer> mailerFor(const MailOptions& options) {
+    if (options.smtp)
+        return std::make_unique<SmtpMailer>(*options.smtp);
+    return std::make_unique<SpoolMailer>(options.spool);
+}
+
 } // namespace
 
 Backend::Backend(const BackendOptions& options, std::unique_ptr<Storage> storage,
                  std::unique_ptr<Engine> engine)
-    : storage_(std::move(storage)), engine_(std::move(engine)),
-      dictation_(*storage_, *engine_, memory_, options.maxAudioSeconds), quick_(quickThreads, quickQueue),
-      heavy_(options.workers, options.queue),
+    : storage_(std::move(storage)), engine_(std::move(engine)), mailer_(mailerFor(options.mail)),
+      releases_(options.releases),
+      dictation_(*storage_, *engine_, memory_, options.maxAudioSeconds), services_{options.service,
+                                                                                   *storage_,
+                                                                                   dictation_,
+                                                                                   *mailer_,
+                                                                                   releases_,
+                                                                                   metrics_,
+                                                                                   [this] { return unready(); }},
+      quick_(quickThreads, quickQueue), slow_(slowThreads, slowQueue), takes_(options.workers, options.queue),
       server_(
-          options.server, makeRoutes(*storage_, dictation_, options.takeLimit),
-          [this](std::string_view token) { return storage_->deviceOfToken(sha256(token)); }, quick_, heavy_) {
+          options.server, makeRoutes(services_),
+          [this](std::string_view token) { return storage_->deviceOfToken(sha256(token)); },
+          {quick_, slow_, takes_},
+          [this](std::string_view what, int status, std::chrono::milliseconds took) {
+              metrics_.countRequest(what, status, took);
+          }) {
+    addGauges();
 }
 
 Backend::~Backend() = default;
 
 void Backend::start() {
     server_.start();
-    const bool queued = heavy_.submit([this] {
+    const bool queued = takes_.submit([this] {
         try {
             engine_->warmUp();
+            engineState_ = EngineState::ready;
         } catch (const std::exception& error) {
+            engineState_ = EngineState::failed;
             logLine(std::string("the speech engine is not ready: ") + error.what());
         }
     });
     if (!queued)
         logLine("the speech engine loads with the first take");
+}
+
+void Backend::stop(std::chrono::milliseconds grace) {
+    announceEnd();
+    server_.stop(grace);
+}
+
+std::string_view Backend::unready() const {
+    if (ending_)
+        return "ending";
+    switch (engineState_) {
+    case EngineState::loading:
+        return "the speech engine is loading";
+    case EngineState::failed:
+        return "the speech engine failed to load";
+    case EngineState::ready:
+        break;
+    }
+    return {};
+}
+
+void Backend::addGauges() {
+    const auto add = [this](const char* name, const char* help, auto value) {
+        metrics_.addGauge(name, help, [value] { return static_cast<double>(value()); });
+    };
+    add("lorvane_connections", "Open connections.", [this] { return server_.connections(); });
+    add("lorvane_takes_running", "Takes that are worked on.", [this] { return takes_.running(); });
+    add("lorvane_takes_waiting", "Takes that wait for a worker.", [this] { return takes_.queued(); });
+    add("lorvane_slow_waiting", "Letters and texts that wait.", [this] { return slow_.queued(); });
+    add("lorvane_ready", "1 when requests may come.", [this] { return unready().empty() ? 1 : 0; });
 }
 
 } // namespace lorvane::backend

@@ -3,19 +3,32 @@
 
 #include "api/Dictation.h"
 #include "api/HttpServer.h"
+#include "api/Metrics.h"
+#include "api/ReleaseFeed.h"
+#include "api/Services.h"
 #include "api/TakeMemory.h"
+#include "mail/Mailer.h"
 #include "util/WorkPool.h"
 
+#include <atomic>
 #include <chrono>
 #include <memory>
+#include <optional>
 
 namespace lorvane::backend {
 
+struct MailOptions {
+    std::optional<SmtpOptions> smtp; // without it letters go into the spool
+    std::filesystem::path spool;
+};
+
 struct BackendOptions {
     ServerOptions server;
-    std::size_t workers = 2;                       // recognitions at once
-    std::size_t queue = 64;                        // takes that wait for one
-    std::size_t takeLimit = std::size_t(64) << 20; // bytes of a take's body
+    ServiceOptions service;
+    MailOptions mail;
+    ReleaseOptions releases;
+    std::size_t workers = 2; // recognitions at once
+    std::size_t queue = 64;  // takes that wait for one
     double maxAudioSeconds = 30 * 60;
 };
 
@@ -28,19 +41,32 @@ class Backend {
     std::uint16_t port() const { return server_.port(); }
     // Also begins to load the engine, beside the answering.
     void start();
+    // Tells those who ask that requests should go elsewhere, and still answers them.
+    void announceEnd() { ending_ = true; }
     // Running requests get `grace` to end. Blocks. Once.
-    void stop(std::chrono::milliseconds grace) { server_.stop(grace); }
+    void stop(std::chrono::milliseconds grace);
     std::size_t connections() const { return server_.connections(); }
     // Takes that are worked on or wait.
-    std::size_t busy() const { return heavy_.running() + heavy_.queued(); }
+    std::size_t busy() const { return takes_.running() + takes_.queued(); }
 
  private:
+    std::string_view unready() const;
+    void addGauges();
+
+    enum class EngineState { loading, ready, failed };
     const std::unique_ptr<Storage> storage_;
     const std::unique_ptr<Engine> engine_;
+    const std::unique_ptr<Mailer> mailer_;
+    const ReleaseFeed releases_;
     TakeMemory memory_;
     const Dictation dictation_;
+    Metrics metrics_;
+    std::atomic<EngineState> engineState_ = EngineState::loading;
+    std::atomic<bool> ending_ = false;
+    const Services services_;
     WorkPool quick_;
-    WorkPool heavy_;
+    WorkPool slow_;
+    WorkPool takes_;
     HttpServer server_; // goes first, then the pools with the work it has left
 };
 

@@ -118,7 +118,7 @@ ParsedOptions parseOptions(int argc, char** argv) {
     options.watchParent = app.count("--parent-watch") > 0;
     if (!raw.parent.empty() && raw.parent != "true")
         options.parent = static_cast<pid_t>(std::strtol(raw.parent.c_str(), nullptr, 10));
-    options.backend.takeLimit = raw.bodyMiB << 20;
+    options.backend.service.takeLimit = raw.bodyMiB << 20;
     options.backend.maxAudioSeconds = raw.audioMinutes * 60;
     options.backend.server.writeTime = std::chrono::seconds(raw.writeSeconds);
     options.drain = std::chrono::seconds(raw.drainSeconds);

@@ -59,6 +59,13 @@ std::vector<Sentence> sentencesOf(std::string_view text) {
     return sentences;
 }
 
+std::size_t wordCount(std::string_view text) {
+    std::size_t count = 0;
+    for (const auto& sentence : sentencesOf(text))
+        count += sentence.words.size();
+    return count;
+}
+
 bool isSmallWord(std::string_view word) {
     static const std::set<std::string_view> words{
         "a",     "about", "after", "all",  "also",  "am",    "an",    "and",   "any",  "are",  "as",

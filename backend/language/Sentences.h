@@ -15,6 +15,8 @@ struct Sentence {
 // Cuts a text as Unicode (UAX #29) tells. Sentences without any word are left out.
 std::vector<Sentence> sentencesOf(std::string_view text);
 
+std::size_t wordCount(std::string_view text);
+
 // Words that hold a sentence together and say little by themselves; English and Russian.
 bool isSmallWord(std::string_view word);
 

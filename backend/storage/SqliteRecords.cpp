@@ -143,6 +143,15 @@ bool SqliteStorage::firstOfTake(DeviceId device, const Digest& take, std::string
     return first;
 }
 
+void SqliteStorage::forgetTake(DeviceId device, const Digest& take, std::string_view purpose) {
+    const std::lock_guard lock(mutex_);
+    Statement(database_.get(), "DELETE FROM seen_take WHERE device = ? AND take = ? AND purpose = ?")
+        .bind(device)
+        .blob(asBytes(take))
+        .text(purpose)
+        .step();
+}
+
 void SqliteStorage::addPhoneWords(DeviceId device, std::int64_t words) {
     const std::lock_guard lock(mutex_);
     Statement(database_.get(), "INSERT INTO phone_words(device, day, words) VALUES (?, ?, ?) "

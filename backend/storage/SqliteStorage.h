@@ -34,6 +34,7 @@ class SqliteStorage : public Storage {
     std::chrono::milliseconds admit(std::string_view bucket, std::int64_t key, const Rate& rate) override;
     std::int64_t personOf(DeviceId device) override;
     bool firstOfTake(DeviceId device, const Digest& take, std::string_view purpose) override;
+    void forgetTake(DeviceId device, const Digest& take, std::string_view purpose) override;
     void addPhoneWords(DeviceId device, std::int64_t words) override;
     std::vector<DayWords> phoneWords(DeviceId device) override;
     std::int64_t today() override;

@@ -66,6 +66,7 @@ class Storage {
     // True once for each take of a device within an hour. Whoever comes with the same take again, as the
     // upload after a broken stream does, gets false.
     virtual bool firstOfTake(DeviceId device, const Digest& take, std::string_view purpose) = 0;
+    virtual void forgetTake(DeviceId device, const Digest& take, std::string_view purpose) = 0;
 
     // Words dictated on a telephone by the person of the device, by day; the newest day first.
     virtual void addPhoneWords(DeviceId device, std::int64_t words) = 0;

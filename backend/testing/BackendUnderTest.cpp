@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "testing/BackendUnderTest.h"
 
+#include <algorithm>
 #include <boost/json.hpp>
 #include <sstream>
 
@@ -13,6 +14,17 @@ std::string member(const std::string& json, const std::string& name) {
         return {};
     const auto* entry = value.as_object().if_contains(name);
     return entry && entry->is_string() ? std::string(entry->as_string()) : std::string();
+}
+
+std::vector<std::string> BackendUnderTest::letters() const {
+    std::vector<std::filesystem::path> files;
+    for (const auto& entry : std::filesystem::directory_iterator(folder_ / "mail"))
+        files.push_back(entry.path());
+    std::sort(files.begin(), files.end());
+    std::vector<std::string> letters;
+    for (const auto& file : files)
+        letters.push_back(readFile(file));
+    return letters;
 }
 
 StreamedTake readStream(const std::string& body) {

@@ -19,7 +19,8 @@ inline constexpr const char* deviceTwo = "00000000-0000-4000-8000-000000000002";
 class BackendUnderTest {
  public:
     explicit BackendUnderTest(std::unique_ptr<Engine> engine, const BackendOptions& options = {})
-        : backend_(options, std::make_unique<SqliteStorage>(folder_ / "backend.sqlite"), std::move(engine)) {
+        : backend_(withSpool(options), std::make_unique<SqliteStorage>(folder_ / "backend.sqlite"),
+                   std::move(engine)) {
         backend_.start();
     }
     std::uint16_t port() const { return backend_.port(); }
@@ -40,7 +41,22 @@ class BackendUnderTest {
                 "",     framedTake(fields, audio)};
     }
 
+    // The letters that were sent, in their order.
+    std::vector<std::string> letters() const;
+    Reply post(const std::string& path, const std::string& token, const std::string& body) const {
+        return request(backend_.port(), {"POST", path, token, "application/json", "", "", body});
+    }
+    Reply get(const std::string& path, const std::string& token = "") const {
+        return request(backend_.port(), {"GET", path, token, "", "", "", ""});
+    }
+    std::filesystem::path file(const std::string& name) const { return folder_ / name; }
+
  private:
+    BackendOptions withSpool(BackendOptions options) const {
+        if (options.mail.spool.empty())
+            options.mail.spool = folder_ / "mail";
+        return options;
+    }
     TemporaryFolder folder_;
     Backend backend_;
 };

@@ -15,7 +15,7 @@ namespace lorvane::backend::testing {
 class ServerUnderTest {
  public:
     explicit ServerUnderTest(std::vector<Route> routes, const ServerOptions& options = {})
-        : server_(options, std::move(routes), &ServerUnderTest::authenticate, quick_, heavy_) {
+        : server_(options, std::move(routes), &ServerUnderTest::authenticate, {quick_, quick_, takes_}) {
         server_.start();
     }
     std::uint16_t port() const { return server_.port(); }
@@ -28,7 +28,7 @@ class ServerUnderTest {
         return token == "good" ? std::optional<DeviceId>(7) : std::nullopt;
     }
     WorkPool quick_{2, 1000};
-    WorkPool heavy_{2, 2};
+    WorkPool takes_{2, 2};
     HttpServer server_;
 };
 

@@ -3,6 +3,7 @@
 #include "testing/Connection.h"
 #include "testing/ServerUnderTest.h"
 
+#include <algorithm>
 #include <atomic>
 #include <condition_variable>
 #include <gtest/gtest.h>
@@ -17,7 +18,7 @@ using Clock = std::chrono::steady_clock;
 namespace {
 
 Route route(std::string_view path, Handler handler) {
-    return {"GET", path, false, true, 1 << 20, std::move(handler)};
+    return {"GET", path, Access::open, Work::take, 1 << 20, std::move(handler)};
 }
 
 std::string get(const std::string& path) { return requestText({"GET", path, "", "", "", "", ""}); }
@@ -126,6 +127,112 @@ INSTANTIATE_TEST_SUITE_P(Kinds, Disconnect,
                          ::testing::Values(std::tuple(false, ""), std::tuple(true, ""),
                                            std::tuple(false, "GET /another HTTP/1.1\r\n\r\n")));
 
+// One look may fall together with whatever else the machine does; the middle of many does not.
+TEST(HttpServerClients, WorkIsStoppedWithinTenMillisecondsOfADisconnect) {
+    constexpr int rounds = 101;
+    std::atomic<bool> started = false;
+    std::atomic<Clock::rep> stoppedAt = 0;
+    ServerUnderTest server({route("/work", [&](const Request&, Exchange& exchange) {
+        std::stop_callback note(exchange.stopToken(),
+                                [&] { stoppedAt = Clock::now().time_since_epoch().count(); });
+        exchange.startLines();
+        exchange.writeLine("begun");
+        started = true;
+        std::mutex nothing;
+        std::unique_lock lock(nothing);
+        std::condition_variable_any never;
+        never.wait(lock, exchange.stopToken(), [] { return false; });
+    })});
+    std::vector<double> took;
+    for (int i = 0; i < rounds; ++i) {
+        started = false;
+        stoppedAt = 0;
+        Connection connection(server.port());
+        connection.send(get("/work"));
+        ASSERT_TRUE(eventually([&] { return started.load(); }));
+        const auto left = Clock::now();
+        i % 2 ? connection.reset() : connection.close();
+        ASSERT_TRUE(eventually([&] { return stoppedAt.load() != 0; }));
+        took.push_back(milliseconds(Clock::time_point(Clock::duration(stoppedAt.load())) - left));
+    }
+    std::sort(took.begin(), took.end());
+    std::printf("stopped after %.2f ms (median), %.2f ms (99 of 100), %.2f ms at most\n", took[rounds / 2],
+                took[99], took.back());
+    EXPECT_LT(took[rounds / 2], 10.0);
+}
+
+TEST(HttpServerClients, AStreamIsSilentForFifteenSecondsAndAWriteTakesTwentyAtMost) {
+    EXPECT_EQ(ServerOptions().silence, 15s);
+    EXPECT_EQ(ServerOptions().writeTime, 20s);
+}
+
+TEST(HttpServerClients, ASilentStreamSaysThatItLives) {
+    std::atomic<int> step = 0;
+    ServerOptions options;
+    options.silence = 150ms;
+    ServerUnderTest server({route("/slow",
+                                  [&](const Request&, Exchange& exchange) {
+                                      exchange.startLines();
+                                      exchange.writeLine("first");
+                                      eventually([&] { return step == 1; });
+                                      exchange.writeLine("second");
+                                  })},
+                           options);
+    Connection connection(server.port());
+    connection.send(get("/slow"));
+    ASSERT_EQ(connection.readHead().status, 200);
+    EXPECT_EQ(connection.readLine(), "first");
+    const auto began = Clock::now();
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(connection.readLine(), R"({"type":"ping"})");
+    EXPECT_GE(milliseconds(Clock::now() - began), 440);
+    step = 1;
+    auto line = connection.readLine();
+    while (line == R"({"type":"ping"})")
+        line = connection.readLine();
+    EXPECT_EQ(line, "second");
+    EXPECT_FALSE(connection.readLine());
+    EXPECT_TRUE(connection.bodyEnded());
+}
+
+// A ping would be in the way of the status, and of an answer that has a length.
+TEST(HttpServerClients, ThereIsNoPingBeforeAStreamNorInAnAnswer) {
+    ServerOptions options;
+    options.silence = 50ms;
+    ServerUnderTest server({route("/late",
+                                  [](const Request&, Exchange& exchange) {
+                                      std::this_thread::sleep_for(200ms);
+                                      exchange.respond({422, "late"});
+                                  })},
+                           options);
+    Connection connection(server.port());
+    connection.send(get("/late"));
+    const auto reply = connection.readReply();
+    EXPECT_EQ(reply.status, 422);
+    EXPECT_EQ(reply.body, "late");
+}
+
+TEST(HttpServerClients, AStreamOfPingsAloneEndsWithItsClient) {
+    std::atomic<bool> stopped = false;
+    ServerOptions options;
+    options.silence = 5ms;
+    ServerUnderTest server({route("/pings",
+                                  [&](const Request&, Exchange& exchange) {
+                                      exchange.startLines();
+                                      eventually([&] { return exchange.stopToken().stop_requested(); });
+                                      stopped = true;
+                                  })},
+                           options);
+    Connection connection(server.port());
+    connection.send(get("/pings"));
+    ASSERT_EQ(connection.readHead().status, 200);
+    for (int i = 0; i < 20; ++i)
+        EXPECT_EQ(connection.readLine(), R"({"type":"ping"})");
+    connection.close();
+    EXPECT_TRUE(eventually([&] { return stopped.load(); }));
+    EXPECT_TRUE(eventually([&] { return server.server().connections() == 0; }));
+}
+
 TEST(HttpServerClients, AHeaderThatNeverEndsIsCut) {
     ServerOptions options;
     options.headerTime = 300ms;
@@ -197,7 +304,7 @@ TEST(HttpServerClients, BodiesBeyondTheSharedMemoryAreBusy) {
         release.wait();
         exchange.respond({200, "{}"});
     };
-    ServerUnderTest server({{"POST", "/take", false, true, 1 << 20, wait}}, options);
+    ServerUnderTest server({{"POST", "/take", Access::open, Work::take, 1 << 20, wait}}, options);
     const Call call{"POST", "/take", "", "a/b", "", "", std::string(60'000, 'x')};
     Connection first(server.port());
     first.send(requestText(call));

@@ -25,13 +25,13 @@ void threeLines(const Request&, Exchange& exchange) {
 }
 
 std::vector<Route> routes() {
-    return {{"POST", "/echo", true, true, limit, &echo},
-            {"POST", "/open", false, false, limit, &echo},
-            {"GET", "/get", false, false, 0, &echo},
-            {"GET", "/lines", false, true, 0, &threeLines},
-            {"GET", "/throws", false, true, 0,
+    return {{"POST", "/echo", Access::token, Work::take, limit, &echo},
+            {"POST", "/open", Access::open, Work::quick, limit, &echo},
+            {"GET", "/get", Access::open, Work::quick, 0, &echo},
+            {"GET", "/lines", Access::open, Work::take, 0, &threeLines},
+            {"GET", "/throws", Access::open, Work::take, 0,
              [](const Request&, Exchange&) { throw std::runtime_error("on purpose"); }},
-            {"GET", "/throws-late", false, true, 0, [](const Request&, Exchange& exchange) {
+            {"GET", "/throws-late", Access::open, Work::take, 0, [](const Request&, Exchange& exchange) {
                  exchange.startLines();
                  exchange.writeLine("one");
                  throw std::runtime_error("on purpose");

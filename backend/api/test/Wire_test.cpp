@@ -8,12 +8,12 @@ using namespace lorvane::backend;
 
 TEST(Wire, LinesAreJsonOnOneLine) {
     EXPECT_EQ(deltaLine(" a\n\"b\""), R"({"type":"delta","text":" a\n\"b\""})");
-    EXPECT_EQ(doneLine({"Text.", "text"}), R"({"type":"done","text":"Text.","raw":"text"})");
+    EXPECT_EQ(doneLine({"Text.", "text"}, std::nullopt), R"({"type":"done","text":"Text.","raw":"text"})");
     EXPECT_EQ(errorLine("no_speech"), R"({"type":"error","error":"no_speech"})");
 }
 
 TEST(Wire, BodiesAreJson) {
-    EXPECT_EQ(dictatedBody({"Text.", "text"}), R"({"text":"Text.","raw":"text"})");
+    EXPECT_EQ(dictatedBody({"Text.", "text"}, std::nullopt), R"({"text":"Text.","raw":"text"})");
     EXPECT_EQ(tokenBody("abc"), R"({"token":"abc"})");
     EXPECT_EQ(textBody(""), R"({"text":""})");
     EXPECT_EQ(errorBody("busy"), R"({"error":"busy"})");
@@ -54,9 +54,10 @@ TEST(HttpText, OnlyBearerTokensAreTokens) {
 }
 
 TEST(HttpText, ATakeIdIsShortAndPrintable) {
-    EXPECT_EQ(usableTakeId("6F9619FF-8B86-D011-B42D-00C04FC964FF"), "6F9619FF-8B86-D011-B42D-00C04FC964FF");
-    EXPECT_EQ(usableTakeId(std::string(65, 'a')), "");
-    EXPECT_EQ(usableTakeId("a b"), "");
-    EXPECT_EQ(usableTakeId("a\x01"), "");
-    EXPECT_EQ(usableTakeId("\xc3\xa9"), "");
+    EXPECT_EQ(usableHeaderWord("6F9619FF-8B86-D011-B42D-00C04FC964FF"),
+              "6F9619FF-8B86-D011-B42D-00C04FC964FF");
+    EXPECT_EQ(usableHeaderWord(std::string(65, 'a')), "");
+    EXPECT_EQ(usableHeaderWord("a b"), "");
+    EXPECT_EQ(usableHeaderWord("a\x01"), "");
+    EXPECT_EQ(usableHeaderWord("\xc3\xa9"), "");
 }

@@ -262,7 +262,7 @@ TEST_F(SilentBackendTest, NoSpeechIsAStatusOrALine) {
 TEST(BackendLimits, ALargeBodyAndALongTakeAreTooLarge) {
     ScriptedEngine::Record record;
     BackendOptions options;
-    options.takeLimit = 1 << 20;
+    options.service.takeLimit = 1 << 20;
     options.maxAudioSeconds = 10;
     BackendUnderTest backend(std::make_unique<ScriptedEngine>(std::vector<std::string>{"yes"}, record),
                              options);

@@ -108,6 +108,9 @@ TEST_F(SqliteRecordsTest, ATakeIsNewOnceWithinTheHourForADeviceAndAPurpose) {
     EXPECT_FALSE(storage_.firstOfTake(a, sha256("take"), "words"));
     EXPECT_TRUE(storage_.firstOfTake(a, sha256("take"), "limit"));
     EXPECT_TRUE(storage_.firstOfTake(b, sha256("take"), "words"));
+    storage_.forgetTake(a, sha256("take"), "limit");
+    EXPECT_TRUE(storage_.firstOfTake(a, sha256("take"), "limit"));
+    EXPECT_FALSE(storage_.firstOfTake(a, sha256("take"), "words"));
     now_ += 61min;
     EXPECT_TRUE(storage_.firstOfTake(a, sha256("take"), "words"));
 }

@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "api/Handlers.h"
+#include "api/JsonBody.h"
+#include "api/Wire.h"
+#include "storage/StorageError.h"
+
+#include <algorithm>
+
+namespace lorvane::backend {
+
+namespace {
+
+constexpr std::size_t longestSource = 64;
+constexpr std::size_t longestToken = 256;
+constexpr int codeAttempts = 20;
+
+bool isSourceSign(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == ' ' || c == '-' || c == '_';
+}
+
+} // namespace
+
+void handleRegister(const Services& services, const Request& request, Exchange& exchange) {
+    const auto device = readDevice(request.body);
+    if (!device)
+        return refuse(exchange, 400, "bad_device");
+    if (services.storage.admit("register", 0, services.options.limits.registrations).count() > 0)
+        return refuse(exchange, 503, "busy");
+    const auto token = newToken();
+    services.storage.registerDevice(*device, sha256(token));
+    exchange.respond({200, tokenBody(token)});
+}
+
+// A client that has no source to tell sends no body at all.
+void handleOnboarded(const Services& services, const Request& request, Exchange& exchange) {
+    std::string source;
+    if (!request.body.empty())
+        source = JsonBody(request.body).optionalText("source", longestSource).value_or("");
+    if (!std::all_of(source.begin(), source.end(), &isSourceSign))
+        throw BadBody("bad source");
+    services.storage.keepOnboarded(request.device, source);
+    agree(exchange);
+}
+
+// Who holds both tokens is both people.
+void handleLink(const Services& services, const Request& request, Exchange& exchange) {
+    const auto alias = JsonBody(request.body).text("alias", longestToken);
+    if (services.storage.joinDevices(request.device, sha256(alias)) == Joined::unknownAlias)
+        return refuse(exchange, 404, "unknown_alias");
+    agree(exchange);
+}
+
+void handleReferral(const Services& services, const Request& request, Exchange& exchange) {
+    exchange.respond({200, codeBody(referralCodeOf(services.storage, request.device))});
+}
+
+std::string referralCodeOf(Storage& storage, DeviceId device) {
+    for (int attempt = 0; attempt < codeAttempts; ++attempt)
+        if (auto code = storage.referralCode(device, newReadableCode()))
+            return *code;
+    throw StorageError("no free referral code was found");
+}
+
+} // namespace lorvane::backend

@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "api/Metrics.h"
+
+#include <cstdio>
+
+namespace lorvane::backend {
+
+namespace {
+
+std::string number(double value) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.10g", value);
+    return text;
+}
+
+std::string head(const std::string& name, const std::string& help, const char* type) {
+    return "# HELP " + name + ' ' + help + "\n# TYPE " + name + ' ' + type + '\n';
+}
+
+} // namespace
+
+void Metrics::addGauge(std::string name, std::string help, std::function<double()> value) {
+    gauges_.push_back({std::move(name), std::move(help), std::move(value)});
+}
+
+void Metrics::countRequest(std::string_view route, int status, std::chrono::milliseconds took) {
+    const auto seconds = std::chrono::duration<double>(took).count();
+    const std::lock_guard lock(mutex_);
+    ++requests_[{std::string(route), status}];
+    auto& times = times_[std::string(route)];
+    for (std::size_t i = 0; i < bounds.size(); ++i)
+        times.within.at(i) += seconds <= bounds.at(i) ? 1 : 0;
+    ++times.all;
+    times.seconds += seconds;
+}
+
+void Metrics::countAudio(double seconds) {
+    const std::lock_guard lock(mutex_);
+    audioSeconds_ += seconds;
+}
+
+std::string Metrics::requestsText() const {
+    std::string text = head("lorvane_requests_total", "Requests by route and status.", "counter");
+    for (const auto& [key, count] : requests_)
+        text += "lorvane_requests_total{route=\"" + key.first + "\",status=\"" +
+                (key.second == 0 ? "gone" : std::to_string(key.second)) + "\"} " + std::to_string(count) +
+                '\n';
+    return text;
+}
+
+std::string Metrics::timesText() const {
+    const std::string name = "lorvane_request_seconds";
+    std::string text =
+        head(name, "From the end of a request's header to the end of its answer.", "histogram");
+    for (const auto& [route, times] : times_) {
+        const auto label = "{route=\"" + route + '"';
+        for (std::size_t i = 0; i < bounds.size(); ++i)
+            text += name + "_bucket" + label + ",le=\"" + number(bounds.at(i)) + "\"} " +
+                    std::to_string(times.within.at(i)) + '\n';
+        text += name + "_bucket" + label + ",le=\"+Inf\"} " + std::to_string(times.all) + '\n';
+        text += name + "_sum" + label + "} " + number(times.seconds) + '\n';
+        text += name + "_count" + label + "} " + std::to_string(times.all) + '\n';
+    }
+    return text;
+}
+
+std::string Metrics::text() const {
+    std::string text;
+    for (const auto& gauge : gauges_)
+        text += head(gauge.name, gauge.help, "gauge") + gauge.name + ' ' + number(gauge.value()) + '\n';
+    const std::lock_guard lock(mutex_);
+    text += head("lorvane_audio_seconds_total", "Sound of the takes that were worked on.", "counter") +
+            "lorvane_audio_seconds_total " + number(audioSeconds_) + '\n';
+    return text + requestsText() + timesText();
+}
+
+} // namespace lorvane::backend
