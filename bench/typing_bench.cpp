@@ -17,9 +17,9 @@ namespace {
 using namespace lorvane;
 using std::chrono::milliseconds;
 
-constexpr int rateRounds = 5;
+constexpr int rateRounds = 3;
 constexpr int rateCharacters = 1000;
-constexpr int waitRounds = 9;
+constexpr int waitRounds = 7;
 constexpr int waitCharacters = 200;
 constexpr milliseconds betweenPieces{15};
 

@@ -181,7 +181,19 @@ class Stage {
     void tellState() {
         const auto* const view = panel_.findChild<PillView*>();
         const QRectF capsule = view->capsule().translated(panel_.pos());
-        const QJsonObject state{{"visible", panel_.isVisible()},
+        int menus = 0;
+        QPoint menuPlace;
+        for (QWidget* const window : QApplication::topLevelWidgets()) {
+            if (qobject_cast<QMenu*>(window) != nullptr && window->isVisible()) {
+                ++menus;
+                // Of the one that was opened last.
+                menuPlace = menus == 1 || window->parentWidget() != nullptr ? window->pos() : menuPlace;
+            }
+        }
+        const QJsonObject state{{"menus", menus},
+                                {"menuX", menuPlace.x()},
+                                {"menuY", menuPlace.y()},
+                                {"visible", panel_.isVisible()},
                                 {"window", static_cast<qint64>(panel_.winId())},
                                 {"x", panel_.x()},
                                 {"y", panel_.y()},

@@ -57,10 +57,15 @@ TEST_P(InEveryApplication, WhatTheFinalTextAddsIsTyped) {
     EXPECT_TRUE(copy.isOwner()) << "the clipboard was borrowed";
 }
 
+// Two suites of one file, since the large applications take their time to start.
+#ifdef LARGE_APPLICATIONS
+INSTANTIATE_TEST_SUITE_P(, InEveryApplication,
+                         ::testing::Values(application::writer, application::chromium, application::firefox),
+                         nameOf);
+#else
 INSTANTIATE_TEST_SUITE_P(, InEveryApplication,
                          ::testing::Values(application::mousepad, application::gnomeTextEditor,
-                                           application::featherpad, application::qtFields,
-                                           application::writer, application::chromium, application::firefox),
+                                           application::featherpad, application::qtFields),
                          nameOf);
 
 class InATerminal : public LiveTypingDesk, public ::testing::WithParamInterface<Application> {};
@@ -84,6 +89,7 @@ INSTANTIATE_TEST_SUITE_P(
                       Application{"xfce4_terminal",
                                   [](const QString&) { return DesktopApp::xfceTerminal(); }}),
     nameOf);
+#endif
 
 } // namespace
 
