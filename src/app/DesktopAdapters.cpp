@@ -22,8 +22,8 @@ DesktopAdapters::DesktopAdapters(const Foundation& foundation, const QDBusConnec
           foundation, accessibilityBus, accessibilitySwitch,
           [this] { return display.isAlive() && capabilities.canPostKeys(); }, session),
       sound(foundation.clock), inputs(sound), engines(sound, SwrPCMConverter::make), chime(sound),
-      http(foundation.clock), secrets(foundation.clock),
-      historyFile(dataFolder() + QStringLiteral("/tirra-history.json")),
+      codec(LoadedTakeCodec::standardModule(), foundation.log), http(foundation.clock),
+      secrets(foundation.clock), historyFile(dataFolder() + QStringLiteral("/tirra-history.json")),
       history(foundation.clock, historyFile), journal(history, foundation.preferences) {}
 
 } // namespace lorvane

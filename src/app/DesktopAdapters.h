@@ -3,6 +3,7 @@
 
 #include "api/IdentityCloud.h"
 #include "app/HistoryJournal.h"
+#include "app/LoadedTakeCodec.h"
 #include "app/SettleTimes.h"
 #include "base/Foundation.h"
 #include "platform/linux/atspi/AccessibilitySwitch.h"
@@ -10,7 +11,6 @@
 #include "platform/linux/atspi/AtspiBus.h"
 #include "platform/linux/atspi/AtspiFieldAccess.h"
 #include "platform/linux/atspi/AtspiInsertion.h"
-#include "platform/linux/av/AvTakeCodec.h"
 #include "platform/linux/clipboard/X11Pasteboard.h"
 #include "platform/linux/desktop/DiskStateFile.h"
 #include "platform/linux/desktop/QtHttpClient.h"
@@ -63,7 +63,7 @@ struct DesktopAdapters {
     PulseInputDevices inputs;
     PulseAudioEngineFactory engines;
     PulseChime chime;
-    AvTakeCodec codec;
+    LoadedTakeCodec codec;
     QtHttpClient http;
     KeychainSecretStore secrets;
     NoIdentityCloud cloud;

@@ -3,11 +3,13 @@
 
 #include "app/Application.h"
 #include "app/BackendChoice.h"
+#include "app/CodecKeeper.h"
 #include "app/ControlClient.h"
 #include "app/ControlNames.h"
 #include "app/ControlService.h"
 #include "app/Dictation.h"
 #include "app/EndSignals.h"
+#include "app/HistoryRecents.h"
 #include "app/NoticeNotifier.h"
 #include "app/Shell.h"
 #include "app/Stores.h"
@@ -26,20 +28,14 @@ int fail(const char* reason) {
     return 1;
 }
 
-/// Nothing that was dictated is kept.
-class NoDictations final : public RecentDictations {
- public:
-    [[nodiscard]] std::vector<RecentDictation> newest(std::size_t /*most*/) const override { return {}; }
-    [[nodiscard]] Handle subscribe(std::function<void()> /*changed*/) override { return {}; }
-};
-
 /// The whole program, made once.
 class Program {
  public:
     Program(const Foundation& foundation, const QDBusConnection& session)
         : foundation_(foundation), session_(session), desktop_(foundation, session),
-          displayLost_(desktop_.display.onLost([] { endWithoutDisplay(); })),
-          presence_(foundation, session, desktop_.display, dictations_) {
+          displayLost_(desktop_.display.onLost([] { endWithoutDisplay(); })), dictations_(desktop_.history),
+          presence_(foundation, session, desktop_.display, dictations_),
+          codec_(foundation.clock, desktop_.codec) {
         running = this;
     }
     ~Program() { running = nullptr; }
@@ -62,13 +58,15 @@ class Program {
     QDBusConnection session_;
     DesktopAdapters desktop_;
     Handle displayLost_;
-    NoDictations dictations_;
+    HistoryRecents dictations_;
     DesktopPresence presence_;
     std::unique_ptr<Dictation> dictation_;
     std::unique_ptr<BackendChoice> backend_;
     QObject busObject_;
     std::unique_ptr<NoticeNotifier> notifier_;
     std::unique_ptr<Shell> shell_;
+    CodecKeeper codec_;
+    Handle codecWatch_;
     static Program* running;
 };
 
@@ -89,6 +87,7 @@ void Program::start() {
                                              [this] { showBackendGone(); }};
     backend_ = std::make_unique<BackendChoice>(foundation_, BundledBackend::standardExecutable(), callbacks);
     presence_.windows.onFirstRunOver = [&controller] { controller.finishOnboarding(); };
+    codecWatch_ = controller.subscribePhase([this](const Phase& phase) { codec_.follow(phase); });
     shell_ = std::make_unique<Shell>(foundation_, desktop_, presence_, *dictation_,
                                      [] { QCoreApplication::quit(); });
     notifier_ = std::make_unique<NoticeNotifier>(controller, session_);
