@@ -116,11 +116,8 @@ void click(int button) { runTool("xdotool", {"click", QString::number(button)});
 } // namespace mouse
 
 Picture::Picture(const QRect& area) : area_(area) {
-    const QString crop = QStringLiteral("%1x%2+%3+%4")
-                             .arg(area.width())
-                             .arg(area.height())
-                             .arg(area.x())
-                             .arg(area.y());
+    const QString crop =
+        QStringLiteral("%1x%2+%3+%4").arg(area.width()).arg(area.height()).arg(area.x()).arg(area.y());
     bytes_ = runTool("import", {"-window", "root", "-crop", crop, "-depth", "8", "rgb:-"}).output;
     if (bytes_.size() != qsizetype{3} * area.width() * area.height()) {
         throw std::runtime_error("no picture of the screen");
@@ -173,9 +170,9 @@ OtherWindow::OtherWindow(const QRect& place, Kind kind) : xcb_(xcb_connect(nullp
     } else if (kind == Kind::panel) {
         setAtoms("_NET_WM_WINDOW_TYPE", "_NET_WM_WINDOW_TYPE_DOCK");
         const auto height = static_cast<quint32>(place.height());
-        setNumbers("_NET_WM_STRUT_PARTIAL", {0, 0, 0, height, 0, 0, 0, 0, 0, 0,
-                                             static_cast<quint32>(place.x()),
-                                             static_cast<quint32>(place.x() + place.width() - 1)});
+        setNumbers("_NET_WM_STRUT_PARTIAL",
+                   {0, 0, 0, height, 0, 0, 0, 0, 0, 0, static_cast<quint32>(place.x()),
+                    static_cast<quint32>(place.x() + place.width() - 1)});
     }
     xcb_map_window(xcb_, window_);
     xcb_flush(xcb_);
@@ -204,7 +201,8 @@ QRect OtherWindow::place() const {
 
 void OtherWindow::setAtoms(const char* name, const char* value) {
     const xcb_atom_t atom = atomOf(xcb_, value);
-    xcb_change_property(xcb_, XCB_PROP_MODE_REPLACE, window_, atomOf(xcb_, name), XCB_ATOM_ATOM, 32, 1, &atom);
+    xcb_change_property(xcb_, XCB_PROP_MODE_REPLACE, window_, atomOf(xcb_, name), XCB_ATOM_ATOM, 32, 1,
+                        &atom);
 }
 
 void OtherWindow::setNumbers(const char* name, const QList<quint32>& values) {
@@ -233,15 +231,15 @@ QList<QRect> inputShape(quint32 window) {
 
 bool isCutOut(quint32 window) {
     const Connection to;
-    const auto answer = owned(
-        xcb_shape_query_extents_reply(to.xcb, xcb_shape_query_extents(to.xcb, window), nullptr));
+    const auto answer =
+        owned(xcb_shape_query_extents_reply(to.xcb, xcb_shape_query_extents(to.xcb, window), nullptr));
     return answer && answer->bounding_shaped != 0;
 }
 
 bool isShown(quint32 window) {
     const Connection to;
-    const auto answer = owned(xcb_get_window_attributes_reply(
-        to.xcb, xcb_get_window_attributes(to.xcb, window), nullptr));
+    const auto answer =
+        owned(xcb_get_window_attributes_reply(to.xcb, xcb_get_window_attributes(to.xcb, window), nullptr));
     return answer && answer->map_state == XCB_MAP_STATE_VIEWABLE;
 }
 
