@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/Activation.h"
 #include "app/Backend.h"
 #include "app/Options.h"
 #include "app/ParentWatch.h"
@@ -58,7 +59,24 @@ bool waitForEnd(const sigset_t& signals, const std::optional<ParentWatch>& paren
     }
 }
 
-int run(const ProgramOptions& options) {
+// Whoever sends requests here is told by /readyz that they should go elsewhere, and gets some time to see it.
+void waitForSecondSignal(const sigset_t& signals, std::chrono::seconds atMost) {
+    const timespec time{atMost.count(), 0};
+    if (atMost.count() > 0)
+        sigtimedwait(&signals, nullptr, &time);
+}
+
+void tellWhere(const ServerOptions& server, std::uint16_t port) {
+    const bool bracketed = server.address.find(':') != std::string::npos;
+    if (server.inherited >= 0)
+        std::printf("listening on the socket that was handed over, port %u\n", unsigned{port});
+    else
+        std::printf("listening on http://%s%s%s:%u\n", bracketed ? "[" : "", server.address.c_str(),
+                    bracketed ? "]" : "", unsigned{port});
+    std::fflush(stdout);
+}
+
+int run(ProgramOptions options) {
     // Blocked before the first thread starts, so that every thread leaves them to waitForEnd.
     const auto signals = endSignals();
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
@@ -67,19 +85,20 @@ int run(const ProgramOptions& options) {
     if (options.watchParent)
         parent.emplace(options.parent, parentSignal);
 
-    const auto& server = options.backend.server;
+    auto& server = options.backend.server;
+    server.inherited = inheritedSocket();
     Backend backend(options.backend, openStorage(options.database),
                     std::make_unique<PocketsphinxEngine>(options.models, options.backend.workers));
     backend.start();
     if (!options.portFile.empty())
         writePort(options.portFile, backend.port());
-    const bool bracketed = server.address.find(':') != std::string::npos;
-    std::printf("listening on http://%s%s%s:%u\n", bracketed ? "[" : "", server.address.c_str(),
-                bracketed ? "]" : "", unsigned{backend.port()});
-    std::fflush(stdout);
+    tellWhere(server, backend.port());
 
     const bool orphaned = waitForEnd(signals, parent);
     logLine(orphaned ? "the parent is gone, ending" : "ending");
+    backend.announceEnd();
+    if (!orphaned)
+        waitForSecondSignal(signals, options.drainDelay);
     backend.stop(orphaned ? std::chrono::seconds(0) : options.drain);
     if (!options.portFile.empty())
         std::filesystem::remove(options.portFile);
@@ -89,11 +108,11 @@ int run(const ProgramOptions& options) {
 } // namespace
 
 int main(int argc, char** argv) {
-    const auto parsed = parseOptions(argc, argv);
+    auto parsed = parseOptions(argc, argv);
     if (!parsed.options)
         return parsed.exitStatus;
     try {
-        return run(*parsed.options);
+        return run(std::move(*parsed.options));
     } catch (const std::exception& error) {
         logLine(std::string("cannot start: ") + error.what());
         return 1;

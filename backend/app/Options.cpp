@@ -1,10 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/Options.h"
 
+#include "app/ConfigLayers.h"
+#include "app/OptionList.h"
+#include "mail/Address.h"
+#include "util/Base64.h"
+#include "util/Signature.h"
+
 #include <CLI/CLI.hpp>
 #include <charconv>
+#include <cstdio>
 #include <cstdlib>
-#include <thread>
+#include <fstream>
 
 namespace lorvane::backend {
 
@@ -25,104 +32,180 @@ std::filesystem::path defaultDatabase() {
     return base / "lorvane-backend" / "backend.sqlite";
 }
 
-bool readPort(std::string_view text, std::uint16_t& port) {
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
-    return error == std::errc() && end == text.data() + text.size();
+[[noreturn]] void fail(const char* key, const std::string& reason) {
+    throw ConfigError(std::string(key) + ": " + reason);
 }
 
-// "127.0.0.1:8080", "[::1]:8080"; the address alone leaves the port.
-std::string readListen(const std::string& text, ServerOptions& server) {
-    std::string_view rest = text;
+std::uint16_t readPort(const char* key, std::string_view text) {
+    std::uint16_t port = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
+    if (error != std::errc() || end != text.data() + text.size())
+        fail(key, "the port is no number to 65535");
+    return port;
+}
+
+// "127.0.0.1:8080", "[::1]:8080"; the address alone leaves the port at 0.
+void readListen(const RawOptions& raw, ServerOptions& server) {
+    std::string_view rest = raw.listen;
     if (rest.starts_with('[')) {
         const auto end = rest.find(']');
         if (end == std::string_view::npos)
-            return "no ] after the address";
+            fail("listen", "no ] after the address");
         server.address = rest.substr(1, end - 1);
         rest.remove_prefix(end + 1);
     } else {
-        const auto colon = rest.find(':');
+        const auto colon = std::min(rest.find(':'), rest.size());
         server.address = rest.substr(0, colon);
-        rest = colon == std::string_view::npos ? std::string_view() : rest.substr(colon);
+        rest.remove_prefix(colon);
     }
-    if (rest.empty())
-        return {};
-    return rest.starts_with(':') && readPort(rest.substr(1), server.port) ? ""
-                                                                          : "the port is no number to 65535";
+    if (!rest.empty() && !rest.starts_with(':'))
+        fail("listen", "after the address comes :PORT");
+    if (!rest.empty())
+        server.port = readPort("listen", rest.substr(1));
+    if (!raw.port.empty())
+        server.port = readPort("port", raw.port);
 }
 
-struct RawOptions {
-    std::string listen = "127.0.0.1:0";
-    std::string parent;
-    std::size_t bodyMiB = 64;
-    double audioMinutes = 30;
-    std::size_t writeSeconds = 20;
-    std::size_t drainSeconds = 5;
-};
+std::string readUrl(const char* key, std::string url) {
+    if (!url.empty() && !url.starts_with("https://") && !url.starts_with("http://"))
+        fail(key, "no http:// or https:// at its start");
+    while (url.ends_with('/'))
+        url.pop_back();
+    return url;
+}
 
-void addOptions(CLI::App& app, ProgramOptions& options, RawOptions& raw) {
-    app.add_option("--listen", raw.listen, "Address and port; port 0 takes a free one")
-        ->capture_default_str()
-        ->check([&options](const std::string& text) { return readListen(text, options.backend.server); });
-    app.add_option("--port", options.backend.server.port, "Port alone, over that of --listen")
-        ->type_name("PORT");
-    app.add_option("--port-file", options.portFile, "Write the port there once listening")->type_name("FILE");
-    app.add_option("--database", options.database, "SQLite file, made when missing")
-        ->type_name("FILE")
-        ->capture_default_str();
-    app.add_option("--models", options.models, "Folder of en-us/, en-us.lm.bin and cmudict-en-us.dict")
-        ->type_name("DIR")
-        ->capture_default_str();
-    app.add_option("--parent-watch", raw.parent,
-                   "End when the process that started this one is gone; PID guards against one gone already")
-        ->type_name("[PID]")
-        ->expected(0, 1);
-    app.add_option("--workers", options.backend.workers, "Takes worked on at once; about 90 MB each")
-        ->check(CLI::Range(1, 256))
-        ->capture_default_str();
-    app.add_option("--queue", options.backend.queue, "Takes that wait; more are answered 503")
-        ->capture_default_str();
-    app.add_option("--io-threads", options.backend.server.threads, "Threads that serve connections")
-        ->check(CLI::Range(1, 64))
-        ->capture_default_str();
-    app.add_option("--connections", options.backend.server.connections, "Connections at once")
-        ->capture_default_str();
-    app.add_option("--body-limit", raw.bodyMiB, "Largest take in MiB; more is answered 413")
-        ->check(CLI::Range(1, 1024))
-        ->capture_default_str();
-    app.add_option("--audio-limit", raw.audioMinutes, "Longest take in minutes; more is answered 413")
-        ->check(CLI::Range(0.1, 600.0))
-        ->capture_default_str();
-    app.add_option("--write-time", raw.writeSeconds, "Seconds a client may take to accept one line")
-        ->check(CLI::Range(1, 600))
-        ->capture_default_str();
-    app.add_option("--drain", raw.drainSeconds, "Seconds that running requests get at SIGTERM")
-        ->capture_default_str();
+std::string readAddress(const char* key, const std::string& address, const std::string& otherwise) {
+    if (address.empty())
+        return otherwise;
+    if (!isMailAddress(address))
+        fail(key, "no mail address");
+    return address;
+}
+
+std::string readPassword(const std::string& file) {
+    std::ifstream in(file);
+    std::string line;
+    if (!in || !std::getline(in, line))
+        fail("smtp-password-file", "cannot be read");
+    return line;
+}
+
+SmtpOptions readSmtp(const RawOptions& raw) {
+    if (!raw.smtpUrl.starts_with("smtp://") && !raw.smtpUrl.starts_with("smtps://"))
+        fail("smtp-url", "no smtp:// or smtps:// at its start");
+    for (const auto& [key, value] : {std::pair("mail-from", raw.mailFrom), {"feedback-to", raw.feedbackTo}})
+        if (value.empty())
+            fail(key, "wanted with smtp-url");
+    SmtpOptions smtp;
+    smtp.url = raw.smtpUrl;
+    smtp.tls = raw.smtpTls == "required";
+    smtp.authorities = raw.smtpAuthorities;
+    smtp.user = raw.smtpUser;
+    if (raw.smtpUser.empty() != raw.smtpPasswordFile.empty())
+        fail("smtp-user", "wanted together with smtp-password-file");
+    if (!raw.smtpUser.empty() && !smtp.tls && !raw.smtpUrl.starts_with("smtps://"))
+        fail("smtp-tls", "off would show the password to everybody on the way");
+    if (!raw.smtpPasswordFile.empty())
+        smtp.password = readPassword(raw.smtpPasswordFile);
+    return smtp;
+}
+
+MailOptions readMail(const RawOptions& raw, const std::filesystem::path& database) {
+    MailOptions mail;
+    mail.spool =
+        raw.mailSpool.empty() ? database.parent_path() / "mail" : std::filesystem::path(raw.mailSpool);
+    if (!raw.smtpUrl.empty())
+        mail.smtp = readSmtp(raw);
+    else if (!raw.smtpUser.empty() || !raw.smtpPasswordFile.empty())
+        fail("smtp-url", "wanted with smtp-user");
+    return mail;
+}
+
+ReleaseOptions readReleases(const RawOptions& raw) {
+    ReleaseOptions releases{raw.releases, readUrl("releases-url", raw.releasesUrl), {}};
+    if (raw.releases.empty())
+        return releases;
+    if (raw.releasesUrl.empty())
+        fail("releases-url", "wanted with releases");
+    releases.publicKey = decodeBase64(raw.releaseKey).value_or("");
+    if (releases.publicKey.size() != ed25519KeySize)
+        fail("release-key", "not 32 bytes in base64; wanted with releases");
+    return releases;
+}
+
+ServiceOptions readService(const RawOptions& raw) {
+    ServiceOptions service;
+    service.takeLimit = raw.bodyMiB << 20;
+    service.limits = {Rate::perHour(raw.registrationsPerHour), Rate::perHour(raw.invitesPerHour),
+                      Rate::perHour(raw.feedbackPerHour), Rate::perHour(raw.textsPerHour),
+                      Rate::perHour(raw.takesPerHour)};
+    service.phoneGoal = raw.phoneGoal;
+    service.publicUrl = readUrl("public-url", raw.publicUrl);
+    service.downloadUrl = readUrl("download-url", raw.downloadUrl);
+    service.mailFrom = readAddress("mail-from", raw.mailFrom, service.mailFrom);
+    service.feedbackTo = readAddress("feedback-to", raw.feedbackTo, service.feedbackTo);
+    return service;
+}
+
+ServerOptions readServer(const RawOptions& raw) {
+    ServerOptions server;
+    readListen(raw, server);
+    server.threads = raw.ioThreads;
+    server.connections = raw.connections;
+    server.writeTime = std::chrono::seconds(raw.writeSeconds);
+    server.silence = std::chrono::seconds(raw.pingSeconds);
+    return server;
+}
+
+ProgramOptions meaningOf(const RawOptions& raw) {
+    ProgramOptions options;
+    options.database = raw.database;
+    options.portFile = raw.portFile;
+    options.models = raw.models;
+    options.drainDelay = std::chrono::seconds(raw.drainDelaySeconds);
+    options.drain = std::chrono::seconds(raw.drainSeconds);
+    if (!raw.parent.empty() && raw.parent != "true")
+        options.parent = static_cast<pid_t>(std::strtol(raw.parent.c_str(), nullptr, 10));
+    options.backend.server = readServer(raw);
+    options.backend.service = readService(raw);
+    options.backend.mail = readMail(raw, options.database);
+    options.backend.releases = readReleases(raw);
+    options.backend.workers = raw.workers;
+    options.backend.queue = raw.queue;
+    options.backend.maxAudioSeconds = raw.audioMinutes * 60;
+    return options;
+}
+
+std::string configFile(const RawOptions& raw) {
+    const char* variable = std::getenv(environmentName("config").c_str());
+    return raw.config.empty() && variable ? variable : raw.config;
 }
 
 } // namespace
 
 ParsedOptions parseOptions(int argc, char** argv) {
-    ProgramOptions options;
     RawOptions raw;
-    options.database = defaultDatabase();
-    options.models = "/usr/share/pocketsphinx/model/en-us";
-    options.backend.workers = std::max(1U, std::thread::hardware_concurrency());
+    raw.database = defaultDatabase();
     CLI::App app(description, "lorvane-backend");
-    app.set_version_flag("--version", "lorvane-backend " LORVANE_VERSION);
-    addOptions(app, options, raw);
+    app.set_version_flag("--version", "lorvane-backend " LORVANE_VERSION)->configurable(false);
+    app.get_help_ptr()->configurable(false);
+    addOptions(app, raw);
     try {
         app.parse(argc, argv);
+        ConfigLayers layers(app);
+        layers.apply(configFile(raw));
+        auto options = meaningOf(raw);
+        options.watchParent = app.count("--parent-watch") > 0;
+        if (!raw.printConfig)
+            return {options, 0};
+        std::fputs(layers.print().c_str(), stdout);
+        return {std::nullopt, 0};
     } catch (const CLI::ParseError& error) {
         return {std::nullopt, app.exit(error)};
+    } catch (const ConfigError& error) {
+        std::fprintf(stderr, "lorvane-backend: %s\n", error.what());
+        return {std::nullopt, static_cast<int>(CLI::ExitCodes::ConfigError)};
     }
-    options.watchParent = app.count("--parent-watch") > 0;
-    if (!raw.parent.empty() && raw.parent != "true")
-        options.parent = static_cast<pid_t>(std::strtol(raw.parent.c_str(), nullptr, 10));
-    options.backend.service.takeLimit = raw.bodyMiB << 20;
-    options.backend.maxAudioSeconds = raw.audioMinutes * 60;
-    options.backend.server.writeTime = std::chrono::seconds(raw.writeSeconds);
-    options.drain = std::chrono::seconds(raw.drainSeconds);
-    return {options, 0};
 }
 
 } // namespace lorvane::backend

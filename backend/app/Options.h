@@ -16,6 +16,7 @@ struct ProgramOptions {
     std::filesystem::path models;
     bool watchParent = false;
     pid_t parent = 0;
+    std::chrono::seconds drainDelay{0};
     std::chrono::seconds drain{5};
 };
 

@@ -7,8 +7,13 @@
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
+#include <functional>
 #include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <regex>
+#include <set>
 #include <sys/prctl.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -20,11 +25,14 @@ namespace {
 // Runs the program with its standard streams in files. The destructor ends what still runs.
 class Program {
  public:
+    // `prepare` runs in the new process before the program.
     Program(const TemporaryFolder& folder, const std::vector<std::string>& arguments,
-            const std::string& name = "run")
+            const std::string& name = "run", const std::function<void()>& prepare = {})
         : out_(folder / (name + ".out")), log_(folder / (name + ".log")), pid_(::fork()) {
         if (pid_ != 0)
             return;
+        if (prepare)
+            prepare();
         exec(arguments);
     }
     ~Program() {
@@ -72,6 +80,41 @@ class Program {
     const pid_t pid_;
     std::optional<int> status_;
 };
+
+struct Ended {
+    int status;
+    std::string out;
+    std::string log;
+};
+
+// Runs to its end with these variables set.
+Ended ran(const TemporaryFolder& folder, const std::vector<std::string>& arguments,
+          const std::map<std::string, std::string>& variables = {}) {
+    Program program(folder, arguments, "ran", [&] {
+        for (const auto& [name, value] : variables)
+            ::setenv(name.c_str(), value.c_str(), 1);
+    });
+    const int status = program.wait();
+    return {status, program.out(), program.log()};
+}
+
+void put(const std::filesystem::path& file, const std::string& text) { std::ofstream(file) << text; }
+
+// The source and the value of a key in what --print-config prints.
+std::pair<std::string, std::string> printed(const std::string& config, const std::string& key) {
+    const auto at = config.find('\n' + key + " = ");
+    if (at == std::string::npos)
+        return {"none", ""};
+    const auto source = config.rfind("# ", at);
+    const auto value = at + key.size() + 4;
+    return {config.substr(source + 2, at - source - 2),
+            config.substr(value, config.find('\n', value) - value)};
+}
+
+std::set<std::string> longOptions(const std::string& text) {
+    static const std::regex form("--[a-z][a-z-]*");
+    return {std::sregex_token_iterator(text.begin(), text.end(), form), {}};
+}
 
 bool alive(pid_t pid) { return ::kill(pid, 0) == 0; }
 
@@ -231,4 +274,138 @@ TEST_F(ProgramTest, WrongOptionsAndAPortInUseAreSaid) {
         "second");
     EXPECT_EQ(second.wait(), 1);
     EXPECT_NE(second.log().find("cannot listen"), std::string::npos) << second.log();
+}
+
+TEST_F(ProgramTest, TheCommandLineGoesBeforeTheEnvironmentAndThatBeforeTheFile) {
+    const auto file = (folder_ / "backend.conf").string();
+    put(file, "# bounds\n\n workers = 2\nqueue=\"7\"\r\naudio-limit = 1.5\nmodels = \"/a \\\"b\\\" # c\"\n");
+    const auto all = ran(folder_, {"--config", file, "--workers", "4", "--print-config"},
+                         {{"LORVANE_BACKEND_WORKERS", "3"}, {"LORVANE_BACKEND_QUEUE", "9"}});
+    ASSERT_EQ(all.status, 0) << all.log;
+    using Printed = std::pair<std::string, std::string>;
+    EXPECT_EQ(printed(all.out, "workers"), Printed("command line", "\"4\""));
+    EXPECT_EQ(printed(all.out, "queue"), Printed("LORVANE_BACKEND_QUEUE", "\"9\""));
+    EXPECT_EQ(printed(all.out, "audio-limit"), Printed(file, "\"1.5\""));
+    EXPECT_EQ(printed(all.out, "models"), Printed(file, "\"/a \\\"b\\\" # c\""));
+    EXPECT_EQ(printed(all.out, "drain"), Printed("default", "\"5\""));
+    EXPECT_EQ(ran(folder_, {"--print-config"}, {{"LORVANE_BACKEND_CONFIG", file}}).out.find("command line"),
+              std::string::npos);
+}
+
+TEST_F(ProgramTest, WhatIsPrintedIsAFileThatMeansTheSame) {
+    const std::vector<std::string> options{"--listen",   "[::1]:0",   "--phone-goal",  "33",
+                                           "--database", "/x/\"y.db", "--print-config"};
+    const auto first = ran(folder_, options).out;
+    put(folder_ / "printed.conf", first);
+    const auto second = ran(folder_, {"--config", (folder_ / "printed.conf").string(), "--print-config"}).out;
+    for (const char* key : {"listen", "phone-goal", "database", "workers", "smtp-tls"})
+        EXPECT_EQ(printed(first, key).second, printed(second, key).second) << key;
+    EXPECT_EQ(printed(second, "database").second, "\"/x/\\\"y.db\"");
+}
+
+TEST_F(ProgramTest, AnErrorNamesTheKeyAndWhereItStands) {
+    const auto file = (folder_ / "backend.conf").string();
+    const std::pair<std::string, std::string> files[] = {
+        {"wrokers = 2\n", file + ": wrokers: there is no such key"},
+        {"help = 1\n", file + ": help: there is no such key"},
+        {"config = x\n", file + ": config: there is no such key"},
+        {"workers = many\n", file + ": workers: "},
+        {"workers = 0\n", file + ": workers: "},
+        {"\nworkers = 1\nworkers = 2\n", file + ":3: workers stands there a second time"},
+        {"queue 5\n", file + ":1: no \"key = value\""},
+        {"models = \"x\n", file + ":1: models: the quotes"},
+        {"smtp-url = smtp://localhost\n", "mail-from: wanted with smtp-url"},
+        {"smtp-user = me\n", "smtp-url: wanted"},
+        {"mail-from = nobody\n", "mail-from: no mail address"},
+        {"public-url = ftp://x\n", "public-url: "},
+        {"releases = /tmp\n", "releases-url: wanted"},
+        {"releases = /tmp\nreleases-url = https://x\nrelease-key = abc\n", "release-key: "},
+        {"listen = 127.0.0.1:99999\n", "listen: "},
+        {"port = 1x\n", "port: "},
+    };
+    for (const auto& [text, expected] : files) {
+        put(file, text);
+        const auto ended = ran(folder_, {"--config", file, "--print-config"});
+        EXPECT_GT(ended.status, 100) << text;
+        EXPECT_NE(ended.log.find(expected), std::string::npos) << text << ended.log;
+        EXPECT_EQ(ended.out, "") << text;
+    }
+    EXPECT_NE(ran(folder_, {}, {{"LORVANE_BACKEND_IO_THREADS", "900"}})
+                  .log.find("LORVANE_BACKEND_IO_THREADS: io-threads: "),
+              std::string::npos);
+    EXPECT_NE(ran(folder_, {"--config", "/absent/file"}).log.find("/absent/file: cannot be read"),
+              std::string::npos);
+}
+
+TEST_F(ProgramTest, ThePasswordOfTheMailServerIsNotPrinted) {
+    put(folder_ / "password", "hunter2\n");
+    const auto ended = ran(folder_, {"--print-config", "--smtp-url", "smtp://localhost:25", "--smtp-user",
+                                     "me", "--smtp-password-file", (folder_ / "password").string(),
+                                     "--mail-from", "a@example.org", "--feedback-to", "b@example.org"});
+    EXPECT_EQ(ended.status, 0) << ended.log;
+    EXPECT_EQ((ended.out + ended.log).find("hunter2"), std::string::npos);
+    EXPECT_NE(ended.out.find("smtp-password-file"), std::string::npos);
+    EXPECT_GT(ran(folder_, {"--smtp-url", "smtp://localhost:25", "--smtp-user", "me", "--smtp-password-file",
+                            (folder_ / "password").string(), "--mail-from", "a@example.org", "--feedback-to",
+                            "b@example.org", "--smtp-tls", "off"})
+                  .status,
+              100)
+        << "a password in the clear";
+}
+
+TEST_F(ProgramTest, TheManualPageHasEveryOptionAndNoOther) {
+    auto page = readFile(LORVANE_BACKEND_MANUAL);
+    page = std::regex_replace(page, std::regex(R"(\\-)"), "-");
+    auto documented = longOptions(page);
+    auto offered = longOptions(ran(folder_, {"--help"}).out);
+    EXPECT_GT(offered.size(), 30U);
+    EXPECT_EQ(documented, offered);
+}
+
+TEST_F(ProgramTest, ASocketThatAServiceManagerHandsOverIsServed) {
+    const int listening = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    ASSERT_EQ(::bind(listening, reinterpret_cast<sockaddr*>(&address), size), 0);
+    ASSERT_EQ(::listen(listening, 100), 0);
+    ::getsockname(listening, reinterpret_cast<sockaddr*>(&address), &size);
+    const auto at = ntohs(address.sin_port);
+    const auto hand = [&](const char* count) {
+        return [listening, count] {
+            ::dup2(listening, 3);
+            ::setenv("LISTEN_FDS", count, 1);
+            ::setenv("LISTEN_PID", std::to_string(::getpid()).c_str(), 1);
+        };
+    };
+    // The second begins while the first ends: whoever comes between them waits in the socket.
+    for (const char* name : {"first", "second"}) {
+        Connection early(at);
+        early.send(requestText({"GET", "/healthz", "", "", "", "", ""}));
+        Program program(folder_, usual(), name, hand("1"));
+        EXPECT_EQ(early.readReply().status, 200) << program.log();
+        EXPECT_EQ(port(), at);
+        ::kill(program.pid(), SIGTERM);
+        EXPECT_EQ(program.wait(), 0) << program.log();
+    }
+    Program two(folder_, usual(), "two", hand("2"));
+    EXPECT_EQ(two.wait(), 1);
+    EXPECT_NE(two.log().find("LISTEN_FDS is 2"), std::string::npos) << two.log();
+    ::close(listening);
+}
+
+TEST_F(ProgramTest, AfterTheSignalItSaysUnreadyAndServesOnForTheDelay) {
+    Program program(folder_, usual({"--drain-delay", "60"}));
+    const auto at = port();
+    ASSERT_NE(at, 0);
+    const auto status = [&](const char* path) {
+        return request(at, {"GET", path, "", "", "", "", ""}).status;
+    };
+    EXPECT_TRUE(eventually([&] { return status("/readyz") == 200; }));
+    ::kill(program.pid(), SIGTERM);
+    EXPECT_TRUE(eventually([&] { return status("/readyz") == 503; }));
+    EXPECT_EQ(status("/healthz"), 200);
+    ::kill(program.pid(), SIGTERM);
+    EXPECT_EQ(program.wait(), 0) << "a second signal cuts the delay short";
 }

@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/OptionList.h"
+
+#include <CLI/CLI.hpp>
+#include <thread>
+
+namespace lorvane::backend {
+
+namespace {
+
+template <class Value>
+CLI::Option* add(CLI::App& app, const char* name, const char* type, Value& value, const char* help) {
+    return app.add_option(name, value, help)->type_name(type)->capture_default_str();
+}
+
+void addProgram(CLI::App& app, RawOptions& raw) {
+    app.add_option("--config", raw.config, "Read keys from this file: an option without its dashes = value")
+        ->type_name("FILE")
+        ->configurable(false);
+    app.add_flag("--print-config", raw.printConfig, "Print all keys with their sources, and end")
+        ->configurable(false);
+    add(app, "--listen", "ADDRESS:PORT", raw.listen, "Address and port; port 0 takes a free one");
+    add(app, "--port", "PORT", raw.port, "Port alone, over that of --listen");
+    add(app, "--port-file", "FILE", raw.portFile, "Write the port there once listening");
+    add(app, "--database", "FILE", raw.database, "SQLite file, made when missing");
+    add(app, "--models", "DIR", raw.models, "Folder of en-us/, en-us.lm.bin and cmudict-en-us.dict");
+    app.add_option("--parent-watch", raw.parent,
+                   "End when the process that started this one is gone; PID guards against one gone already")
+        ->type_name("[PID]")
+        ->expected(0, 1)
+        ->configurable(false);
+}
+
+void addBounds(CLI::App& app, RawOptions& raw) {
+    add(app, "--workers", "N", raw.workers, "Takes worked on at once; about 90 MB each")
+        ->check(CLI::Range(1, 256));
+    add(app, "--queue", "N", raw.queue, "Takes that wait; more are answered 503");
+    add(app, "--io-threads", "N", raw.ioThreads, "Threads that serve connections")->check(CLI::Range(1, 64));
+    add(app, "--connections", "N", raw.connections, "Connections at once")->check(CLI::Range(1, 1'000'000));
+    add(app, "--body-limit", "MIB", raw.bodyMiB, "Largest take; more is answered 413")
+        ->check(CLI::Range(1, 1024));
+    add(app, "--audio-limit", "MINUTES", raw.audioMinutes, "Longest take; more is answered 413")
+        ->check(CLI::Range(0.1, 600.0));
+    add(app, "--write-time", "SECONDS", raw.writeSeconds, "How long a client may take to accept one line")
+        ->check(CLI::Range(1, 600));
+    add(app, "--ping-time", "SECONDS", raw.pingSeconds,
+        "Silence of a stream before a line that says it lives")
+        ->check(CLI::Range(1, 240));
+    add(app, "--drain-delay", "SECONDS", raw.drainDelaySeconds,
+        "After SIGTERM: how long /readyz says 503 while new requests are still served")
+        ->check(CLI::Range(0, 600));
+    add(app, "--drain", "SECONDS", raw.drainSeconds, "Then: how long running requests get")
+        ->check(CLI::Range(0, 3600));
+}
+
+void addLimits(CLI::App& app, RawOptions& raw) {
+    const auto rate = CLI::Range(0, 1'000'000);
+    add(app, "--takes-per-hour", "N", raw.takesPerHour, "Takes of a person; 0: any number")->check(rate);
+    add(app, "--registrations-per-hour", "N", raw.registrationsPerHour,
+        "Registrations of all devices together; more are answered 503; 0: any number")
+        ->check(rate);
+    add(app, "--invites-per-hour", "N", raw.invitesPerHour, "Invitations of a person; 0: any number")
+        ->check(rate);
+    add(app, "--feedback-per-hour", "N", raw.feedbackPerHour, "Feedback of a person; 0: any number")
+        ->check(rate);
+    add(app, "--texts-per-hour", "N", raw.textsPerHour, "Insights and summaries of a person; 0: any number")
+        ->check(rate);
+    add(app, "--phone-goal", "WORDS", raw.phoneGoal,
+        "Words on a telephone that make a day count; 0: no such record")
+        ->check(CLI::Range(0, 1'000'000));
+}
+
+void addSite(CLI::App& app, RawOptions& raw) {
+    add(app, "--public-url", "URL", raw.publicUrl, "Where people reach this service; for links in letters");
+    add(app, "--download-url", "URL", raw.downloadUrl, "Where /get leads to");
+    add(app, "--releases", "DIR", raw.releases, "Folder of signed releases; makes /appcast.xml");
+    add(app, "--releases-url", "URL", raw.releasesUrl, "Where that folder is downloaded from");
+    add(app, "--release-key", "BASE64", raw.releaseKey, "Ed25519 public key of the releases");
+}
+
+void addMail(CLI::App& app, RawOptions& raw) {
+    add(app, "--mail-from", "ADDRESS", raw.mailFrom, "Sender of letters");
+    add(app, "--feedback-to", "ADDRESS", raw.feedbackTo, "Who gets the feedback");
+    add(app, "--mail-spool", "DIR", raw.mailSpool,
+        "Without a mail server letters are written there; \"mail\" beside the database when not given");
+    add(app, "--smtp-url", "URL", raw.smtpUrl, "Mail server: smtp://HOST:PORT, or smtps://HOST:PORT");
+    add(app, "--smtp-tls", "required|off", raw.smtpTls, "Whether smtp:// wants STARTTLS before anything else")
+        ->check(CLI::IsMember({"required", "off"}));
+    add(app, "--smtp-ca", "FILE", raw.smtpAuthorities, "Certificates to trust instead of the system's");
+    add(app, "--smtp-user", "NAME", raw.smtpUser, "Name at the mail server");
+    add(app, "--smtp-password-file", "FILE", raw.smtpPasswordFile, "Its first line is the password");
+}
+
+} // namespace
+
+void addOptions(CLI::App& app, RawOptions& raw) {
+    raw.workers = std::max(1U, std::thread::hardware_concurrency());
+    addProgram(app, raw);
+    addBounds(app, raw);
+    addLimits(app, raw);
+    addSite(app, raw);
+    addMail(app, raw);
+}
+
+} // namespace lorvane::backend

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "app/Options.h"
+
+#include <string>
+
+namespace CLI {
+class App;
+}
+
+namespace lorvane::backend {
+
+// What is written down for each option, before it means something together with the others.
+struct RawOptions {
+    std::string config;
+    bool printConfig = false;
+    std::string listen = "127.0.0.1:0";
+    std::string port;
+    std::string portFile;
+    std::string parent;
+    std::string database;
+    std::string models = "/usr/share/pocketsphinx/model/en-us";
+    std::size_t workers = 0;
+    std::size_t queue = 64;
+    std::size_t ioThreads = 1;
+    std::size_t connections = 4096;
+    std::size_t bodyMiB = 64;
+    double audioMinutes = 30;
+    std::size_t writeSeconds = 20;
+    std::size_t pingSeconds = 15;
+    std::size_t drainDelaySeconds = 0;
+    std::size_t drainSeconds = 5;
+    int takesPerHour = 0;
+    int registrationsPerHour = 3600;
+    int invitesPerHour = 20;
+    int feedbackPerHour = 20;
+    int textsPerHour = 240;
+    std::int64_t phoneGoal = 200;
+    std::string publicUrl;
+    std::string downloadUrl;
+    std::string releases;
+    std::string releasesUrl;
+    std::string releaseKey;
+    std::string mailFrom;
+    std::string feedbackTo;
+    std::string mailSpool;
+    std::string smtpUrl;
+    std::string smtpTls = "required";
+    std::string smtpAuthorities;
+    std::string smtpUser;
+    std::string smtpPasswordFile;
+};
+
+void addOptions(CLI::App& app, RawOptions& raw);
+
+} // namespace lorvane::backend
