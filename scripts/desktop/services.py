@@ -13,6 +13,7 @@ BOUND = 30.0  # seconds that any part may take to come up; a part needs well und
 WINDOW_MANAGERS = {
     "openbox": (["openbox", "--sm-disable"], "openbox"),
     "xfwm4": (["xfwm4", "--sm-client-disable"], "xfwm4"),
+    "xfwm4_plain": (["xfwm4", "--sm-client-disable", "--compositor=off"], "xfwm4"),  # without its compositor
     "kwin_x11": (["kwin_x11"], "kwin-x11"),
 }
 _PROGRAMS = {

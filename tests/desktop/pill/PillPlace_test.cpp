@@ -5,8 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <xcb/randr.h>
-
 namespace lorvane {
 
 namespace {
@@ -127,47 +125,21 @@ TEST_F(PillPlace, ADenseScreenHasAllOfItTwiceAsLarge) {
 class TwoMonitors {
  public:
     TwoMonitors() {
-        add("left", QRect(0, 0, 640, 800));
-        add("right", QRect(640, 0, 640, 600));
+        run({"--setmonitor", "*left", "640/170x800/210+0+0", "screen"});
+        run({"--setmonitor", "right", "640/170x600/160+640+0", "none"});
     }
     ~TwoMonitors() {
-        for (const xcb_atom_t name : names_) {
-            xcb_randr_delete_monitor(xcb_, root(), name);
-        }
-        xcb_flush(xcb_);
-        xcb_disconnect(xcb_);
+        run({"--delmonitor", "left"});
+        run({"--delmonitor", "right"});
     }
     TwoMonitors(const TwoMonitors&) = delete;
     TwoMonitors& operator=(const TwoMonitors&) = delete;
 
  private:
-    xcb_window_t root() { return xcb_setup_roots_iterator(xcb_get_setup(xcb_)).data->root; }
-    xcb_atom_t atom(const QByteArray& name) {
-        const auto cookie =
-            xcb_intern_atom(xcb_, 0, static_cast<std::uint16_t>(name.size()), name.constData());
-        auto* const reply = xcb_intern_atom_reply(xcb_, cookie, nullptr);
-        const xcb_atom_t found = reply->atom;
-        std::free(reply);
-        return found;
+    static void run(const QStringList& arguments) {
+        const ToolResult result = runTool("xrandr", arguments);
+        EXPECT_EQ(result.status, 0) << result.errors.constData();
     }
-    void add(const QByteArray& name, const QRect& place) {
-        names_.append(atom(name));
-        QByteArray bytes(sizeof(xcb_randr_monitor_info_t), '\0');
-        auto* const monitor = reinterpret_cast<xcb_randr_monitor_info_t*>(bytes.data());
-        monitor->name = names_.last();
-        monitor->primary = names_.size() == 1 ? 1 : 0;
-        monitor->x = static_cast<std::int16_t>(place.x());
-        monitor->y = static_cast<std::int16_t>(place.y());
-        monitor->width = static_cast<std::uint16_t>(place.width());
-        monitor->height = static_cast<std::uint16_t>(place.height());
-        monitor->width_in_millimeters = monitor->height_in_millimeters = 200;
-        xcb_randr_set_monitor(xcb_, root(), monitor);
-        auto* const done = xcb_get_input_focus_reply(xcb_, xcb_get_input_focus(xcb_), nullptr);
-        std::free(done);
-    }
-
-    xcb_connection_t* xcb_ = xcb_connect(nullptr, nullptr);
-    QList<xcb_atom_t> names_;
 };
 
 TEST_F(PillPlace, FollowsThePointerFromMonitorToMonitor) {
