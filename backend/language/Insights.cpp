@@ -24,18 +24,20 @@ std::string number(std::size_t count, const std::string& one, const std::string&
     return std::to_string(count) + ' ' + (count == 1 ? one : many);
 }
 
-std::string rounded(double value) { return std::to_string(std::lround(value)); }
+std::string roundedWords(double value) {
+    return number(static_cast<std::size_t>(std::lround(value)), "word", "words");
+}
 std::string quoted(const std::string& word) { return '"' + word + '"'; }
 
 void lookAtLength(const SpeechFigures& figures, Insights& insights) {
     const auto mean = figures.wordsPerSentence();
     if (mean <= longSentence) {
-        insights.strengths.push_back("Your sentences are easy to follow: about " + rounded(mean) +
-                                     " words each.");
+        insights.strengths.push_back("Your sentences are easy to follow: about " + roundedWords(mean) +
+                                     " each.");
         return;
     }
     insights.suggestions.push_back(
-        {"Shorter sentences", "Your sentences have about " + rounded(mean) + " words, the longest " +
+        {"Shorter sentences", "Your sentences have about " + roundedWords(mean) + ", the longest " +
                                   std::to_string(figures.longestSentence) +
                                   ". Stop after one thought, and begin the next one anew."});
     insights.resources.push_back({"The Elements of Style, by William Strunk Jr.",
@@ -103,8 +105,8 @@ std::optional<Insights> insightsOf(const std::vector<std::string>& samples) {
     insights.summary = "In " + number(figures.messages, "message", "messages") + " you said " +
                        number(figures.words, "word", "words") + " in " +
                        number(figures.sentences, "sentence", "sentences") + ", about " +
-                       rounded(figures.wordsPerSentence()) +
-                       " words in each. These notes come from counting, not from understanding.";
+                       roundedWords(figures.wordsPerSentence()) +
+                       " in each. These notes come from counting, not from understanding.";
     lookAtLength(figures, insights);
     lookAtFillers(figures, insights);
     lookAtOpenings(figures, insights);
