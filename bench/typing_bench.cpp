@@ -21,7 +21,7 @@ constexpr int rateRounds = 3;
 constexpr int rateCharacters = 1000;
 constexpr int waitRounds = 7;
 constexpr int waitCharacters = 200;
-constexpr milliseconds betweenPieces{15};
+constexpr milliseconds betweenPieces{70}; // some 150 characters a second
 
 double median(std::vector<double> values) {
     std::sort(values.begin(), values.end());
@@ -50,31 +50,44 @@ Rate byXdotool(DesktopApp& application, const QString& text) {
     return {std::max(0, characters - wrong) / time.count(), wrong};
 }
 
-void measure(const TypingTarget& target) {
-    TypingTrial trial(target);
+struct Ours {
     std::vector<double> rates;
     std::vector<double> processor;
     int wrong = 0;
+};
+
+/// Each text in one piece, or in the pieces of a stream, which end posts before they are full.
+Ours byProgram(TypingTrial& trial, bool streamed) {
+    Ours ours;
     for (int round = 1; round <= rateRounds; ++round) {
         const QString text = corpus::mixed(rateCharacters, static_cast<unsigned>(round));
-        const TypingResult result = trial.type(text, corpus::fragments(text));
-        rates.push_back((result.characters - result.wrong) / result.typing);
-        processor.push_back(result.processor);
-        wrong += result.wrong;
+        const TypingResult result = trial.type(text, streamed ? corpus::fragments(text) : QStringList{text});
+        ours.rates.push_back((result.characters - result.wrong) / result.typing);
+        ours.processor.push_back(result.processor);
+        ours.wrong += result.wrong;
     }
+    return ours;
+}
+
+void measure(const TypingTarget& target) {
+    TypingTrial trial(target);
+    const Ours whole = byProgram(trial, false);
+    const Ours streamed = byProgram(trial, true);
     std::vector<double> waits;
     for (int round = 1; round <= waitRounds; ++round) {
         const QString text = corpus::mixed(waitCharacters, static_cast<unsigned>(round));
         waits.push_back(trial.type(text, corpus::fragments(text), betweenPieces).afterDone * 1000);
     }
     const Rate reference = byXdotool(trial.application(), corpus::mixed(rateCharacters));
-    std::printf("%-28s %-24s %7.0f /s  %3d wrong of %d   xdotool %5.0f /s  %4d wrong of %d   ratio %5.1f   "
-                "last line to done %5.1f ms (worst %5.1f)   processor %.2f s\n",
-                qPrintable(target.toolkit),
-                qPrintable(trial.way().isEmpty() ? QStringLiteral("paste") : trial.way()), median(rates),
-                wrong, rateRounds * rateCharacters, reference.perSecond, reference.wrong, rateCharacters,
-                median(rates) / reference.perSecond, median(waits),
-                *std::max_element(waits.begin(), waits.end()), median(processor));
+    const QString way = trial.way().isEmpty() ? QStringLiteral("paste") : trial.way();
+    std::printf(
+        "%-26s %-10s %6.0f /s in one piece, %6.0f /s streamed, %d wrong of %d | xdotool %4.0f /s, "
+        "%d wrong of %d | ratio %.1f, %.1f | last line to done %.1f ms, worst %.1f | processor %.2f s\n",
+        qPrintable(target.toolkit), qPrintable(way), median(whole.rates), median(streamed.rates),
+        whole.wrong + streamed.wrong, 2 * rateRounds * rateCharacters, reference.perSecond, reference.wrong,
+        rateCharacters, median(whole.rates) / reference.perSecond,
+        median(streamed.rates) / reference.perSecond, median(waits),
+        *std::max_element(waits.begin(), waits.end()), median(streamed.processor));
     std::fflush(stdout);
 }
 

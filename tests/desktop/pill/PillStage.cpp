@@ -4,7 +4,8 @@
 //   level 0..1     calm on|off     contrast on|off     hide     show     speak CODE     translate CODE
 //   wallpaper light|dark
 //   menu on (adds a program menu with a submenu to the pill's own)     state (answers with what it shows)
-// Standard output tells what its controls did.
+// Standard output tells what its controls did. With --bare nothing is shown and read: what the toolkit alone
+// costs.
 #include "base/PreferenceCatalogue.h"
 #include "base/testing/MemoryPreferenceStore.h"
 #include "core/testing/FakePresence.h"
@@ -243,6 +244,7 @@ int main(int argc, char** argv) {
     QApplication::setStyle(QStringLiteral("Fusion"));
     const QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
-    const lorvane::Stage stage;
+    const bool isBare = QApplication::arguments().contains(QStringLiteral("--bare"));
+    const auto stage = isBare ? nullptr : std::make_unique<lorvane::Stage>();
     return QApplication::exec();
 }

@@ -4,6 +4,9 @@
 #include "support/ScriptedBackend.h"
 #include "support/Windows.h"
 
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusInterface>
 #include <QDir>
 #include <QFile>
 #include <QRegularExpression>
@@ -117,6 +120,27 @@ TEST_F(WindowsTest, ClosingTheWindowKeepsTheProgramAndLetsTheEngineGo) {
 TEST_F(WindowsTest, AFirstRunEndsInTheHomeWindow) {
     const LorvaneProgram program(address, {{"tirra.mac.onboarded", false}});
     EXPECT_NE(waitForHome(), 0U);
+}
+
+TEST_F(WindowsTest, ARestartLeavesOneNewProgram) {
+    LorvaneProgram program(address);
+    QDBusInterface control(QStringLiteral("com.ostrand.tirra"), QStringLiteral("/com/ostrand/tirra"),
+                           QStringLiteral("com.ostrand.tirra.Dictation1"));
+    const auto owner = [] {
+        return QDBusConnection::sessionBus()
+            .interface()
+            ->servicePid(QStringLiteral("com.ostrand.tirra"))
+            .value();
+    };
+    const uint before = owner();
+    ASSERT_EQ(before, static_cast<uint>(program.pid()));
+    EXPECT_EQ(control.call(QStringLiteral("Restart")).type(), QDBusMessage::ReplyMessage);
+    EXPECT_TRUE(waitUntil([&] { return !program.isRunning(); }));
+    EXPECT_EQ(program.exitCode(), 0);
+    EXPECT_TRUE(waitUntil([&] { return owner() != 0 && owner() != before; }));
+    EXPECT_TRUE(waitUntil([&] { return program.phase() == QLatin1String("idle"); }));
+    control.call(QStringLiteral("Quit"));
+    EXPECT_TRUE(waitUntil([&] { return owner() == 0; }));
 }
 
 struct Colours {

@@ -79,6 +79,7 @@ TypingResult TypingTrial::type(const QString& text, const QStringList& pieces,
     if (!ended) {
         throw std::runtime_error("the take does not end: " + program_.log().toStdString());
     }
+    const bool handedOver = program_.phases().last().startsWith(QLatin1String("notice"));
     TypingResult result;
     result.characters = static_cast<int>(text.toUcs4().size());
     result.typing = secondsBetween(begun, program_.lastPhaseAt());
@@ -86,7 +87,6 @@ TypingResult TypingTrial::type(const QString& text, const QStringList& pieces,
     result.processor = processes::processorSeconds(program_.pid()) - before;
     result.seen = application_->waitForText(text, std::chrono::seconds(5));
     result.wrong = corpus::wrongCharacters(result.seen, text);
-    const bool handedOver = program_.phases().last().startsWith(QLatin1String("notice"));
     if (!program_.waitForPhase(QStringLiteral("idle"))) {
         throw std::runtime_error("it does not come to rest: " + program_.log().toStdString());
     }

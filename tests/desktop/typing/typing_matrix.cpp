@@ -103,6 +103,16 @@ QString row(const TypingTarget& target, const Summary& summary) {
     return QStringLiteral("| %1 |").arg(cells.join(QStringLiteral(" | ")));
 }
 
+/// One application that does not come up leaves the others to be tried.
+std::optional<Summary> tryToRun(const TypingTarget& target, const Options& options) {
+    try {
+        return run(target, options);
+    } catch (const std::exception& error) {
+        say(QStringLiteral("%1 FAILED: %2").arg(target.name, QString::fromUtf8(error.what())));
+        return std::nullopt;
+    }
+}
+
 int runAll(const QCommandLineParser& arguments) {
     const Options options{arguments.value(QStringLiteral("runs")).toInt(),
                           arguments.value(QStringLiteral("characters")).toInt(),
@@ -114,12 +124,15 @@ int runAll(const QCommandLineParser& arguments) {
         if (!only.isEmpty() && target.name != only) {
             continue;
         }
-        const Summary summary = run(target, options);
-        rows.append(row(target, summary));
-        say(rows.back() + (isGood(target, summary) ? QString() : QStringLiteral("  FAILED")));
-        good = good && isGood(target, summary);
+        const auto summary = tryToRun(target, options);
+        good = good && summary && isGood(target, *summary);
+        if (!summary) {
+            continue;
+        }
+        rows.append(row(target, *summary));
+        say(rows.back() + (isGood(target, *summary) ? QString() : QStringLiteral("  FAILED")));
     }
-    if (rows.isEmpty()) {
+    if (rows.isEmpty() && good) {
         throw std::runtime_error("no application is called " + only.toStdString());
     }
     if (QFile file(arguments.value(QStringLiteral("markdown"))); !file.fileName().isEmpty()) {
