@@ -9,6 +9,8 @@ constexpr Duration afterDelete = std::chrono::milliseconds(3);
 constexpr Duration untilArrowsTook = std::chrono::milliseconds(200);
 /// Chromium tells of the text and of the caret one after the other.
 constexpr Duration untilConsistent = std::chrono::milliseconds(100);
+constexpr Duration lateTextAwaited = std::chrono::milliseconds(400);
+constexpr Duration betweenReads = std::chrono::milliseconds(5);
 constexpr qint64 anywhere = -1;
 } // namespace
 
@@ -22,6 +24,16 @@ QCoro::Task<std::optional<CaretReading>> ArmedField::state(TypingAttempt typed, 
         co_return std::nullopt;
     }
     co_return CaretReading{read->length, read->caret};
+}
+
+QCoro::Task<std::optional<CaretReading>> ArmedField::stateWithLateText(TypingAttempt typed, TaskScope scope) {
+    const Instant deadline = clock_.now() + lateTextAwaited;
+    auto reading = co_await state(typed, scope);
+    while (caretAim(typed, reading).kind == CaretAim::Kind::missing && clock_.now() < deadline) {
+        co_await sleep(clock_, betweenReads, scope);
+        reading = co_await state(typed, scope);
+    }
+    co_return reading;
 }
 
 QCoro::Task<void> ArmedField::moveRight(TypingAttempt typed, qint64 times, TaskScope scope) {
@@ -39,7 +51,7 @@ QCoro::Task<bool> ArmedField::takeBack(TypingAttempt typed, QString reason, Task
     const QString tag = QStringLiteral("[tirra-type] abandon(%1): ").arg(reason);
     const qint64 count = typed.typedLive.size();
     const qint64 end = endOfTyped(typed).value_or(0);
-    const auto before = co_await state(typed, scope);
+    const auto before = co_await stateWithLateText(typed, scope);
     const CaretAim target = caretAim(typed, before);
     if (target.kind == CaretAim::Kind::lost) {
         log_.diagLog(tag + QStringLiteral("lost aim on the field, %1 characters left in place").arg(count));

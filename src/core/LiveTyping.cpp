@@ -262,14 +262,19 @@ QCoro::Task<SettleOutcome> LiveTyping::typeRest(Attempt attempt, QString text, Q
 }
 
 QCoro::Task<SettleOutcome> LiveTyping::pasteRest(Attempt attempt, QString rest, TaskScope scope) {
-    const auto before = co_await field_.state(*attempt, scope);
+    const auto before = co_await field_.stateWithLateText(*attempt, scope);
     const CaretAim target = caretAim(*attempt, before);
-    if (target.kind != CaretAim::Kind::reachable) {
-        co_return SettleOutcome::handOver;
+    bool isAtEnd = false;
+    if (target.kind == CaretAim::Kind::reachable) {
+        co_await field_.moveRight(*attempt, target.gap, scope);
+        const auto moved = co_await field_.state(*attempt, scope);
+        isAtEnd = moved && moved->caret == endOfTyped(*attempt);
     }
-    co_await field_.moveRight(*attempt, target.gap, scope);
-    const auto moved = co_await field_.state(*attempt, scope);
-    if (!moved || moved->caret != endOfTyped(*attempt)) {
+    if (!isAtEnd) {
+        log(QStringLiteral(
+                "[tirra-type] settle: the caret is not behind our %1 characters — handing the text "
+                "over")
+                .arg(attempt->typedLive.size()));
         co_return SettleOutcome::handOver;
     }
     const PasteOutcome pasted = co_await insertion_.pasteText(rest, scope);

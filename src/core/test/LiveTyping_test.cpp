@@ -223,7 +223,8 @@ TEST_F(LiveTypingTest, AFirstFragmentThatDoesNotArriveListsTheApplication) {
     EXPECT_EQ(listed(), QStringList("org.example.Editor"));
     EXPECT_TRUE(lines().contains("[tirra-type] Editor did not take the first fragment — pasting this one "
                                  "whole, and not trying again"));
-    EXPECT_EQ(w.clock.now().time_since_epoch() / std::chrono::milliseconds(1), 201);
+    // 0.2 s for its arrival, 0.4 s more before it counts as lost.
+    EXPECT_NEAR(inSeconds(w.clock.now().time_since_epoch()), 0.6, 0.005);
 }
 
 TEST_F(LiveTypingTest, TextThatArrivesTooShortIsNotTouchedAndHandedOver) {
@@ -477,6 +478,28 @@ TEST_F(LiveTypingTest, WordsThatTheFinalTextAddsAreTyped) {
     EXPECT_EQ(settle("Hello there, you."), SettleOutcome::landed);
     EXPECT_EQ(text(), "Hello there, you.");
     EXPECT_TRUE(w.pasted.isEmpty());
+}
+
+TEST_F(LiveTypingTest, TextThatComesLateIsWaitedForBeforeTheRestIsPasted) {
+    armAndType("Hello there, you");
+    w.field.lag = std::chrono::milliseconds(500);
+    type(" and me");
+    w.insertionWay.beforePost = {};
+    const Instant halted = w.clock.now();
+    EXPECT_EQ(settle("Hello there, you and me too."), SettleOutcome::landed);
+    EXPECT_GE(w.clock.now() - halted, std::chrono::milliseconds(300));
+    w.advance(1);
+    EXPECT_EQ(text(), "Hello there, you and me too.");
+}
+
+TEST_F(LiveTypingTest, AFirstFragmentThatComesLateIsWaitedForAndTakenBack) {
+    w.showField("Mine. ");
+    w.insertionWay.offered = false;
+    w.field.lag = std::chrono::milliseconds(300);
+    armAndType("Hello");
+    EXPECT_EQ(lastLine(), "[tirra-type] abandon(first-fragment): took back 5 characters, field back to 6");
+    EXPECT_EQ(settle("Hello there"), SettleOutcome::paste);
+    EXPECT_EQ(text(), "Mine. ");
 }
 
 TEST_F(LiveTypingTest, TheRestIsPastedWhenItsTypingFails) {
