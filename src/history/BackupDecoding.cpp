@@ -13,7 +13,6 @@ namespace {
 static_assert(decodingRoom >= qsizetype(simdjson::SIMDJSON_PADDING));
 
 using simdjson::dom::element;
-using simdjson::dom::element_type;
 
 // Each `read` leaves false when the element is of another kind.
 
@@ -65,14 +64,15 @@ bool read(const element& json, double& value) { return json.get(value) == simdjs
 
 bool read(const element& json, FileDate& value) { return read(json, value.seconds); }
 
-constexpr std::array<signed char, 256> hexDigits = [] {
-    std::array<signed char, 256> digits{};
-    digits.fill(-1);
+constexpr unsigned noDigit = 0xF0;
+constexpr std::array<unsigned char, 256> hexDigits = [] {
+    std::array<unsigned char, 256> digits{};
+    digits.fill(noDigit);
     for (int digit = 0; digit < 10; ++digit) {
-        digits['0' + digit] = static_cast<signed char>(digit);
+        digits['0' + digit] = static_cast<unsigned char>(digit);
     }
     for (int digit = 0; digit < 6; ++digit) {
-        digits['A' + digit] = digits['a' + digit] = static_cast<signed char>(10 + digit);
+        digits['A' + digit] = digits['a' + digit] = static_cast<unsigned char>(10 + digit);
     }
     return digits;
 }();
@@ -86,15 +86,15 @@ bool read(const element& json, QUuid& value) {
         return false;
     }
     std::array<char, 16> bytes{};
-    int all = 0;
+    unsigned all = 0;
     for (std::size_t at = 0; at < bytes.size(); ++at) {
-        const int high = hexDigits[static_cast<unsigned char>(text[places[at]])];
-        const int low = hexDigits[static_cast<unsigned char>(text[places[at] + 1U])];
+        const unsigned high = hexDigits[static_cast<unsigned char>(text[places[at]])];
+        const unsigned low = hexDigits[static_cast<unsigned char>(text[places[at] + 1U])];
         all |= high | low;
         bytes[at] = static_cast<char>(high * 16 + low);
     }
     value = QUuid::fromRfc4122(QByteArrayView(bytes.data(), bytes.size()));
-    return all >= 0;
+    return (all & noDigit) == 0;
 }
 
 template <typename T>
