@@ -4,6 +4,7 @@
 #include "app/Options.h"
 #include "app/ParentWatch.h"
 #include "engines/PocketsphinxEngine.h"
+#include "engines/UpstreamEngine.h"
 #include "storage/SqliteStorage.h"
 #include "util/Log.h"
 
@@ -47,6 +48,12 @@ std::unique_ptr<Storage> openStorage(const std::filesystem::path& file) {
     return std::make_unique<SqliteStorage>(file);
 }
 
+std::unique_ptr<Engine> makeEngine(const ProgramOptions& options) {
+    if (!options.speech.empty())
+        return std::make_unique<UpstreamEngine>(options.speech);
+    return std::make_unique<PocketsphinxEngine>(options.models, options.backend.workers);
+}
+
 // Waits for an end signal, or for the parent to be gone. True when the parent is gone.
 bool waitForEnd(const sigset_t& signals, const std::optional<ParentWatch>& parent) {
     for (;;) {
@@ -87,8 +94,7 @@ int run(ProgramOptions options) {
 
     auto& server = options.backend.server;
     server.inherited = inheritedSocket();
-    Backend backend(options.backend, openStorage(options.database),
-                    std::make_unique<PocketsphinxEngine>(options.models, options.backend.workers));
+    Backend backend(options.backend, openStorage(options.database), makeEngine(options));
     backend.start();
     if (!options.portFile.empty())
         writePort(options.portFile, backend.port());

@@ -99,6 +99,7 @@ std::optional<DictationError> Dictation::recognise(ReadyTake& take, const OnSegm
 std::variant<Dictated, DictationError> Dictation::run(ReadyTake& take, const OnDelta& onDelta,
                                                       const std::stop_token& stop) const {
     CleanUp cleanUp;
+    const bool written = engine_.writesSentences();
     Dictated dictated;
     bool wanted = true;
     const auto deliver = [&](std::string fragment) {
@@ -108,13 +109,17 @@ std::variant<Dictated, DictationError> Dictation::run(ReadyTake& take, const OnD
     };
     const auto hear = [&](const std::string& raw) {
         dictated.raw = joined(std::move(dictated.raw), raw);
-        deliver(cleanUp.add(raw));
+        if (!written)
+            deliver(cleanUp.add(raw));
+        else if (!raw.empty())
+            deliver(dictated.text.empty() ? raw : ' ' + raw);
     };
     if (!take.prefix.empty())
         hear(take.prefix);
     if (const auto error = recognise(take, hear, stop))
         return *error;
-    deliver(cleanUp.finish());
+    if (!written)
+        deliver(cleanUp.finish());
     if (dictated.text.empty())
         return DictationError::noSpeech;
     return dictated;

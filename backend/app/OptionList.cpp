@@ -2,7 +2,6 @@
 #include "app/OptionList.h"
 
 #include <CLI/CLI.hpp>
-#include <thread>
 
 namespace lorvane::backend {
 
@@ -24,6 +23,9 @@ void addProgram(CLI::App& app, RawOptions& raw) {
     add(app, "--port-file", "FILE", raw.portFile, "Write the port there once listening");
     add(app, "--database", "FILE", raw.database, "SQLite file, made when missing");
     add(app, "--models", "DIR", raw.models, "Folder of en-us/, en-us.lm.bin and cmudict-en-us.dict");
+    add(app, "--speech", "SERVERS", raw.speech,
+        "Speech servers, \"KIND URL [model=NAME] [key-file=FILE]; ...\", the first that answers; without "
+        "any, pocketsphinx");
     app.add_option("--parent-watch", raw.parent,
                    "End when the process that started this one is gone; PID guards against one gone already")
         ->type_name("[PID]")
@@ -32,8 +34,9 @@ void addProgram(CLI::App& app, RawOptions& raw) {
 }
 
 void addBounds(CLI::App& app, RawOptions& raw) {
-    add(app, "--workers", "N", raw.workers, "Takes worked on at once; about 90 MB each")
-        ->check(CLI::Range(1, 256));
+    add(app, "--workers", "N", raw.workers,
+        "Takes worked on at once; 0: one a core, about 90 MB each, or 32 with speech servers")
+        ->check(CLI::Range(0, 256));
     add(app, "--queue", "N", raw.queue, "Takes that wait; more are answered 503");
     add(app, "--io-threads", "N", raw.ioThreads, "Threads that serve connections")->check(CLI::Range(1, 64));
     add(app, "--connections", "N", raw.connections, "Connections at once")->check(CLI::Range(1, 1'000'000));
@@ -94,7 +97,6 @@ void addMail(CLI::App& app, RawOptions& raw) {
 } // namespace
 
 void addOptions(CLI::App& app, RawOptions& raw) {
-    raw.workers = std::max(1U, std::thread::hardware_concurrency());
     addProgram(app, raw);
     addBounds(app, raw);
     addLimits(app, raw);

@@ -21,6 +21,7 @@ struct RawOptions {
     std::string parent;
     std::string database;
     std::string models = "/usr/share/pocketsphinx/model/en-us";
+    std::string speech;
     std::size_t workers = 0;
     std::size_t queue = 64;
     std::size_t ioThreads = 1;

@@ -3,6 +3,7 @@
 
 #include "app/ConfigLayers.h"
 #include "app/OptionList.h"
+#include "app/SpeechOption.h"
 #include "mail/Address.h"
 #include "util/Base64.h"
 #include "util/Signature.h"
@@ -11,7 +12,7 @@
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
+#include <thread>
 
 namespace lorvane::backend {
 
@@ -21,7 +22,7 @@ constexpr const char* description =
     "Turns dictated takes into clean text over HTTP: the service behind lorvane.\n"
     "On its own it needs nothing else: tokens in SQLite, speech by pocketsphinx. That is an offline "
     "fall-back for\n"
-    "English, with about one word in four wrong, and no more.";
+    "English, with about one word in three wrong, and no more; name speech servers for anything better.";
 
 std::filesystem::path defaultDatabase() {
     const char* data = std::getenv("XDG_DATA_HOME");
@@ -82,14 +83,6 @@ std::string readAddress(const char* key, const std::string& address, const std::
     return address;
 }
 
-std::string readPassword(const std::string& file) {
-    std::ifstream in(file);
-    std::string line;
-    if (!in || !std::getline(in, line))
-        fail("smtp-password-file", "cannot be read");
-    return line;
-}
-
 SmtpOptions readSmtp(const RawOptions& raw) {
     if (!raw.smtpUrl.starts_with("smtp://") && !raw.smtpUrl.starts_with("smtps://"))
         fail("smtp-url", "no smtp:// or smtps:// at its start");
@@ -106,7 +99,7 @@ SmtpOptions readSmtp(const RawOptions& raw) {
     if (!raw.smtpUser.empty() && !smtp.tls && !raw.smtpUrl.starts_with("smtps://"))
         fail("smtp-tls", "off would show the password to everybody on the way");
     if (!raw.smtpPasswordFile.empty())
-        smtp.password = readPassword(raw.smtpPasswordFile);
+        smtp.password = firstLineOf(raw.smtpPasswordFile, "smtp-password-file");
     return smtp;
 }
 
@@ -157,6 +150,13 @@ ServerOptions readServer(const RawOptions& raw) {
     return server;
 }
 
+// Who only waits for a server takes no processor.
+std::size_t workersFor(const RawOptions& raw, bool servers) {
+    if (raw.workers > 0)
+        return raw.workers;
+    return servers ? 32 : std::max(1U, std::thread::hardware_concurrency());
+}
+
 ProgramOptions meaningOf(const RawOptions& raw) {
     ProgramOptions options;
     options.database = raw.database;
@@ -170,7 +170,8 @@ ProgramOptions meaningOf(const RawOptions& raw) {
     options.backend.service = readService(raw);
     options.backend.mail = readMail(raw, options.database);
     options.backend.releases = readReleases(raw);
-    options.backend.workers = raw.workers;
+    options.speech = readSpeech(raw.speech);
+    options.backend.workers = workersFor(raw, !options.speech.empty());
     options.backend.queue = raw.queue;
     options.backend.maxAudioSeconds = raw.audioMinutes * 60;
     return options;

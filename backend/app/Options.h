@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/Backend.h"
+#include "engines/Upstreams.h"
 
 #include <filesystem>
 #include <optional>
@@ -14,6 +15,7 @@ struct ProgramOptions {
     std::filesystem::path database;
     std::filesystem::path portFile; // empty: none
     std::filesystem::path models;
+    std::vector<SpeechUpstream> speech; // none: pocketsphinx
     bool watchParent = false;
     pid_t parent = 0;
     std::chrono::seconds drainDelay{0};

@@ -39,6 +39,8 @@ class Engine {
     virtual ~Engine() = default;
     virtual std::string_view name() const = 0;
     virtual bool speaks(std::string_view language) const = 0;
+    // Whether its text has capitals and punctuation already, so that no clean-up by rules is wanted.
+    virtual bool writesSentences() const { return false; }
     // Loads what the first recognition would load. Blocks.
     virtual void warmUp() = 0;
     virtual Recognition recognise(const RecognitionJob& job, const OnSegment& onSegment,

@@ -15,6 +15,7 @@ constexpr std::size_t earliestForcedCut = 1500;
 constexpr float speechAboveNoise = 9.0F; // dB
 constexpr float speechBelowPeak = 40.0F; // dB
 constexpr float quietest = -70.0F;       // dB of full scale
+constexpr float quietestVoice = -50.0F;  // likewise
 
 std::vector<float> frameLevels(Samples samples) {
     std::vector<float> levels;
@@ -99,6 +100,15 @@ std::vector<SpeechSegment> cutAtPauses(Samples samples) {
     if (!segments.empty())
         segments.back().end = samples.size(); // with the last part of a frame
     return segments;
+}
+
+double speechSeconds(Samples samples) {
+    if (samples.size() < frame)
+        return 0;
+    const auto levels = frameLevels(samples);
+    const float bound = std::max(speechBound(levels), quietestVoice);
+    const auto loud = std::count_if(levels.begin(), levels.end(), [&](float level) { return level > bound; });
+    return static_cast<double>(loud) * frame / sampleRate;
 }
 
 } // namespace lorvane::backend

@@ -18,4 +18,8 @@ struct SpeechSegment {
 // together are all of the sound; the same sound always gives the same segments.
 std::vector<SpeechSegment> cutAtPauses(Samples samples);
 
+// How much of the sound is louder than the room; 0 when all of it is too quiet for a voice. Steady noise
+// counts as speech: it only tells silence.
+double speechSeconds(Samples samples);
+
 } // namespace lorvane::backend

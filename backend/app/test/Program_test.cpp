@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The program itself, as a process.
 #include "testing/BackendUnderTest.h"
+#include "testing/ScriptedUpstream.h"
 #include "testing/ServerUnderTest.h"
 #include "testing/Sound.h"
 
@@ -310,7 +311,7 @@ TEST_F(ProgramTest, AnErrorNamesTheKeyAndWhereItStands) {
         {"help = 1\n", file + ": help: there is no such key"},
         {"config = x\n", file + ": config: there is no such key"},
         {"workers = many\n", file + ": workers: "},
-        {"workers = 0\n", file + ": workers: "},
+        {"workers = 300\n", file + ": workers: "},
         {"\nworkers = 1\nworkers = 2\n", file + ":3: workers stands there a second time"},
         {"queue 5\n", file + ":1: no \"key = value\""},
         {"models = \"x\n", file + ":1: models: the quotes"},
@@ -322,6 +323,11 @@ TEST_F(ProgramTest, AnErrorNamesTheKeyAndWhereItStands) {
         {"releases = /tmp\nreleases-url = https://x\nrelease-key = abc\n", "release-key: "},
         {"listen = 127.0.0.1:99999\n", "listen: "},
         {"port = 1x\n", "port: "},
+        {"speech = sphinx http://x\n", "speech: \"sphinx\" is no kind"},
+        {"speech = generic x\n", "speech: after generic"},
+        {"speech = openai https://x\n", "speech: openai wants a model"},
+        {"speech = generic http://x lang=en\n", "speech: \"lang=en\" is neither"},
+        {"speech = generic http://x key-file=/absent\n", "speech: /absent cannot be read"},
     };
     for (const auto& [text, expected] : files) {
         put(file, text);
@@ -408,4 +414,35 @@ TEST_F(ProgramTest, AfterTheSignalItSaysUnreadyAndServesOnForTheDelay) {
     EXPECT_EQ(status("/healthz"), 200);
     ::kill(program.pid(), SIGTERM);
     EXPECT_EQ(program.wait(), 0) << "a second signal cuts the delay short";
+}
+
+TEST_F(ProgramTest, ATakeIsWrittenByTheFirstSpeechServerThatAnswers) {
+    const ScriptedUpstream down([](const std::string&) { return std::optional(jsonAnswer(503, "")); });
+    const ScriptedUpstream up([](const std::string&) {
+        return std::optional(jsonAnswer(200, R"({"text":" Ich komme am Montag, ähm, vielleicht. "})"));
+    });
+    put(folder_ / "key", "the-secret-key\n");
+    Program program(folder_, usual({"--speech", "whispercpp " + down.url() + "; openai " + up.url() +
+                                                    "/ model=large key-file=" + (folder_ / "key").string()}));
+    const auto at = port();
+    ASSERT_NE(at, 0) << program.log();
+    const auto token = member(request(at, {"POST", "/api/register", "", "application/json", "", "",
+                                           R"({"device":"6F9619FF-8B86-D011-B42D-00C04FC964FF"})"})
+                                  .body,
+                              "token");
+    const Call call{"POST",
+                    "/api/dictate-stream",
+                    token,
+                    "application/vnd.tirra.take",
+                    "",
+                    "",
+                    framedTake(R"({"ext":"wav","lang":"de","prefix":"Hallo Anna."})", wavFile(tone(1, 0.3)))};
+    const auto stream = readStream(request(at, call).body);
+    EXPECT_EQ(stream.deltas,
+              (std::vector<std::string>{"Hallo Anna.", " Ich komme am Montag, ähm, vielleicht."}));
+    EXPECT_EQ(stream.done, "Hallo Anna. Ich komme am Montag, ähm, vielleicht.");
+    EXPECT_EQ(stream.raw, stream.done);
+    EXPECT_NE(up.requests().at(0).find("Authorization: Bearer the-secret-key\r\n"), std::string::npos);
+    EXPECT_EQ((program.log() + program.out()).find("the-secret-key"), std::string::npos);
+    EXPECT_EQ(program.log().find("Montag"), std::string::npos);
 }
