@@ -2,8 +2,8 @@
 #include "app/Application.h"
 
 #include <QApplication>
-#include <QStyleFactory>
 
+#include <csignal>
 #include <cstdlib>
 
 #include <xcb/xcb.h>
@@ -42,10 +42,13 @@ std::unique_ptr<QCoreApplication> makeProgramApplication(int& argc, char** argv)
     if (!displayAnswers()) {
         return std::make_unique<QCoreApplication>(argc, argv);
     }
+    // A display that goes away is an error of the next request, which must not end the process.
+    std::signal(SIGPIPE, SIG_IGN);
     prepareEnvironment();
     QApplication::setStyle(QStringLiteral("Fusion"));
     auto application = std::make_unique<QApplication>(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
+    QGuiApplication::setDesktopFileName(QStringLiteral("com.ostrand.tirra"));
     return application;
 }
 

@@ -23,8 +23,8 @@ QString nameOf(const Phase& phase) {
 } // namespace
 
 ControlService::ControlService(QObject* parent, DictationController& controller, QDBusConnection bus,
-                               std::function<void()> quit)
-    : QDBusAbstractAdaptor(parent), controller_(controller), bus_(std::move(bus)), quit_(std::move(quit)) {
+                               Ends ends)
+    : QDBusAbstractAdaptor(parent), controller_(controller), bus_(std::move(bus)), ends_(std::move(ends)) {
     subscriptions_.push_back(controller_.subscribePhase([this](const Phase&) {
         announce({{QStringLiteral("Phase"), phaseName()},
                   {QStringLiteral("Notice"), notice()},
@@ -79,10 +79,10 @@ void ControlService::Cancel() {
 
 void ControlService::Open() { controller_.openHomeWindow(); }
 
-void ControlService::Quit() {
-    // The answer to this call goes out before the program ends.
-    QMetaObject::invokeMethod(this, quit_, Qt::QueuedConnection);
-}
+// The answer to either call goes out before the program ends.
+void ControlService::Quit() { QMetaObject::invokeMethod(this, ends_.quit, Qt::QueuedConnection); }
+
+void ControlService::Restart() { QMetaObject::invokeMethod(this, ends_.restart, Qt::QueuedConnection); }
 
 void ControlService::announce(const QVariantMap& changed) {
     auto signal =

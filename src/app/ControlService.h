@@ -24,8 +24,11 @@ class ControlService : public QDBusAbstractAdaptor {
 
  public:
     /// Lives as long as `parent`, the object that is registered on the bus.
-    ControlService(QObject* parent, DictationController& controller, QDBusConnection bus,
-                   std::function<void()> quit);
+    struct Ends {
+        std::function<void()> quit;
+        std::function<void()> restart;
+    };
+    ControlService(QObject* parent, DictationController& controller, QDBusConnection bus, Ends ends);
 
     [[nodiscard]] QString phaseName() const;
     [[nodiscard]] QString notice() const;
@@ -39,13 +42,15 @@ class ControlService : public QDBusAbstractAdaptor {
     void Cancel();
     void Open();
     void Quit();
+    /// Ends the program and starts it anew, as after a change of the interface language.
+    void Restart();
 
  private:
     void announce(const QVariantMap& changed);
 
     DictationController& controller_;
     QDBusConnection bus_;
-    std::function<void()> quit_;
+    Ends ends_;
     std::vector<Handle> subscriptions_;
 };
 

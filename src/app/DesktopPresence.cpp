@@ -3,7 +3,9 @@
 
 #include "base/PreferenceCatalogue.h"
 #include "input/Hotkey.h"
+#include "ui/menu/WaveformIcon.h"
 
+#include <QGuiApplication>
 #include <QStandardPaths>
 
 namespace lorvane {
@@ -31,6 +33,9 @@ DesktopPresence::DesktopPresence(const Foundation& foundation, const QDBusConnec
       windows(foundation, factory,
               {[this](const QString& choice) { appearance.apply(choice); },
                [this](const QString& text) { notification.show(text); }}) {
+    if (display.isAlive()) {
+        QGuiApplication::setWindowIcon(waveformIcon());
+    }
     applyPalette(appearance.isDark());
     QObject::connect(&appearance, &Appearance::darkChanged, &appearance,
                      [this] { applyPalette(appearance.isDark()); });

@@ -10,12 +10,12 @@
 #include "app/Dictation.h"
 #include "app/EndSignals.h"
 #include "app/HistoryRecents.h"
-#include "app/NoticeNotifier.h"
 #include "app/Shell.h"
 #include "app/Stores.h"
 #include "base/PreferenceCatalogue.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
+#include <QProcess>
 
 #include <cstdio>
 
@@ -33,8 +33,8 @@ class Program {
  public:
     Program(const Foundation& foundation, const QDBusConnection& session)
         : foundation_(foundation), session_(session), desktop_(foundation, session),
-          displayLost_(desktop_.display.onLost([] { endWithoutDisplay(); })), dictations_(desktop_.history),
-          presence_(foundation, session, desktop_.display, dictations_),
+          displayLost_(desktop_.display.onLost([this] { endWithoutDisplay(); })),
+          dictations_(desktop_.history), presence_(foundation, session, desktop_.display, dictations_),
           codec_(foundation.clock, desktop_.codec) {
         running = this;
     }
@@ -46,13 +46,19 @@ class Program {
     void start();
     /// Says why when a library ends the process, as Qt does without its display.
     static void sayReasonOfExit();
+    /// Whether it ended so that it starts anew.
+    [[nodiscard]] bool isToStartAgain() const { return isToStartAgain_; }
+    /// The event loop of the program; the exit status.
+    [[nodiscard]] int live();
 
  private:
     void chooseFirstHoldKey();
     QCoro::Task<void> firstExchange(TaskScope scope);
     void useBackend(const QUrl& address);
     void showBackendGone();
-    static void endWithoutDisplay();
+    void endWithoutDisplay();
+    void end(int status);
+    void restart();
 
     const Foundation foundation_;
     QDBusConnection session_;
@@ -63,10 +69,11 @@ class Program {
     std::unique_ptr<Dictation> dictation_;
     std::unique_ptr<BackendChoice> backend_;
     QObject busObject_;
-    std::unique_ptr<NoticeNotifier> notifier_;
     std::unique_ptr<Shell> shell_;
     CodecKeeper codec_;
     Handle codecWatch_;
+    bool isToStartAgain_ = false;
+    std::optional<int> ended_;
     static Program* running;
 };
 
@@ -88,10 +95,8 @@ void Program::start() {
     backend_ = std::make_unique<BackendChoice>(foundation_, BundledBackend::standardExecutable(), callbacks);
     presence_.windows.onFirstRunOver = [&controller] { controller.finishOnboarding(); };
     codecWatch_ = controller.subscribePhase([this](const Phase& phase) { codec_.follow(phase); });
-    shell_ = std::make_unique<Shell>(foundation_, desktop_, presence_, *dictation_,
-                                     [] { QCoreApplication::quit(); });
-    notifier_ = std::make_unique<NoticeNotifier>(controller, session_);
-    new ControlService(&busObject_, controller, session_, [] { QCoreApplication::quit(); });
+    shell_ = std::make_unique<Shell>(foundation_, desktop_, presence_, *dictation_, [this] { end(0); });
+    new ControlService(&busObject_, controller, session_, {[this] { end(0); }, [this] { restart(); }});
     session_.registerObject(control::objectPath, &busObject_);
     controller.start([this](TaskScope scope) { return firstExchange(scope); });
 }
@@ -113,18 +118,59 @@ void Program::showBackendGone() {
                                   NoticeSeverity::error);
 }
 
-// The end is queued, since the loss may be found before the event loop runs, when an exit would go unheard.
 void Program::endWithoutDisplay() {
-    const int status = fail("the X display is gone; start lorvane again in the new session");
-    QMetaObject::invokeMethod(
-        QCoreApplication::instance(), [status] { QCoreApplication::exit(status); }, Qt::QueuedConnection);
+    end(fail("the X display is gone; start lorvane again in the new session"));
+}
+
+// Before the program's own event loop runs, also in one that a library runs meanwhile, nobody hears an exit.
+void Program::end(int status) {
+    ended_ = status;
+    QCoreApplication::exit(status);
+}
+
+int Program::live() { return ended_ ? *ended_ : QCoreApplication::exec(); }
+
+void Program::restart() {
+    isToStartAgain_ = true;
+    end(0);
 }
 
 // Whoever finds the loss first ends the process; our own connection tells whether that is what happened.
 void Program::sayReasonOfExit() {
     if (running != nullptr) {
         running->desktop_.display.sync();
+        running->foundation_.log.drain();
     }
+}
+
+/// The exit status.
+int run(const QDBusConnection& session, bool& isToStartAgain) {
+    const auto* const noDisplay = "there is no X display (is DISPLAY set?); \"lorvane doctor\" tells more";
+    // Without one there is no application with windows, and nothing that shows something can be made.
+    if (qobject_cast<QGuiApplication*>(QCoreApplication::instance()) == nullptr) {
+        return fail(noDisplay);
+    }
+    const UnexpectedExit unexpectedExit(Program::sayReasonOfExit);
+    Stores stores;
+    Program program(stores.foundation(), session);
+    if (!program.hasDisplay()) {
+        return fail(noDisplay);
+    }
+    program.start();
+    const EndSignals endSignals([] { QCoreApplication::quit(); });
+    const int status = program.live();
+    isToStartAgain = program.isToStartAgain();
+    return status;
+}
+
+/// Only when the other has ended: two at once would want the same name, the same keys and the same files.
+/// Whoever reads what this one prints may end with it, so the new one prints nothing.
+void startAnew() {
+    QProcess anew;
+    anew.setProgram(QCoreApplication::applicationFilePath());
+    anew.setStandardOutputFile(QProcess::nullDevice());
+    anew.setStandardErrorFile(QProcess::nullDevice());
+    anew.startDetached();
 }
 
 } // namespace
@@ -138,15 +184,13 @@ int runProgram() {
         std::fputs("lorvane: it runs already; \"lorvane status\" tells what it does\n", stderr);
         return sendCommand({Command::Verb::open});
     }
-    Stores stores;
-    Program program(stores.foundation(), session);
-    if (!program.hasDisplay()) {
-        return fail("there is no X display (is DISPLAY set?); \"lorvane doctor\" tells more");
+    bool isToStartAgain = false;
+    const int status = run(session, isToStartAgain);
+    if (isToStartAgain) {
+        session.unregisterService(control::serviceName);
+        startAnew();
     }
-    program.start();
-    const UnexpectedExit unexpectedExit(Program::sayReasonOfExit);
-    const EndSignals endSignals([] { QCoreApplication::quit(); });
-    return QCoreApplication::exec();
+    return status;
 }
 
 } // namespace lorvane

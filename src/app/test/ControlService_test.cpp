@@ -22,8 +22,10 @@ class ControlServiceTest : public ::testing::Test {
     DictationWorld world;
     QObject object;
     int quits = 0;
-    ControlService* control = new ControlService(
-        &object, world.controller, QDBusConnection(QStringLiteral("nowhere")), [this] { ++quits; });
+    int restarts = 0;
+    ControlService* control =
+        new ControlService(&object, world.controller, QDBusConnection(QStringLiteral("nowhere")),
+                           {[this] { ++quits; }, [this] { ++restarts; }});
 };
 
 TEST_F(ControlServiceTest, StartBeginsAHandsFreeTakeAndStopDeliversIt) {
@@ -114,6 +116,13 @@ TEST_F(ControlServiceTest, QuitIsAnsweredBeforeTheEnd) {
     EXPECT_TRUE(waitUntil([this] { return quits == 1; }));
 }
 
+TEST_F(ControlServiceTest, RestartIsAnsweredBeforeTheEnd) {
+    control->Restart();
+    EXPECT_EQ(restarts, 0);
+    EXPECT_TRUE(waitUntil([this] { return restarts == 1; }));
+    EXPECT_EQ(quits, 0);
+}
+
 class Listener : public QObject {
     Q_OBJECT
  public:
@@ -148,7 +157,7 @@ TEST(ControlServiceSignals, EachChangeIsAnnouncedOnTheBus) {
     DictationWorld world;
     world.start();
     QObject object;
-    new ControlService(&object, world.controller, *served, [] {});
+    new ControlService(&object, world.controller, *served, {[] {}, [] {}});
     world.status.permissionsGranted.set(!world.controller.permissionsGranted());
     world.controller.startDictation(Source::toggle);
     world.status.showNotice(QStringLiteral("Something"), NoticeSeverity::error);

@@ -63,6 +63,7 @@ TEST_F(LoadedTakeCodecTest, IsThereWhileTakesFollowEachOtherAndGoesAWhileAfterTh
     world.clock.advance(CodecKeeper::patience - seconds(1));
     EXPECT_TRUE(codec.isLoaded());
     keeper.follow(Recording{});
+    keeper.finishLoading();
     world.clock.advance(seconds(120));
     EXPECT_TRUE(codec.isLoaded());
     keeper.follow(Idle{});

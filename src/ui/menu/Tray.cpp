@@ -18,14 +18,6 @@ constexpr Duration patience = std::chrono::seconds(10);
 const PreferenceKey<bool> missingTold{QLatin1String("tirra.linux.trayMissingTold"), false,
                                       QLatin1String("tray")};
 
-QIcon trayIcon() {
-    QIcon icon;
-    for (const int size : waveformSizes) {
-        icon.addPixmap(QPixmap::fromImage(waveformIcon(size)));
-    }
-    return icon;
-}
-
 } // namespace
 
 Tray::Tray(const Foundation& foundation, MenuModel& model, const QDBusConnection& session,
@@ -64,7 +56,7 @@ void Tray::registerItem() {
 // Without a tray on the display the icon waits for one.
 void Tray::embed() {
     embeddedMenu_ = std::make_unique<MenuView>(model_);
-    embedded_ = std::make_unique<QSystemTrayIcon>(trayIcon());
+    embedded_ = std::make_unique<QSystemTrayIcon>(waveformIcon());
     embedded_->setToolTip(StatusItem::title());
     embedded_->setContextMenu(&embeddedMenu_->menu());
     QObject::connect(embedded_.get(), &QSystemTrayIcon::activated, &embeddedMenu_->menu(),

@@ -42,4 +42,12 @@ QImage waveformIcon(int size) {
     return image;
 }
 
+QIcon waveformIcon() {
+    QIcon icon;
+    for (const int size : waveformSizes) {
+        icon.addPixmap(QPixmap::fromImage(waveformIcon(size)));
+    }
+    return icon;
+}
+
 } // namespace lorvane
