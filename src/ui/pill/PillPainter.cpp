@@ -23,7 +23,6 @@ using pillLayout::Content;
 constexpr double textSize = 11.5;
 constexpr double largestRadius = 14;
 constexpr double iconSize = 12;
-constexpr double crossSize = 8;
 constexpr double cancelSize = 22;
 constexpr double progressGap = 9;
 constexpr double gap = 7;

@@ -17,6 +17,7 @@
 #include "ui/pill/testing/FakeDesktopComfort.h"
 
 #include <QApplication>
+#include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QPainter>
@@ -33,6 +34,12 @@ namespace {
 void say(const QString& line) {
     std::printf("%s\n", qUtf8Printable(line));
     std::fflush(stdout);
+}
+
+Localisation shippedWords() {
+    QFile table(QStringLiteral(WORDS));
+    return table.open(QIODevice::ReadOnly) ? Localisation::fromJson(table.readAll()).value_or(Localisation())
+                                           : Localisation();
 }
 
 PillLanguages catalogue() {
@@ -213,7 +220,7 @@ class Stage {
     QtClock clock_;
     MemoryPreferenceStore store_;
     Preferences preferences_{store_};
-    Localisation words_;
+    Localisation words_ = shippedWords();
     DiagnosticLog log_{clock_, std::nullopt, [](const QString& line) { say("log: " + line); }};
     Foundation foundation_{clock_, preferences_, words_, log_};
     X11Connection connection_{log_};
