@@ -5,7 +5,7 @@ import Lorvane
 import "../components"
 
 // The dictations of late, newest first.
-Item {
+FocusScope {
     id: page
 
     required property HomeModel model
