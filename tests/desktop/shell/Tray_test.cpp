@@ -128,6 +128,58 @@ TEST_F(TrayTest, WithoutStatusItemsTheIconStandsInTheTrayOfTheDisplay) {
     trayer.waitForFinished();
 }
 
+// The notifications of a desktop.
+class Notifications : public QObject {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Notifications")
+ public:
+    Notifications() {
+        bus_.registerObject(QStringLiteral("/org/freedesktop/Notifications"), this,
+                            QDBusConnection::ExportAllSlots);
+        bus_.registerService(QStringLiteral("org.freedesktop.Notifications"));
+    }
+    ~Notifications() override {
+        bus_.unregisterService(QStringLiteral("org.freedesktop.Notifications"));
+        bus_.unregisterObject(QStringLiteral("/org/freedesktop/Notifications"));
+    }
+    QStringList shown;
+
+ public Q_SLOTS:
+    uint Notify(const QString&, uint, const QString&, const QString&, const QString& text, const QStringList&,
+                const QVariantMap&, int) {
+        shown.append(text);
+        return static_cast<uint>(shown.size());
+    }
+
+ private:
+    QDBusConnection bus_ = QDBusConnection::sessionBus();
+};
+
+TEST_F(TrayTest, WithoutAnyTrayTheUserIsToldWhereTheMenuIs) {
+    const Notifications notifications;
+    const LorvaneProgram program(address);
+    EXPECT_TRUE(waitUntil([&] { return notifications.shown.size() == 1; }));
+    EXPECT_TRUE(notifications.shown.value(0).contains(QStringLiteral("no tray")))
+        << notifications.shown.join(u'|').toStdString();
+    EXPECT_TRUE(waitUntil([&] { return stored(program, "tirra.linux.trayMissingTold") == true; }));
+}
+
+TEST_F(TrayTest, WhatIsNotThereYetIsSaid) {
+    const Notifications notifications;
+    StatusTray tray;
+    const LorvaneProgram program(address);
+    ASSERT_TRUE(waitUntil([&] { return !tray.items.isEmpty(); }));
+    const TrayMenu menu(tray.items.first());
+    ASSERT_TRUE(menu.click({QString::fromUtf8("Check for updates…")}));
+    EXPECT_TRUE(waitUntil([&] { return notifications.shown.size() == 1; }));
+    EXPECT_TRUE(notifications.shown.value(0).contains(QStringLiteral("system's updates")));
+    ASSERT_TRUE(menu.click({QStringLiteral("Send feedback")}));
+    EXPECT_TRUE(waitUntil([&] { return notifications.shown.size() == 2; }));
+    EXPECT_TRUE(notifications.shown.value(1).contains(QStringLiteral("Feedback")));
+}
+
 } // namespace
 
 } // namespace lorvane
+
+#include "Tray_test.moc"

@@ -7,6 +7,7 @@
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusInterface>
+#include <QDBusVariant>
 #include <QDir>
 #include <QFile>
 #include <QRegularExpression>
@@ -143,6 +144,52 @@ TEST_F(WindowsTest, ARestartLeavesOneNewProgram) {
     EXPECT_TRUE(waitUntil([&] { return owner() == 0; }));
 }
 
+// The settings portal of a desktop.
+class SettingsPortal : public QObject {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.Settings")
+ public:
+    explicit SettingsPortal(uint scheme) : scheme_(scheme) {
+        bus_.registerObject(path(), this, QDBusConnection::ExportAllContents);
+        bus_.registerService(QStringLiteral("org.freedesktop.portal.Desktop"));
+    }
+    ~SettingsPortal() override {
+        bus_.unregisterService(QStringLiteral("org.freedesktop.portal.Desktop"));
+        bus_.unregisterObject(path());
+    }
+    void change(uint scheme) {
+        scheme_ = scheme;
+        Q_EMIT SettingChanged(QStringLiteral("org.freedesktop.appearance"), QStringLiteral("color-scheme"),
+                              QDBusVariant(scheme_));
+    }
+
+ public Q_SLOTS:
+    QDBusVariant Read(const QString& group, const QString& key) {
+        const bool isScheme =
+            group == QLatin1String("org.freedesktop.appearance") && key == QLatin1String("color-scheme");
+        return QDBusVariant(QVariant::fromValue(QDBusVariant(isScheme ? scheme_ : 0U)));
+    }
+ Q_SIGNALS:
+    void SettingChanged(const QString& group, const QString& key, const QDBusVariant& value);
+
+ private:
+    static QString path() { return QStringLiteral("/org/freedesktop/portal/desktop"); }
+    QDBusConnection bus_ = QDBusConnection::sessionBus();
+    uint scheme_;
+};
+
+TEST_F(WindowsTest, ADesktopThatTurnsLightOrDarkIsFollowed) {
+    SettingsPortal portal(1);
+    const LorvaneProgram program(address,
+                                 {{"tirra.mac.openWindowAtLaunch", true}, {"tirra.mac.appearance", "sepia"}});
+    ASSERT_NE(waitForHome(), 0U);
+    EXPECT_TRUE(waitUntil([] { return colourAt(640, 700) == QLatin1String("#1B1710"); }))
+        << colourAt(640, 700).toStdString();
+    portal.change(2);
+    EXPECT_TRUE(waitUntil([] { return colourAt(640, 700) == QLatin1String("#FBF8F2"); }))
+        << colourAt(640, 700).toStdString();
+}
+
 struct Colours {
     const char* appearance;
     const char* paper;
@@ -167,3 +214,5 @@ INSTANTIATE_TEST_SUITE_P(AnUnknownWordFollowsTheDesktop, AppearanceTest,
 } // namespace
 
 } // namespace lorvane
+
+#include "Windows_test.moc"
