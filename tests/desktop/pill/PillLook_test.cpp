@@ -110,7 +110,9 @@ TEST_F(PillLook, WithLessMotionSizesAreThereAtOnceAndTheSpinnerStands) {
 
 TEST_F(PillLook, MoreContrastMakesItBlackAndWhite) {
     EXPECT_EQ(stage.waitForWidth(58), 58);
-    EXPECT_FALSE(Picture(capsuleArea().adjusted(8, 3, -8, -3)).hasNear({255, 255, 255}, 1));
+    EXPECT_TRUE(waitUntil([this] {
+        return !Picture(capsuleArea().adjusted(8, 3, -8, -3)).hasNear({255, 255, 255}, 1);
+    }));
     stage.tell("contrast on");
     EXPECT_TRUE(waitUntil([this] {
         const Picture seen(capsuleArea().adjusted(8, 3, -8, -3));

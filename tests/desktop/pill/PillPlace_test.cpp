@@ -153,6 +153,17 @@ TEST_F(PillPlace, FollowsThePointerFromMonitorToMonitor) {
     EXPECT_EQ(waitForPlace(stage, standingOn(800, 320)), standingOn(800, 320));
 }
 
+TEST_F(PillPlace, APanelOfOneMonitorLiftsItThereAndNowhereElse) {
+    const TwoMonitors monitors;
+    const OtherWindow panel(QRect(0, screenHeight - panelHeight, 640, panelHeight), Kind::panel);
+    mouse::moveTo({100, 100});
+    PillStage stage;
+    const QPoint lifted = standingOn(screenHeight - panelHeight, 320);
+    EXPECT_EQ(waitForPlace(stage, lifted), lifted);
+    mouse::moveTo({1000, 100});
+    EXPECT_EQ(waitForPlace(stage, standingOn(600, 960)), standingOn(600, 960));
+}
+
 TEST_F(PillPlace, GoesToTheOtherMonitorAtOnceWhenItIsShownThere) {
     const TwoMonitors monitors;
     mouse::moveTo({100, 100});
