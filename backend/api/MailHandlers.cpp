@@ -72,7 +72,7 @@ void handleFeedback(const Services& services, const Request& request, Exchange& 
                   "Feedback: " + topic,
                   message + "\n\n--\n"};
     for (const auto& [key, value] : body.textMap("meta", mostMeta))
-        letter.text += key + ": " + value + '\n';
+        letter.text.append(key).append(": ").append(value).append("\n");
     // An address that cannot be answered to is no reason to lose what somebody has written.
     if (isMailAddress(email))
         letter.replyTo = email;

@@ -13,6 +13,18 @@ std::string number(double value) {
     return text;
 }
 
+void addLine(std::string& text, std::initializer_list<std::string_view> parts) {
+    for (const auto part : parts)
+        text += part;
+    text += '\n';
+}
+
+void addLine(std::string& text, std::initializer_list<std::string_view> parts, std::uint64_t count) {
+    for (const auto part : parts)
+        text += part;
+    text += std::to_string(count) + '\n';
+}
+
 std::string head(const std::string& name, const std::string& help, const char* type) {
     return "# HELP " + name + ' ' + help + "\n# TYPE " + name + ' ' + type + '\n';
 }
@@ -55,11 +67,11 @@ std::string Metrics::timesText() const {
     for (const auto& [route, times] : times_) {
         const auto label = "{route=\"" + route + '"';
         for (std::size_t i = 0; i < bounds.size(); ++i)
-            text += name + "_bucket" + label + ",le=\"" + number(bounds.at(i)) + "\"} " +
-                    std::to_string(times.within.at(i)) + '\n';
-        text += name + "_bucket" + label + ",le=\"+Inf\"} " + std::to_string(times.all) + '\n';
-        text += name + "_sum" + label + "} " + number(times.seconds) + '\n';
-        text += name + "_count" + label + "} " + std::to_string(times.all) + '\n';
+            addLine(text, {name, "_bucket", label, ",le=\"", number(bounds.at(i)), "\"} "},
+                    times.within.at(i));
+        addLine(text, {name, "_bucket", label, ",le=\"+Inf\"} "}, times.all);
+        addLine(text, {name, "_sum", label, "} ", number(times.seconds)});
+        addLine(text, {name, "_count", label, "} "}, times.all);
     }
     return text;
 }

@@ -70,8 +70,10 @@ std::map<std::string, std::string> readConfigText(std::string_view text, const s
         if (equals == std::string_view::npos)
             throw ConfigError(at + ": no \"key = value\"");
         const std::string key(trimmed(line.substr(0, equals)));
-        if (!values.emplace(key, unquoted(trimmed(line.substr(equals + 1)), at + ": " + key)).second)
-            throw ConfigError(at + ": " + key + " stands there a second time");
+        std::string which = at;
+        which.append(": ").append(key);
+        if (!values.emplace(key, unquoted(trimmed(line.substr(equals + 1)), which)).second)
+            throw ConfigError(which + " stands there a second time");
     }
     return values;
 }
@@ -125,9 +127,11 @@ std::string ConfigLayers::print() const {
         const auto key = keyOf(*option);
         const auto source = sources_.find(key);
         const auto value = option->count() > 0 ? option->results().front() : option->get_default_str();
-        text += "# " + (source == sources_.end() ? std::string("default") : source->second) + '\n';
-        text +=
-            (value.empty() && option->count() == 0 ? "# " + key + " =" : key + " = " + quoted(value)) + '\n';
+        text.append("# ").append(source == sources_.end() ? "default" : source->second).append("\n");
+        if (value.empty() && option->count() == 0)
+            text.append("# ").append(key).append(" =\n");
+        else
+            text.append(key).append(" = ").append(quoted(value)).append("\n");
     }
     return text;
 }

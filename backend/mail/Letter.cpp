@@ -33,7 +33,7 @@ std::string_view prefixOfWholeSigns(std::string_view text, std::size_t most) {
 }
 
 std::string headerText(std::string_view raw) {
-    const auto text = withoutControls(raw);
+    auto text = withoutControls(raw);
     const bool plain = text.size() <= plainLength && text.find("=?") == std::string::npos &&
                        std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c < 0x7f; });
     if (plain)
