@@ -56,20 +56,23 @@ QCoro::Task<PostOutcome> AtspiInsertion::insert(PostingTarget target, FieldReade
     const auto askCaret = bus_.property(field, atspi::textInterface, QStringLiteral("CaretOffset"));
     fields_.reader().expectBehind(field, place, target.caret, text);
     const auto inserted = co_await inserting.wait(scope);
-    if (inserted.timedOut()) {
-        fields_.patience().putAside(field.bus, clock_.now());
-        co_return PostOutcome::unknown;
-    }
-    if (inserted.number() != 1) {
-        co_return PostOutcome::refused;
-    }
     const auto count = co_await askCount.wait(scope);
     const auto caret = co_await askCaret.wait(scope);
-    // GTK 4's single line leaves its caret where it was, in front of the text.
-    if (count.number().value_or(0) > place.count && caret.number() == place.position) {
+    if (!inserted.timedOut() && inserted.number() != 1) {
+        co_return PostOutcome::refused;
+    }
+    // GTK 4's single line leaves its caret where it was, in front of the text. An application that is too
+    // slow to tell carries this out behind the insertion; where the caret follows by itself it changes
+    // nothing.
+    const bool isKnown = count.number() && caret.number();
+    if (!isKnown || (*count.number() > place.count && *caret.number() == place.position)) {
         const QVariantList behind{static_cast<int>(place.position + lengthIn(place.unit, text))};
         const auto moving = bus_.call(field, atspi::textInterface, QStringLiteral("SetCaretOffset"), behind);
         Q_UNUSED(moving)
+    }
+    if (inserted.timedOut()) {
+        fields_.patience().putAside(field.bus, clock_.now());
+        co_return PostOutcome::unknown;
     }
     co_return PostOutcome::posted;
 }
