@@ -243,6 +243,26 @@ bool isShown(quint32 window) {
     return answer && answer->map_state == XCB_MAP_STATE_VIEWABLE;
 }
 
+QRect openMenu() {
+    const Connection to;
+    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(to.xcb)).data->root;
+    const auto tree = owned(xcb_query_tree_reply(to.xcb, xcb_query_tree(to.xcb, root), nullptr));
+    const xcb_window_t* const children = xcb_query_tree_children(tree.get());
+    for (int i = xcb_query_tree_children_length(tree.get()) - 1; i >= 0; --i) {
+        const auto traits = owned(
+            xcb_get_window_attributes_reply(to.xcb, xcb_get_window_attributes(to.xcb, children[i]), nullptr));
+        const auto size =
+            owned(xcb_get_geometry_reply(to.xcb, xcb_get_geometry(to.xcb, children[i]), nullptr));
+        const bool isPill = size && size->width == 440 && size->height == 96;
+        if (traits && size && !isPill && traits->map_state == XCB_MAP_STATE_VIEWABLE &&
+            traits->override_redirect != 0 && traits->_class == XCB_WINDOW_CLASS_INPUT_OUTPUT &&
+            size->width > 60 && size->height > 40) {
+            return {size->x, size->y, size->width, size->height};
+        }
+    }
+    return {};
+}
+
 QByteArray rootProperty(const QString& name) { return runTool("xprop", {"-root", name}).output; }
 
 } // namespace display

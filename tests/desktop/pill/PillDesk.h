@@ -93,6 +93,8 @@ quint32 focus();
 QList<QRect> inputShape(quint32 window);
 bool isCutOut(quint32 window);
 bool isShown(quint32 window);
+// The place of the pill's menu that is open, the window in front; empty while none is.
+QRect openMenu();
 QByteArray rootProperty(const QString& name);
 } // namespace display
 
