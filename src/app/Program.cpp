@@ -97,8 +97,9 @@ void Program::start() {
     codecWatch_ = controller.subscribePhase([this](const Phase& phase) { codec_.follow(phase); });
     shell_ = std::make_unique<Shell>(foundation_, desktop_, presence_, *dictation_, [this] { end(0); });
     new ControlService(&busObject_, controller, session_, {[this] { end(0); }, [this] { restart(); }});
-    session_.registerObject(control::objectPath, &busObject_);
     controller.start([this](TaskScope scope) { return firstExchange(scope); });
+    // Whoever asks from here on finds a program that hears the keys.
+    session_.registerObject(control::objectPath, &busObject_);
 }
 
 // The bundled backend says its address only once it runs, and a registration before that would fail.

@@ -136,12 +136,10 @@ void PillPanel::put(const QRect& place) {
     move(toPoints(place.topLeft(), *screen));
 }
 
-// Through a connection of our own, so Qt's has to have told the display of the window first.
 void PillPanel::shapeInput() {
     if (internalWinId() == 0) {
         return;
     }
-    QGuiApplication::sync();
     const double scale = devicePixelRatio();
     const QRectF area(pillLayout::hitArea());
     surface_.acceptInputOnlyIn(static_cast<std::uint32_t>(internalWinId()),

@@ -5,7 +5,7 @@
 #include "platform/linux/x11/X11Screens.h"
 #include "platform/linux/x11/X11StackedWindows.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
 
 #include <xcb/randr.h>
 #include <xcb/shape.h>
@@ -23,6 +23,17 @@ std::uint8_t firstEventOf(X11Connection& connection, xcb_extension_t* extension)
     const auto* const data =
         connection.isAlive() ? xcb_get_extension_data(connection.xcb(), extension) : nullptr;
     return data != nullptr && data->present != 0 ? data->first_event : std::uint8_t{0};
+}
+
+/// Its windows are made through a connection of its own: a round trip there, and the display knows them all.
+void waitForWindowsOfQt() {
+    const auto* const application = qobject_cast<QGuiApplication*>(QCoreApplication::instance());
+    const auto* const native =
+        application == nullptr ? nullptr : application->nativeInterface<QNativeInterface::QX11Application>();
+    if (native != nullptr) {
+        auto* const xcb = native->connection();
+        std::free(xcb_get_input_focus_reply(xcb, xcb_get_input_focus(xcb), nullptr));
+    }
 }
 
 } // namespace
@@ -105,6 +116,7 @@ X11PillSurface::X11PillSurface(X11Connection& connection)
 }
 
 void X11PillSurface::acceptInputOnlyIn(std::uint32_t window, const QRect& area) {
+    waitForWindowsOfQt();
     if (!connection_.hasExtension(&xcb_shape_id)) {
         return;
     }
