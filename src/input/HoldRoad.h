@@ -71,7 +71,9 @@ class HoldRoad {
     [[nodiscard]] virtual HoldOffer offer() const = 0;
     /// Edges of these keys until the handle ends, never inside this call. Keys that are not in the offer are
     /// passed over. One watch at a time: a new one takes the place of the old one, whose handle then does
-    /// nothing. When the road goes, the watch stays and tells nothing until it is back.
+    /// nothing; a key that both have is watched without a gap, so that a press seen by the old one is ended
+    /// by the new one (Escape is added while the hold key is down). When the road goes, the watch stays and
+    /// tells nothing until it is back. The observer may begin and end watches.
     [[nodiscard]] virtual Handle watch(std::vector<int> keyCodes,
                                        std::function<void(const HoldEdge&)> observer) = 0;
     /// Whether that key (either side where sides are not told apart) is down now; absent when it cannot be
