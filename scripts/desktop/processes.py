@@ -23,6 +23,14 @@ def die_with_parent(sig, parent):
         os.kill(os.getpid(), sig)
 
 
+def become(user):
+    """This process is that user's from now on, and its children too."""
+    os.setgroups([])
+    os.setresgid(user.pw_gid, user.pw_gid, user.pw_gid)
+    os.setresuid(user.pw_uid, user.pw_uid, user.pw_uid)
+    os.environ.update({"USER": user.pw_name, "LOGNAME": user.pw_name, "SHELL": "/bin/sh"})
+
+
 def descendants(root):
     """Process ids below root, with the name of each."""
     children = {}
@@ -72,12 +80,12 @@ def _reap_until(finished, seconds):
         signal.sigtimedwait({signal.SIGCHLD}, 0.02)
 
 
-def end_descendants(last_name, grace=2.0):
-    """Ends every descendant: asked first, then killed. Those called last_name go after all others."""
+def end_descendants(last_names, grace=2.0):
+    """Ends every descendant: asked first, then killed. Those with one of the names go after all others."""
     me = os.getpid()
 
     def others():
-        return [pid for pid, name in descendants(me).items() if name != last_name]
+        return [pid for pid, name in descendants(me).items() if name not in last_names]
 
     for remaining in (others, lambda: list(descendants(me))):
         _signal(remaining(), signal.SIGTERM)

@@ -10,16 +10,7 @@ import time
 from desktop import processes
 
 BOUND = 30.0  # seconds that any part may take to come up; a part needs well under one
-WINDOW_MANAGERS = {
-    "openbox": (["openbox", "--sm-disable"], "openbox"),
-    "xfwm4": (["xfwm4", "--sm-client-disable"], "xfwm4"),
-    "xfwm4_plain": (["xfwm4", "--sm-client-disable", "--compositor=off"], "xfwm4"),  # without its compositor
-    "kwin_x11": (["kwin_x11"], "kwin-x11"),
-}
 _PROGRAMS = {
-    "Xvfb": "xvfb",
-    "setxkbmap": "x11-xkb-utils",
-    "xprop": "x11-utils",
     "dbus-daemon": "dbus",
     "dbus-send": "dbus",
     "pulseaudio": "pulseaudio",
@@ -43,12 +34,9 @@ class Failure(Exception):
     """The desktop could not be made; the text says why."""
 
 
-def missing(window_manager):
-    """The Debian packages that have to be installed first."""
-    programs = dict(_PROGRAMS)
-    command, package = WINDOW_MANAGERS[window_manager]
-    programs[command[0]] = package
-    packages = {package for program, package in programs.items() if not shutil.which(program)}
+def missing(programs):
+    """The Debian packages that have to be installed first; what the session needs besides is given."""
+    packages = {package for program, package in {**_PROGRAMS, **programs}.items() if not shutil.which(program)}
     if not os.path.exists(_A11Y_SERVICE):
         packages.add("at-spi2-core")
     return sorted(packages)
@@ -62,60 +50,46 @@ class Desktop:
         self.environment = environment
         self._started = {}
 
-    def _start(self, name, command, **more):
+    def start(self, name, command, stdin=subprocess.DEVNULL, pass_fds=(), **variables):
+        """Starts a part whose output goes to logs/NAME; the variables are for it alone."""
         parent = os.getpid()
         with open(f"{self.folder}/logs/{name}", "wb") as log:
             process = subprocess.Popen(
-                command, env=self.environment, cwd=self.folder, start_new_session=True, stdout=log, stderr=log,
-                preexec_fn=lambda: processes.die_with_parent(signal.SIGTERM, parent),
-                **{"stdin": subprocess.DEVNULL, **more})
+                command, env={**self.environment, **variables}, cwd=self.folder, start_new_session=True, stdin=stdin,
+                stdout=log, stderr=log, pass_fds=pass_fds,
+                preexec_fn=lambda: processes.die_with_parent(signal.SIGTERM, parent))
         self._started[name] = process
         return process
 
-    def _fail(self, name, what):
+    def fail(self, name, what):
         with open(f"{self.folder}/logs/{name}", encoding="utf-8", errors="replace") as log:
             tail = "".join(log.readlines()[-20:])
         raise Failure(f"{name} {what}\n{tail}".rstrip())
 
-    def _wait(self, name, what, condition):
+    def wait(self, name, what, condition):
         end = time.monotonic() + BOUND
         while not (result := condition()):
             if self._started[name].poll() is not None:
-                self._fail(name, f"ended with status {self._started[name].returncode} before {what}")
+                self.fail(name, f"ended with status {self._started[name].returncode} before {what}")
             if time.monotonic() > end:
-                self._fail(name, f"did not come up within {BOUND:.0f} s: {what}")
+                self.fail(name, f"did not come up within {BOUND:.0f} s: {what}")
             signal.sigtimedwait({signal.SIGCHLD}, 0.01)
         return result
 
-    def _answer(self, *command):
+    def answer(self, *command):
         """What a program printed, or nothing when it failed."""
         done = subprocess.run(command, env=self.environment, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
                               text=True, check=False)
         return done.stdout if done.returncode == 0 else ""
 
-    def _read_line(self, name, end):
+    def read_line(self, name, end):
         """The line that a part writes to its pipe when it is ready."""
         with os.fdopen(end) as pipe:
             line = pipe.readline().strip()
         if not line:
             self._started[name].wait(BOUND)
-            self._fail(name, f"ended with status {self._started[name].returncode} at its start")
+            self.fail(name, f"ended with status {self._started[name].returncode} at its start")
         return line
-
-    def start_display(self, size):
-        mine, theirs = os.pipe()
-        self._start("Xvfb", ["Xvfb", "-displayfd", str(theirs), "-screen", "0", f"{size}x24", "-nolisten", "tcp",
-                             "-noreset", "+extension", "RANDR"], pass_fds=[theirs])
-        os.close(theirs)
-        return mine
-
-    def display_ready(self, pipe, layout):
-        self.environment["DISPLAY"] = ":" + self._read_line("Xvfb", pipe)
-        if layout != "us":
-            set_layout = subprocess.run(["setxkbmap", "-layout", layout], env=self.environment, check=False,
-                                        capture_output=True, text=True)
-            if set_layout.returncode != 0:
-                raise Failure(f"the keyboard layout {layout} cannot be set: {set_layout.stderr.strip()}")
 
     def start_audio(self):
         """The script that starts the audio server stays in the folder, so that a test can start it again."""
@@ -128,41 +102,48 @@ class Desktop:
         with open(script, "w", encoding="utf-8") as file:
             file.write(f"#!/bin/sh\nexec {shlex.join(command)}\n")
         os.chmod(script, 0o700)
-        self._start("pulseaudio", [script])
+        self.start("pulseaudio", [script])
 
     def audio_ready(self):
-        self._wait("pulseaudio", "the default source is virtual_mic",
-                   lambda: self._answer("pactl", "get-default-source").strip() == "virtual_mic")
+        self.wait("pulseaudio", "the default source is virtual_mic",
+                   lambda: self.answer("pactl", "get-default-source").strip() == "virtual_mic")
 
     def start_bus(self):
         mine, theirs = os.pipe()
         address = self.environment["DBUS_SESSION_BUS_ADDRESS"]
-        self._start("dbus-daemon", ["dbus-daemon", "--session", "--nofork", "--nopidfile", f"--address={address}",
+        self.start("dbus-daemon", ["dbus-daemon", "--session", "--nofork", "--nopidfile", f"--address={address}",
                                     f"--print-address={theirs}"], pass_fds=[theirs])
         os.close(theirs)
-        self.environment["DBUS_SESSION_BUS_ADDRESS"] = self._read_line("dbus-daemon", mine)
+        self.environment["DBUS_SESSION_BUS_ADDRESS"] = self.read_line("dbus-daemon", mine)
 
-    def _call(self, bus, destination, path, method, *arguments):
-        return self._answer("dbus-send", bus, "--print-reply=literal", "--reply-timeout=20000",
+    def call(self, bus, destination, path, method, *arguments):
+        return self.answer("dbus-send", bus, "--print-reply=literal", "--reply-timeout=20000",
                             f"--dest={destination}", path, method, *arguments)
 
-    def start_accessibility(self):
+    def hand_to_services(self, names):
+        """What the bus starts from now on gets these of our variables."""
+        values = ",".join(f"{name},{self.environment[name]}" for name in names if name in self.environment)
+        self.call("--session", "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                  "org.freedesktop.DBus.UpdateActivationEnvironment", f"dict:string:string:{values}")
+
+    def start_accessibility(self, screen_reader=False):
         """Switched on before any application starts, since Qt looks only once; the registry is started with it,
         since Qt 5 stays silent for good when it finds none."""
-        self._call("--session", "org.a11y.Bus", "/org/a11y/bus", "org.freedesktop.DBus.Properties.Set",
-                   "string:org.a11y.Status", "string:IsEnabled", "variant:boolean:true")
-        enabled = self._call("--session", "org.a11y.Bus", "/org/a11y/bus", "org.freedesktop.DBus.Properties.Get",
+        for switch in ("IsEnabled", "ScreenReaderEnabled") if screen_reader else ("IsEnabled",):
+            self.call("--session", "org.a11y.Bus", "/org/a11y/bus", "org.freedesktop.DBus.Properties.Set",
+                      "string:org.a11y.Status", f"string:{switch}", "variant:boolean:true")
+        enabled = self.call("--session", "org.a11y.Bus", "/org/a11y/bus", "org.freedesktop.DBus.Properties.Get",
                              "string:org.a11y.Status", "string:IsEnabled")
-        address = self._call("--session", "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus.GetAddress").strip()
+        address = self.call("--session", "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus.GetAddress").strip()
         if "true" not in enabled or not address:
             raise Failure("the accessibility bus (at-spi2-core) does not answer")
-        registry = self._call(f"--bus={address}", "org.freedesktop.DBus", "/org/freedesktop/DBus",
+        registry = self.call(f"--bus={address}", "org.freedesktop.DBus", "/org/freedesktop/DBus",
                               "org.freedesktop.DBus.StartServiceByName", "string:org.a11y.atspi.Registry", "uint32:0")
         if not registry:
             raise Failure("the accessibility registry (at-spi2-core) does not start")
 
     def start_keyring(self):
-        keyring = self._start("gnome-keyring-daemon",
+        keyring = self.start("gnome-keyring-daemon",
                               ["gnome-keyring-daemon", "--foreground", "--components=secrets", "--unlock"],
                               stdin=subprocess.PIPE)
         keyring.stdin.write(b"\n")
@@ -170,17 +151,7 @@ class Desktop:
 
     def keyring_ready(self):
         def collection():
-            path = self._call("--session", "org.freedesktop.secrets", "/org/freedesktop/secrets",
+            path = self.call("--session", "org.freedesktop.secrets", "/org/freedesktop/secrets",
                               "org.freedesktop.Secret.Service.ReadAlias", "string:default").strip()
             return path not in ("", "/")
-        self._wait("gnome-keyring-daemon", "there is a default collection", collection)
-
-    def start_window_manager(self, name):
-        self._start(name, WINDOW_MANAGERS[name][0])
-
-    def window_manager_ready(self, name):
-        def managed():
-            answer = self._answer("xprop", "-root", "-notype", "_NET_SUPPORTING_WM_CHECK")
-            window = answer.partition("window id # ")[2].strip()
-            return window and "_NET_WM_NAME" in self._answer("xprop", "-id", window, "-notype", "_NET_WM_NAME")
-        self._wait(name, "it has set _NET_SUPPORTING_WM_CHECK", managed)
+        self.wait("gnome-keyring-daemon", "there is a default collection", collection)

@@ -2,6 +2,7 @@
 """One process guards the desktop, another runs it: whichever is killed, the other ends every process that is left."""
 import fcntl
 import os
+import pwd
 import shutil
 import signal
 import subprocess
@@ -11,9 +12,10 @@ import time
 
 from desktop import processes
 from desktop.services import Desktop, Failure, missing
+from desktop.sessions import SESSIONS
 
 _PREFIX = "lorvane-desktop-"
-_LAST = "Xvfb"  # ends after its clients, so that none dies of a lost display
+_USER = "nobody"  # runs the desktops that root may not run
 _KEPT = ("PATH", "USER", "LOGNAME", "TERM", "SHELL", "TZ", "ASAN_OPTIONS", "UBSAN_OPTIONS", "TSAN_OPTIONS",
          "LSAN_OPTIONS", "LD_LIBRARY_PATH")
 _ENDING = (signal.SIGTERM, signal.SIGINT, signal.SIGHUP)
@@ -27,26 +29,33 @@ class _Ended(Exception):
 
 def run(options):
     """Makes the desktop, runs the command in it and returns its exit status (128 + signal when it was killed)."""
-    if packages := missing(options.wm):
+    session = SESSIONS[options.session](options)
+    if packages := missing(session.programs()):
         return _complain(f"missing; install with: apt-get install {' '.join(packages)}", 127)
     _remove_leftovers()
     folder = tempfile.mkdtemp(prefix=_PREFIX, dir="/tmp")
     lock = os.open(folder, os.O_RDONLY)
     fcntl.flock(lock, fcntl.LOCK_EX)
+    user = None
+    if os.geteuid() == 0 and not session.runs_as_root:
+        user = pwd.getpwnam(_USER)
+        os.chown(folder, user.pw_uid, user.pw_gid)
     processes.adopt_orphans()
     guard = os.getpid()
     signal.pthread_sigmask(signal.SIG_BLOCK, {*_ENDING, signal.SIGCHLD})
     child = os.fork()
     if child == 0:
+        if user:
+            processes.become(user)
         processes.die_with_parent(signal.SIGTERM, guard)
-        os._exit(_run_desktop(options, folder))
+        os._exit(_run_desktop(session, options, folder))
     status = _wait_for(child)
-    _clean(folder)
+    _clean(session, folder)
     return status
 
 
-def _clean(folder):
-    processes.end_descendants(_LAST)
+def _clean(session, folder):
+    processes.end_descendants(session.ends_last)
     shutil.rmtree(folder, ignore_errors=True)
 
 
@@ -86,9 +95,10 @@ def _wait_for(pid):
             os.kill(pid, sig)
 
 
-def _environment(folder):
+def _environment(session, folder):
     environment = {name: os.environ[name] for name in _KEPT if name in os.environ}
     environment.update({name: value for name, value in os.environ.items() if name.startswith("LORVANE_")})
+    environment.pop("LORVANE_HANDS", None)  # of a desktop around this one
     folders = {"HOME": "home", "XDG_RUNTIME_DIR": "run", "XDG_CONFIG_HOME": "home/.config", "TMPDIR": "tmp",
                "XDG_DATA_HOME": "home/.local/share", "XDG_STATE_HOME": "home/.local/state",
                "XDG_CACHE_HOME": "home/.cache"}
@@ -97,15 +107,15 @@ def _environment(folder):
         os.makedirs(environment[name], mode=0o700)
     os.mkdir(f"{folder}/logs")
     environment.update({
-        "LORVANE_DESKTOP": folder, "LC_ALL": "C.UTF-8", "XDG_SESSION_TYPE": "x11",
+        "LORVANE_DESKTOP": folder, "LC_ALL": "C.UTF-8",
         "DBUS_SESSION_BUS_ADDRESS": f"unix:path={folder}/run/bus",
         "PULSE_SERVER": f"unix:{folder}/run/pulse/native",
-        "GTK_USE_PORTAL": "0", "GVFS_DISABLE_FUSE": "1",
+        "GTK_USE_PORTAL": "0", "GVFS_DISABLE_FUSE": "1", **session.environment(folder),
     })
     return environment
 
 
-def _run_desktop(options, folder):
+def _run_desktop(session, options, folder):
     started = time.monotonic()
     processes.adopt_orphans()
 
@@ -117,8 +127,8 @@ def _run_desktop(options, folder):
     status = 1
     try:
         signal.pthread_sigmask(signal.SIG_UNBLOCK, _ENDING)
-        desktop = Desktop(folder, _environment(folder))
-        _bring_up(desktop, options)
+        desktop = Desktop(folder, _environment(session, folder))
+        session.bring_up(desktop)
         if options.verbose:
             print(f"virtual-desktop: up in {time.monotonic() - started:.2f} s", file=sys.stderr, flush=True)
         status = _run_command(options.command, desktop.environment)
@@ -128,23 +138,9 @@ def _run_desktop(options, folder):
         status = 128 + ended.signal
     finally:
         signal.pthread_sigmask(signal.SIG_BLOCK, _ENDING)
-        _clean(folder)
+        _clean(session, folder)
         sys.stderr.flush()
     return status
-
-
-def _bring_up(desktop, options):
-    """Parts that do not need each other come up at the same time."""
-    display = desktop.start_display(options.size)
-    desktop.start_audio()
-    desktop.display_ready(display, options.layout)
-    desktop.start_bus()
-    desktop.start_window_manager(options.wm)
-    desktop.start_keyring()
-    desktop.start_accessibility()
-    desktop.keyring_ready()
-    desktop.audio_ready()
-    desktop.window_manager_ready(options.wm)
 
 
 def _run_command(command, environment):

@@ -1,0 +1,6 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""The kinds of session that a virtual desktop can be."""
+from desktop.sessions.sway import Sway
+from desktop.sessions.x11 import X11
+
+SESSIONS = {"x11": X11, "sway": Sway}

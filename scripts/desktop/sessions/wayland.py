@@ -1,0 +1,59 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""What all Wayland sessions have in common: a compositor without a screen, and hands for what needs a user."""
+import os
+import stat
+import sys
+
+from desktop.services import Failure
+
+_HANDS = os.path.join(os.path.dirname(os.path.dirname(os.path.realpath(__file__))), "hands", "serve.py")
+_HANDED_ON = ("DISPLAY", "WAYLAND_DISPLAY", "XAUTHORITY", "SWAYSOCK", "XDG_SESSION_TYPE", "XDG_CURRENT_DESKTOP")
+
+
+class WaylandSession:
+    """A kind of session says its name, its compositor's process, and how that comes up."""
+    name = ""
+    current_desktop = ""
+    ends_last = ()
+    compositor_programs = {}
+    runs_as_root = False  # sway refuses to, and no user's desktop does
+
+    def __init__(self, options):
+        self.options = options
+
+    def programs(self):
+        return {"Xwayland": "xwayland", **self.compositor_programs}
+
+    def environment(self, folder):
+        return {"XDG_SESSION_TYPE": "wayland", "XDG_CURRENT_DESKTOP": self.current_desktop,
+                "LORVANE_HANDS": f"{folder}/run/lorvane-hands"}
+
+    def bring_up(self, desktop):
+        self._check_sockets_folder()
+        desktop.start_bus()
+        desktop.start_audio()
+        self.start_compositor(desktop)
+        self.compositor_ready(desktop)
+        desktop.hand_to_services(_HANDED_ON)
+        desktop.start_keyring()
+        desktop.start_accessibility(screen_reader=True)
+        self._start_hands(desktop)
+        desktop.keyring_ready()
+        desktop.audio_ready()
+        desktop.wait("hands", "they listen", lambda: os.path.exists(desktop.environment["LORVANE_HANDS"]))
+
+    def start_compositor(self, desktop):
+        raise NotImplementedError
+
+    def compositor_ready(self, desktop):
+        """Returns when clients can connect and what tells them where is in the environment."""
+        raise NotImplementedError
+
+    @staticmethod
+    def _check_sockets_folder():
+        folder = "/tmp/.X11-unix"
+        if not os.path.isdir(folder) or not os.stat(folder).st_mode & stat.S_ISVTX:
+            raise Failure(f"XWayland needs {folder}, which only root may make: mkdir -m 1777 {folder}")
+
+    def _start_hands(self, desktop):
+        desktop.start("hands", [sys.executable, "-I", _HANDS, self.name, self.options.layout])
