@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/linux/wayland/WaylandSeat.h"
+
+namespace lorvane {
+
+namespace {
+
+/// Nothing of the seat itself is listened to.
+constexpr std::uint32_t usedVersion = 1;
+
+} // namespace
+
+WaylandSeat::WaylandSeat(WaylandConnection& connection) : connection_(connection) {
+    appeared_ =
+        connection.onGlobal(wl_seat_interface.name, [this](const WaylandGlobal& global) { take(global); });
+    gone_ = connection.onGlobalGone([this](const WaylandGlobal& global) {
+        if (seat_ && global.name == name_) {
+            chooseAgain();
+        }
+    });
+}
+
+void WaylandSeat::take(const WaylandGlobal& global) {
+    if (seat_) {
+        return;
+    }
+    name_ = global.name;
+    seat_ = waylandOwned(connection_.bindGlobal<wl_seat>(global, wl_seat_interface, usedVersion),
+                         wl_seat_destroy);
+    changed_.emit();
+}
+
+void WaylandSeat::chooseAgain() {
+    seat_.reset();
+    for (const auto& [name, global] : connection_.globals()) {
+        if (global.interface == wl_seat_interface.name) {
+            take(global);
+            return;
+        }
+    }
+    changed_.emit();
+}
+
+} // namespace lorvane
