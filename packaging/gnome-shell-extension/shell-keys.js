@@ -1,0 +1,198 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+// Tells Lorvane when a key goes down or up, wherever the focus is, and nobody else.
+//
+// The shell offers extensions no way to see the keys that go to a window. But it tells its idle monitor of every input
+// event before anything else is done with it, and while it does, the event is the current one. So a watch for "the user
+// is active" sees each event once, takes nothing from anyone, and needs no timer. Such a watch ends when it has fired,
+// and is set again. While nobody watches there is none.
+
+const PROGRAM = 'com.ostrand.tirra';
+const SERVICE = 'com.ostrand.tirra.ShellKeys';
+const OBJECT = '/com/ostrand/tirra/ShellKeys';
+// Keys are numbered as by Linux input events. `kept` are keys that nobody else gets meanwhile.
+const INTERFACE = `<node>
+  <interface name="com.ostrand.tirra.ShellKeys1">
+    <method name="Watch">
+      <arg type="au" direction="in" name="keys"/>
+      <arg type="au" direction="in" name="kept"/>
+    </method>
+    <method name="Unwatch"/>
+    <method name="IsDown">
+      <arg type="u" direction="in" name="key"/>
+      <arg type="b" direction="out" name="down"/>
+    </method>
+    <signal name="Key">
+      <arg type="u" name="key"/>
+      <arg type="b" name="down"/>
+      <arg type="u" name="time"/>
+      <arg type="b" name="virtual"/>
+    </signal>
+  </interface>
+</node>`;
+
+// The window system counts keys from 8 on.
+const FIRST_KEY = 8;
+// What a key that nobody asked for is called, so that nothing that is typed can be told from it.
+const OTHER_KEY = 0;
+const {SHIFT_MASK, CONTROL_MASK, MOD1_MASK, MOD4_MASK, MOD5_MASK} = Clutter.ModifierType;
+// Modifiers, both sides, and the bits of the state that each may set. The right Alt may be AltGr.
+const MODIFIERS = new Map([
+    [42, SHIFT_MASK], [54, SHIFT_MASK], [29, CONTROL_MASK], [97, CONTROL_MASK],
+    [56, MOD1_MASK], [100, MOD1_MASK | MOD5_MASK], [125, MOD4_MASK], [126, MOD4_MASK],
+]);
+
+class Watch {
+    constructor(sender, keys, kept, tell) {
+        this.sender = sender;
+        this._keys = new Set(keys);
+        this._tell = tell;
+        this._down = new Set();
+        this._monitor = global.backend.get_core_idle_monitor();
+        this._grabs = kept.map(key => this._keep(key)).filter(grab => grab !== Meta.KeyBindingAction.NONE);
+        this._awaitInput();
+    }
+
+    end() {
+        this._monitor.remove_watch(this._active);
+        for (const grab of this._grabs) {
+            Main.wm.allowKeybinding(Meta.external_binding_name_for_action(grab), Shell.ActionMode.NONE);
+            global.display.ungrab_accelerator(grab);
+        }
+    }
+
+    isDown(key) {
+        const bits = MODIFIERS.get(key);
+        const isHeld = bits === undefined || (global.get_pointer()[2] & bits) !== 0;
+        return isHeld && this._down.has(key);
+    }
+
+    // With no other modifier; it still comes past here first.
+    _keep(key) {
+        const grab = global.display.grab_accelerator(
+            `0x${(key + FIRST_KEY).toString(16)}`, Meta.KeyBindingFlags.IGNORE_AUTOREPEAT);
+        if (grab !== Meta.KeyBindingAction.NONE)
+            Main.wm.allowKeybinding(Meta.external_binding_name_for_action(grab), Shell.ActionMode.ALL);
+        return grab;
+    }
+
+    _awaitInput() {
+        this._active = this._monitor.add_user_active_watch(() => {
+            this._awaitInput();
+            this._look(Clutter.get_current_event());
+        });
+    }
+
+    _look(event) {
+        const type = event?.type();
+        if (type !== Clutter.EventType.KEY_PRESS && type !== Clutter.EventType.KEY_RELEASE)
+            return;
+        const flags = event.get_flags();
+        // What an input method gives back has come past before.
+        if (flags & (Clutter.EventFlags.FLAG_REPEATED | Clutter.EventFlags.FLAG_INPUT_METHOD))
+            return;
+        this._move(event.get_key_code() - FIRST_KEY, type === Clutter.EventType.KEY_PRESS, event);
+    }
+
+    _move(key, isDown, event) {
+        if (!this._keys.has(key) && !MODIFIERS.has(key)) {
+            if (isDown)
+                this._tell(this.sender, OTHER_KEY, true, event.get_time(), isVirtual(event));
+            return;
+        }
+        if (isDown)
+            this._down.add(key);
+        else
+            this._down.delete(key);
+        this._tell(this.sender, key, isDown, event.get_time(), isVirtual(event));
+    }
+}
+
+// A keyboard of another program, such as the one on the screen, has no device.
+function isVirtual(event) {
+    return !event.get_source_device()?.get_device_node();
+}
+
+class ShellKeys {
+    enable() {
+        this._watch = null;
+        this._object = Gio.DBusExportedObject.wrapJSObject(INTERFACE, this);
+        this._object.export(Gio.DBus.session, OBJECT);
+        this._name = Gio.bus_own_name_on_connection(Gio.DBus.session, SERVICE, Gio.BusNameOwnerFlags.NONE, null, null);
+    }
+
+    disable() {
+        this._endWatch();
+        Gio.bus_unown_name(this._name);
+        this._object.unexport();
+        this._object = null;
+    }
+
+    WatchAsync([keys, kept], invocation) {
+        if (!Clutter.get_current_event) {
+            this._refuse(invocation, 'NotSupported', 'this version of the shell does not show the keys');
+            return;
+        }
+        const sender = invocation.get_sender();
+        ownerOf(PROGRAM, owner => {
+            if (owner !== sender || !this._object) {
+                this._refuse(invocation, 'AccessDenied', `keys are told to ${PROGRAM} alone`);
+                return;
+            }
+            this._begin(sender, keys, kept);
+            invocation.return_value(null);
+        });
+    }
+
+    UnwatchAsync(_parameters, invocation) {
+        if (invocation.get_sender() === this._watch?.sender)
+            this._endWatch();
+        invocation.return_value(null);
+    }
+
+    IsDownAsync([key], invocation) {
+        if (invocation.get_sender() !== this._watch?.sender) {
+            this._refuse(invocation, 'AccessDenied', 'no watch of yours is running');
+            return;
+        }
+        invocation.return_value(new GLib.Variant('(b)', [this._watch.isDown(key)]));
+    }
+
+    _begin(sender, keys, kept) {
+        this._endWatch();
+        this._watch = new Watch(sender, keys, kept, tellKey);
+        this._gone = Gio.bus_watch_name_on_connection(Gio.DBus.session, sender, Gio.BusNameWatcherFlags.NONE, null,
+            () => this._endWatch());
+    }
+
+    _endWatch() {
+        if (!this._watch)
+            return;
+        this._watch.end();
+        this._watch = null;
+        Gio.bus_unwatch_name(this._gone);
+    }
+
+    _refuse(invocation, error, message) {
+        invocation.return_dbus_error(`org.freedesktop.DBus.Error.${error}`, message);
+    }
+}
+
+function tellKey(receiver, key, isDown, time, virtual) {
+    Gio.DBus.session.emit_signal(receiver, OBJECT, 'com.ostrand.tirra.ShellKeys1', 'Key',
+        new GLib.Variant('(ubub)', [key, isDown, time, virtual]));
+}
+
+function ownerOf(name, then) {
+    Gio.DBus.session.call('org.freedesktop.DBus', '/org/freedesktop/DBus', 'org.freedesktop.DBus', 'GetNameOwner',
+        new GLib.Variant('(s)', [name]), new GLib.VariantType('(s)'), Gio.DBusCallFlags.NONE, -1, null,
+        (bus, result) => {
+            let owner = null;
+            try {
+                [owner] = bus.call_finish(result).deepUnpack();
+            } catch {
+                // Nobody has that name.
+            }
+            then(owner);
+        });
+}
