@@ -6,6 +6,7 @@ import signal
 import time
 
 PR_SET_PDEATHSIG = 1
+PR_SET_DUMPABLE = 4
 PR_SET_CHILD_SUBREAPER = 36
 _libc = ctypes.CDLL(None, use_errno=True)
 
@@ -28,6 +29,7 @@ def become(user):
     os.setgroups([])
     os.setresgid(user.pw_gid, user.pw_gid, user.pw_gid)
     os.setresuid(user.pw_uid, user.pw_uid, user.pw_uid)
+    _libc.prctl(PR_SET_DUMPABLE, 1, 0, 0, 0)  # a process that changes its user may not be looked at otherwise
     os.environ.update({"USER": user.pw_name, "LOGNAME": user.pw_name, "SHELL": "/bin/sh"})
 
 

@@ -51,11 +51,12 @@ class Desktop:
         self._started = {}
 
     def start(self, name, command, stdin=subprocess.DEVNULL, pass_fds=(), **variables):
-        """Starts a part whose output goes to logs/NAME; the variables are for it alone."""
+        """Starts a part whose output goes to logs/NAME; the variables are for it alone, those that are None are taken from it."""
         parent = os.getpid()
+        environment = {name: value for name, value in {**self.environment, **variables}.items() if value is not None}
         with open(f"{self.folder}/logs/{name}", "wb") as log:
             process = subprocess.Popen(
-                command, env={**self.environment, **variables}, cwd=self.folder, start_new_session=True, stdin=stdin,
+                command, env=environment, cwd=self.folder, start_new_session=True, stdin=stdin,
                 stdout=log, stderr=log, pass_fds=pass_fds,
                 preexec_fn=lambda: processes.die_with_parent(signal.SIGTERM, parent))
         self._started[name] = process

@@ -76,8 +76,7 @@ class Hands:
                 found.append({
                     "id": str(node["id"]), "pid": node["pid"], "title": node["name"] or "",
                     "class": node["app_id"] or node["window_properties"].get("class", ""),
-                    "active": node["focused"], "fullscreen": node["fullscreen_mode"] != 0,
-                    "wayland": node["shell"] == "xdg_shell"})
+                    "active": node["focused"], "fullscreen": node["fullscreen_mode"] != 0})
         return found
 
     def activate(self, window):

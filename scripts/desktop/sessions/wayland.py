@@ -37,7 +37,7 @@ class WaylandSession:
         desktop.hand_to_services(_HANDED_ON)
         desktop.start_keyring()
         desktop.start_accessibility(screen_reader=True)
-        self._start_hands(desktop)
+        desktop.start("hands", self.hands(desktop))
         desktop.keyring_ready()
         desktop.audio_ready()
         desktop.wait("hands", "they listen", lambda: os.path.exists(desktop.environment["LORVANE_HANDS"]))
@@ -50,10 +50,32 @@ class WaylandSession:
         raise NotImplementedError
 
     @staticmethod
+    def told(desktop):
+        """The file into which the compositor's first client writes its environment."""
+        return f"{desktop.folder}/run/session-environment"
+
+    def teller(self, desktop):
+        """A program that writes it."""
+        script = f"{desktop.folder}/tell"
+        told = self.told(desktop)
+        with open(script, "w", encoding="utf-8") as file:
+            file.write(f"#!/bin/sh\nenv -0 >'{told}.new' && mv '{told}.new' '{told}'\n")
+        os.chmod(script, 0o700)
+        return script
+
+    def take_told(self, desktop, compositor, names):
+        """Waits for that environment and takes these of its variables."""
+        desktop.wait(compositor, "it has started its first client", lambda: os.path.exists(self.told(desktop)))
+        with open(self.told(desktop), encoding="utf-8") as file:
+            told = dict(entry.split("=", 1) for entry in file.read().split("\0") if "=" in entry)
+        desktop.environment.update({name: told[name] for name in names if name in told})
+
+    @staticmethod
     def _check_sockets_folder():
         folder = "/tmp/.X11-unix"
         if not os.path.isdir(folder) or not os.stat(folder).st_mode & stat.S_ISVTX:
             raise Failure(f"XWayland needs {folder}, which only root may make: mkdir -m 1777 {folder}")
 
-    def _start_hands(self, desktop):
-        desktop.start("hands", [sys.executable, "-I", _HANDS, self.name, self.options.layout])
+    def hands(self, _desktop):
+        """The command that serves as the user's hands."""
+        return [sys.executable, "-I", _HANDS, self.name, self.options.layout]
