@@ -79,7 +79,7 @@ std::optional<DictationError> Dictation::recognise(ReadyTake& take, const OnSegm
                              storage_.adaptation(take.device, engine_.name()).value_or(""), known.size()};
     const auto result = engine_.recognise(
         job,
-        [&](std::string text) {
+        [&](std::string text, auto) {
             known.push_back(std::move(text));
             onSegment(known.back());
         },

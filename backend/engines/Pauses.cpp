@@ -60,9 +60,14 @@ std::size_t quietestFrame(const std::vector<float>& levels, std::size_t from, st
     return best;
 }
 
+struct Cut {
+    std::size_t at = 0;
+    std::size_t pause = 0;
+};
+
 // The frames to cut at: the middles of pauses that have speech on both sides.
-std::vector<std::size_t> pauseCuts(const std::vector<float>& levels) {
-    std::vector<std::size_t> cuts;
+std::vector<Cut> pauseCuts(const std::vector<float>& levels) {
+    std::vector<Cut> cuts;
     const float bound = speechBound(levels);
     std::size_t quietSince = 0;
     bool heard = false;
@@ -70,7 +75,7 @@ std::vector<std::size_t> pauseCuts(const std::vector<float>& levels) {
         if (levels[at] <= bound)
             continue;
         if (heard && at - quietSince >= pauseFrames)
-            cuts.push_back(quietSince + (at - quietSince) / 2);
+            cuts.push_back({quietSince + (at - quietSince) / 2, at - quietSince});
         heard = true;
         quietSince = at + 1;
     }
@@ -82,20 +87,22 @@ std::vector<std::size_t> pauseCuts(const std::vector<float>& levels) {
 std::vector<SpeechSegment> cutAtPauses(Samples samples) {
     if (samples.size() < frame)
         return samples.empty() ? std::vector<SpeechSegment>{}
-                               : std::vector<SpeechSegment>{{0, samples.size()}};
+                               : std::vector<SpeechSegment>{{0, samples.size(), {}}};
     const auto levels = frameLevels(samples);
     auto cuts = pauseCuts(levels);
-    cuts.push_back(levels.size());
+    cuts.push_back({levels.size(), 0});
     std::vector<SpeechSegment> segments;
     std::size_t begin = 0;
-    for (const auto cut : cuts) {
-        while (cut - begin > longestFrames) {
-            const auto forced = quietestFrame(levels, begin + earliestForcedCut, begin + longestFrames);
-            segments.push_back({begin * frame, forced * frame});
-            begin = forced;
-        }
-        segments.push_back({begin * frame, cut * frame});
-        begin = cut;
+    std::size_t pause = 0;
+    const auto add = [&](std::size_t end, std::size_t pauseAfter) {
+        segments.push_back({begin * frame, end * frame, std::chrono::milliseconds(pause * 10)});
+        begin = end;
+        pause = pauseAfter;
+    };
+    for (const auto& cut : cuts) {
+        while (cut.at - begin > longestFrames)
+            add(quietestFrame(levels, begin + earliestForcedCut, begin + longestFrames), 0);
+        add(cut.at, cut.pause);
     }
     if (!segments.empty())
         segments.back().end = samples.size(); // with the last part of a frame

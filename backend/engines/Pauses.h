@@ -3,6 +3,7 @@
 
 #include "engines/Engine.h"
 
+#include <chrono>
 #include <vector>
 
 namespace lorvane::backend {
@@ -10,6 +11,7 @@ namespace lorvane::backend {
 struct SpeechSegment {
     std::size_t begin = 0; // samples
     std::size_t end = 0;
+    std::chrono::milliseconds pause{0}; // the silence that it begins in; none where a cut had to be made
 };
 
 // Where speech may be cut without cutting a word: in the middle of each pause of at least half a second. A

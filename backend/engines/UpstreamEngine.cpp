@@ -3,11 +3,10 @@
 
 #include "engines/Pauses.h"
 #include "net/HttpCall.h"
-#include "util/Log.h"
 
 #include <algorithm>
 #include <boost/json.hpp>
-#include <random>
+#include <optional>
 
 namespace lorvane::backend {
 
@@ -84,6 +83,13 @@ std::vector<FormPart> formOf(const SpeechUpstream& upstream, Samples part, const
     return form;
 }
 
+std::vector<PooledServer> serversOf(const std::vector<SpeechUpstream>& upstreams) {
+    std::vector<PooledServer> servers;
+    for (const auto& upstream : upstreams)
+        servers.push_back({upstream.url, upstream.profile->atOnce});
+    return servers;
+}
+
 void putNumber(std::string& out, std::uint32_t value, int bytes) {
     for (int i = 0; i < bytes; ++i)
         out += static_cast<char>(value >> (8 * i) & 0xffU);
@@ -91,19 +97,8 @@ void putNumber(std::string& out, std::uint32_t value, int bytes) {
 
 } // namespace
 
-// A server, with the requests that are there now.
-struct UpstreamEngine::Place {
-    SpeechUpstream upstream;
-    CircuitBreaker breaker;
-    std::size_t busy = 0;
-};
-
-UpstreamEngine::UpstreamEngine(std::vector<SpeechUpstream> upstreams, UpstreamTimes times) : times_(times) {
-    for (auto& upstream : upstreams)
-        places_.push_back(std::make_unique<Place>(Place{std::move(upstream), {}, 0}));
-}
-
-UpstreamEngine::~UpstreamEngine() = default;
+UpstreamEngine::UpstreamEngine(std::vector<SpeechUpstream> upstreams, UpstreamTimes times)
+    : upstreams_(std::move(upstreams)), times_(times), pool_("speech", serversOf(upstreams_), times.pool) {}
 
 Recognition UpstreamEngine::recognise(const RecognitionJob& job, const OnSegment& onSegment,
                                       std::stop_token stop) try {
@@ -114,88 +109,25 @@ Recognition UpstreamEngine::recognise(const RecognitionJob& job, const OnSegment
     std::string before(job.context);
     bool heard = job.segmentsKnown > 0;
     for (std::size_t i = job.segmentsKnown; i < parts.size(); ++i) {
-        auto result = hear(parts[i], job, before, stop);
-        if (result.end == Heard::End::stopped)
+        std::string text;
+        const auto attempt = pool_.run(
+            [&](std::size_t server) { return ask(upstreams_[server], parts[i], job, before, text, stop); },
+            stop);
+        if (attempt.end == Attempt::End::stopped)
             return {Recognition::End::stopped, {}, {}};
-        if (result.end != Heard::End::text)
-            return {Recognition::End::failed, {}, result.reason};
-        heard = heard || !result.text.empty();
-        before += (before.empty() ? "" : " ") + result.text;
-        onSegment(std::move(result.text));
+        if (attempt.end != Attempt::End::done)
+            return {Recognition::End::failed, {}, attempt.reason};
+        heard = heard || !text.empty();
+        before += (before.empty() ? "" : " ") + text;
+        onSegment(std::move(text), {});
     }
     return {heard ? Recognition::End::complete : Recognition::End::noSpeech, {}, {}};
 } catch (const std::exception& error) {
     return {Recognition::End::failed, {}, error.what()};
 }
 
-// Everybody may be restarting at once; a second look a moment later is cheap.
-UpstreamEngine::Heard UpstreamEngine::hear(Samples part, const RecognitionJob& job, std::string_view before,
-                                           const std::stop_token& stop) {
-    auto heard = tryAll(part, job, before, stop);
-    if (heard.end != Heard::End::next)
-        return heard;
-    thread_local std::minstd_rand random{std::random_device{}()};
-    const auto pause = times_.secondRound + times_.secondRound * (random() % 100) / 100;
-    {
-        std::unique_lock lock(mutex_);
-        changed_.wait_for(lock, stop, pause, [] { return false; });
-    }
-    return stop.stop_requested() ? Heard{Heard::End::stopped, {}, {}} : tryAll(part, job, before, stop);
-}
-
-UpstreamEngine::Heard UpstreamEngine::tryAll(Samples part, const RecognitionJob& job, std::string_view before,
-                                             const std::stop_token& stop) {
-    Heard last{Heard::End::next, {}, "no speech server is to be tried now"};
-    std::set<const Place*> tried;
-    while (Place* place = enter(tried, stop)) {
-        last = ask(*place, part, job, before, stop);
-        leave(*place, last);
-        if (last.end != Heard::End::next)
-            break;
-        logLine("speech server " + place->upstream.url + ": " + last.reason);
-    }
-    return stop.stop_requested() ? Heard{Heard::End::stopped, {}, {}} : last;
-}
-
-// The first server, in order, that was not tried and has room; when all of those are full, the first that
-// gets room within the time.
-UpstreamEngine::Place* UpstreamEngine::enter(std::set<const Place*>& tried, const std::stop_token& stop) {
-    const auto open = [&](const auto& place) { return !tried.contains(place.get()); };
-    const auto hasRoom = [&](const auto& place) {
-        return open(place) && place->busy < place->upstream.profile->atOnce;
-    };
-    const auto latest = std::chrono::steady_clock::now() + times_.queue;
-    std::unique_lock lock(mutex_);
-    while (std::any_of(places_.begin(), places_.end(), open)) {
-        const bool room = changed_.wait_until(
-            lock, stop, latest, [&] { return std::any_of(places_.begin(), places_.end(), hasRoom); });
-        if (!room || stop.stop_requested())
-            break;
-        const auto& place = *std::find_if(places_.begin(), places_.end(), hasRoom);
-        tried.insert(place.get());
-        if (!place->breaker.allows(std::chrono::steady_clock::now()))
-            continue;
-        ++place->busy;
-        return place.get();
-    }
-    return nullptr;
-}
-
-void UpstreamEngine::leave(Place& place, const Heard& heard) {
-    {
-        const std::lock_guard lock(mutex_);
-        --place.busy;
-        if (heard.end == Heard::End::text || heard.end == Heard::End::refused)
-            place.breaker.succeeded();
-        if (heard.end == Heard::End::next)
-            place.breaker.failed(std::chrono::steady_clock::now());
-    }
-    changed_.notify_all();
-}
-
-UpstreamEngine::Heard UpstreamEngine::ask(Place& place, Samples part, const RecognitionJob& job,
-                                          std::string_view before, const std::stop_token& stop) {
-    const auto& upstream = place.upstream;
+Attempt UpstreamEngine::ask(const SpeechUpstream& upstream, Samples part, const RecognitionJob& job,
+                            std::string_view before, std::string& text, const std::stop_token& stop) const {
     const auto sound = std::chrono::milliseconds(part.size() * 1000 / sampleRate);
     HttpCall call;
     call.url = upstream.url + std::string(upstream.profile->path);
@@ -206,19 +138,20 @@ UpstreamEngine::Heard UpstreamEngine::ask(Place& place, Samples part, const Reco
     call.wholeTime = times_.whole;
     const auto answer = callHttp(call, stop);
     if (answer.end == HttpAnswer::End::stopped)
-        return {Heard::End::stopped, {}, {}};
+        return {Attempt::End::stopped, {}};
     if (answer.end != HttpAnswer::End::whole)
-        return {Heard::End::next, {}, answer.reason};
+        return {Attempt::End::next, answer.reason};
     // Its words about an error may quote the take, so that the status is all that is told.
     const auto status = "status " + std::to_string(answer.status);
     if (answer.status == 400 || answer.status == 415 || answer.status == 422)
-        return {Heard::End::refused, {}, "the sound was refused with " + status};
+        return {Attempt::End::over, "the sound was refused with " + status};
     if (answer.status != 200)
-        return {Heard::End::next, {}, status};
-    auto text = textOf(answer.body);
-    if (!text)
-        return {Heard::End::next, {}, "an answer without text"};
-    return {Heard::End::text, std::move(*text), {}};
+        return {Attempt::End::next, status};
+    auto heard = textOf(answer.body);
+    if (!heard)
+        return {Attempt::End::next, "an answer without text"};
+    text = std::move(*heard);
+    return {Attempt::End::done, {}};
 }
 
 std::string wavOf(Samples samples) {

@@ -3,12 +3,9 @@
 
 #include "engines/Engine.h"
 #include "engines/Upstreams.h"
+#include "net/ServerPool.h"
 
 #include <chrono>
-#include <condition_variable>
-#include <memory>
-#include <mutex>
-#include <set>
 #include <vector>
 
 namespace lorvane::backend {
@@ -17,8 +14,7 @@ struct UpstreamTimes {
     std::chrono::milliseconds connect = std::chrono::seconds(5);
     std::chrono::milliseconds answer = std::chrono::seconds(30); // or twice the sound, if that is more
     std::chrono::milliseconds whole = std::chrono::seconds(200);
-    std::chrono::milliseconds queue = std::chrono::seconds(30);             // for a free place at a server
-    std::chrono::milliseconds secondRound = std::chrono::milliseconds(200); // before all are tried once more
+    PoolTimes pool;
 };
 
 // Recognition by servers with OpenAI's transcription endpoint, in order of preference: whoever cannot be
@@ -27,7 +23,6 @@ struct UpstreamTimes {
 class UpstreamEngine : public Engine {
  public:
     UpstreamEngine(std::vector<SpeechUpstream> upstreams, UpstreamTimes times = {});
-    ~UpstreamEngine() override;
 
     std::string_view name() const override { return "upstream"; }
     bool speaks(std::string_view) const override { return true; }
@@ -37,25 +32,12 @@ class UpstreamEngine : public Engine {
                           std::stop_token stop) override;
 
  private:
-    struct Place;
-    struct Heard {
-        enum class End { text, next, refused, stopped };
-        End end = End::next;
-        std::string text;
-        std::string reason; // unless text
-    };
-    Heard hear(Samples part, const RecognitionJob& job, std::string_view before, const std::stop_token& stop);
-    Heard tryAll(Samples part, const RecognitionJob& job, std::string_view before,
-                 const std::stop_token& stop);
-    Heard ask(Place& place, Samples part, const RecognitionJob& job, std::string_view before,
-              const std::stop_token& stop);
-    Place* enter(std::set<const Place*>& tried, const std::stop_token& stop);
-    void leave(Place& place, const Heard& heard);
+    Attempt ask(const SpeechUpstream& upstream, Samples part, const RecognitionJob& job,
+                std::string_view before, std::string& text, const std::stop_token& stop) const;
 
+    const std::vector<SpeechUpstream> upstreams_;
     const UpstreamTimes times_;
-    std::mutex mutex_;
-    std::condition_variable_any changed_;
-    std::vector<std::unique_ptr<Place>> places_;
+    ServerPool pool_;
 };
 
 // A file of the sound, for servers and for tests.

@@ -29,27 +29,4 @@ const SpeechProfile* findSpeechProfile(std::string_view kind) {
     return found == profiles.end() ? nullptr : found;
 }
 
-bool CircuitBreaker::allows(TimePoint now) {
-    if (!closedUntil_)
-        return true;
-    if (now < *closedUntil_)
-        return false;
-    closedUntil_ = now + pause_; // one goes through; the others wait for how it ends
-    return true;
-}
-
-void CircuitBreaker::succeeded() {
-    failures_ = 0;
-    pause_ = firstPause;
-    closedUntil_.reset();
-}
-
-void CircuitBreaker::failed(TimePoint now) {
-    if (++failures_ < failuresToOpen)
-        return;
-    if (failures_ > failuresToOpen)
-        pause_ = std::min(pause_ * 2, longestPause);
-    closedUntil_ = now + pause_;
-}
-
 } // namespace lorvane::backend

@@ -1,11 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <chrono>
-#include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace lorvane::backend {
 
@@ -27,25 +24,6 @@ struct SpeechUpstream {
     std::string url; // without a slash at its end
     std::string model;
     std::string key; // bearer token; empty: none
-};
-
-// Stops calls to a server that fails again and again, for longer and longer, and lets a single one through
-// then. Not for several threads at once.
-class CircuitBreaker {
- public:
-    using TimePoint = std::chrono::steady_clock::time_point;
-    bool allows(TimePoint now);
-    void succeeded();
-    void failed(TimePoint now);
-
-    static constexpr int failuresToOpen = 3;
-    static constexpr std::chrono::seconds firstPause{10};
-    static constexpr std::chrono::seconds longestPause{120};
-
- private:
-    int failures_ = 0;
-    std::chrono::seconds pause_ = firstPause;
-    std::optional<TimePoint> closedUntil_;
 };
 
 } // namespace lorvane::backend

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <curl/curl.h>
+#include <exception>
 #include <memory>
 #include <stdexcept>
 
@@ -25,22 +26,45 @@ struct Handles {
 };
 
 struct Received {
+    const HttpCall* call = nullptr;
+    CURL* curl = nullptr;
     std::string body;
-    std::size_t most = 0;
+    std::size_t bytes = 0;
     Clock::time_point latest; // when something came last
     bool any = false;
     bool tooMuch = false;
+    bool enough = false;
+    std::exception_ptr thrown; // by onBytes; it must not go through libcurl
 };
+
+int statusOf(CURL* curl) {
+    long status = 0;
+    curl_easy_getinfo(curl, CURLINFO_RESPONSE_CODE, &status);
+    return static_cast<int>(status);
+}
+
+// False: the transfer is to end.
+bool take(Received& received, std::string_view bytes) try {
+    received.bytes += bytes.size();
+    received.tooMuch = received.bytes > received.call->mostBytes;
+    if (received.tooMuch)
+        return false;
+    if (received.call->onBytes && statusOf(received.curl) == 200)
+        received.enough = !received.call->onBytes(bytes);
+    else
+        received.body.append(bytes);
+    return !received.enough;
+} catch (...) {
+    received.thrown = std::current_exception();
+    return false;
+}
 
 std::size_t receive(const char* data, std::size_t size, std::size_t count, void* target) {
     auto& received = *static_cast<Received*>(target);
-    received.latest = Clock::now();
     received.any = true;
-    received.tooMuch = received.body.size() + size * count > received.most;
-    if (received.tooMuch)
-        return 0;
-    received.body.append(data, size * count);
-    return size * count;
+    const bool more = take(received, {data, size * count});
+    received.latest = Clock::now(); // not before: whoever takes the bytes may have been slow
+    return more ? size * count : 0;
 }
 
 // An upload counts as life too: the time for the answer begins with its end.
@@ -65,6 +89,12 @@ void addForm(Handles& handles, const HttpCall& call) {
     curl_easy_setopt(handles.easy.get(), CURLOPT_MIMEPOST, handles.form.get());
 }
 
+void addJson(Handles& handles, const std::string& json) {
+    handles.addHeader("Content-Type: application/json");
+    curl_easy_setopt(handles.easy.get(), CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(json.size()));
+    curl_easy_setopt(handles.easy.get(), CURLOPT_POSTFIELDS, json.data());
+}
+
 void setUp(Handles& handles, const HttpCall& call) {
     CURL* curl = handles.easy.get();
     curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L);
@@ -72,19 +102,27 @@ void setUp(Handles& handles, const HttpCall& call) {
     curl_easy_setopt(curl, CURLOPT_PROTOCOLS_STR, "http,https");
     curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(call.connectTime.count()));
     curl_easy_setopt(curl, CURLOPT_TIMEOUT_MS, static_cast<long>(call.wholeTime.count()));
-    handles.addHeader("Accept: application/json");
+    handles.addHeader(call.onBytes ? "Accept: text/event-stream, application/json"
+                                   : "Accept: application/json");
     handles.addHeader("Expect:"); // some servers never answer it
     if (!call.bearer.empty())
         handles.addHeader("Authorization: Bearer " + call.bearer);
+    if (call.json.empty())
+        addForm(handles, call);
+    else
+        addJson(handles, call.json);
     curl_easy_setopt(curl, CURLOPT_HTTPHEADER, handles.headers.get());
-    addForm(handles, call);
 }
 
 HttpAnswer failed(HttpAnswer::End end, std::string reason) { return {end, 0, {}, std::move(reason)}; }
 
 HttpAnswer answerOf(CURL* curl, CURLcode code, Received& received) {
+    if (received.thrown)
+        std::rethrow_exception(received.thrown);
     if (received.tooMuch)
         return failed(HttpAnswer::End::broken, "the answer is too long");
+    if (received.enough)
+        return {HttpAnswer::End::enough, statusOf(curl), {}, {}};
     switch (code) {
     case CURLE_OK:
         break;
@@ -97,9 +135,7 @@ HttpAnswer answerOf(CURL* curl, CURLcode code, Received& received) {
     default:
         return failed(HttpAnswer::End::broken, curl_easy_strerror(code));
     }
-    long status = 0;
-    curl_easy_getinfo(curl, CURLINFO_RESPONSE_CODE, &status);
-    return {HttpAnswer::End::whole, static_cast<int>(status), std::move(received.body), {}};
+    return {HttpAnswer::End::whole, statusOf(curl), std::move(received.body), {}};
 }
 
 // Until the transfer ends, somebody asks to stop, or the other side is silent for too long.
@@ -133,7 +169,8 @@ HttpAnswer callHttp(const HttpCall& call, const std::stop_token& stop) {
         throw std::runtime_error("libcurl cannot start");
     setUp(handles, call);
     Received received;
-    received.most = call.mostBytes;
+    received.call = &call;
+    received.curl = handles.easy.get();
     received.latest = Clock::now();
     std::pair<Received*, curl_off_t> progress{&received, 0};
     CURL* curl = handles.easy.get();
@@ -143,9 +180,11 @@ HttpAnswer callHttp(const HttpCall& call, const std::stop_token& stop) {
     curl_easy_setopt(curl, CURLOPT_XFERINFOFUNCTION, &uploaded);
     curl_easy_setopt(curl, CURLOPT_XFERINFODATA, &progress);
     curl_multi_add_handle(handles.multi.get(), curl);
-    auto answer = transfer(handles, call, received, stop);
-    curl_multi_remove_handle(handles.multi.get(), curl);
-    return answer;
+    struct Removal { // before the handles are freed, whatever is thrown
+        Handles& handles;
+        ~Removal() { curl_multi_remove_handle(handles.multi.get(), handles.easy.get()); }
+    } const removal{handles};
+    return transfer(handles, call, received, stop);
 }
 
 } // namespace lorvane::backend

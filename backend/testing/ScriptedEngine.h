@@ -21,6 +21,8 @@ class ScriptedEngine : public Engine {
         std::function<void(std::size_t index, const std::stop_token& stop)> beforeSegment;
         std::string lastAdaptation;
         std::string lastContext;
+        std::chrono::milliseconds pause{0}; // before each segment
+        bool sentences = false;             // whether it says that it writes sentences
     };
 
     ScriptedEngine(std::vector<std::string> segments, Record& record)
@@ -28,6 +30,7 @@ class ScriptedEngine : public Engine {
 
     std::string_view name() const override { return "scripted"; }
     bool speaks(std::string_view language) const override { return language != "ru"; }
+    bool writesSentences() const override { return record_.sentences; }
     void warmUp() override {}
     Recognition recognise(const RecognitionJob& job, const OnSegment& onSegment,
                           std::stop_token stop) override {
@@ -42,7 +45,7 @@ class ScriptedEngine : public Engine {
                 return {Recognition::End::stopped, {}, {}};
             }
             ++record_.segments;
-            onSegment(segments_[i]);
+            onSegment(segments_[i], record_.pause);
         }
         return {segments_.empty() ? Recognition::End::noSpeech : Recognition::End::complete, "learnt", {}};
     }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Word error rate, processor time and memory of the offline recogniser on the readings of
-// pocketsphinx-testdata, beside the recogniser's own command line tool on the same files.
+// Word error rate, processor time and memory of the offline recogniser, beside the recogniser's own command
+// line tool on the same files: on the readings of pocketsphinx-testdata, or with FOLDER TRANSCRIPTS on the
+// .wav files (16 kHz, one channel) of a folder, said by lines "name: words".
 #include "engines/AudioDecoder.h"
 #include "engines/PocketsphinxEngine.h"
 
@@ -9,6 +10,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <numeric>
 #include <sstream>
 #include <string>
@@ -20,7 +22,6 @@ using namespace lorvane::backend;
 
 namespace {
 
-const std::filesystem::path readings = "/usr/share/pocketsphinx/test/data/librivox";
 const std::filesystem::path models = "/usr/share/pocketsphinx/model/en-us";
 
 double processorSeconds(int who) {
@@ -73,20 +74,45 @@ std::string bytesOf(const std::filesystem::path& file) {
     return bytes.str();
 }
 
-std::vector<Reading> load() {
-    std::vector<Reading> all;
-    std::istringstream in(bytesOf(readings / "transcription"));
+struct Corpus {
+    std::filesystem::path folder;
+    std::vector<Reading> readings;
+
+    void add(const std::string& name, const std::string& said) {
+        auto audio = decodeAudio(bytesOf(folder / (name + ".wav")), 600, {});
+        if (auto* samples = std::get_if<std::vector<std::int16_t>>(&audio))
+            readings.push_back({name, wordsOf(said), std::move(*samples)});
+        else
+            std::fprintf(stderr, "%s.wav cannot be read\n", name.c_str());
+    }
+    double seconds() const {
+        double all = 0;
+        for (const auto& reading : readings)
+            all += static_cast<double>(reading.samples.size()) / sampleRate;
+        return all;
+    }
+};
+
+Corpus testReadings() {
+    Corpus corpus{"/usr/share/pocketsphinx/test/data/librivox", {}};
+    std::istringstream in(bytesOf(corpus.folder / "transcription"));
     for (std::string line; std::getline(in, line);) {
         const auto begin = line.find("<s> ");
         const auto end = line.find(" </s> (");
-        if (begin == std::string::npos || end == std::string::npos)
-            continue;
-        const auto name = line.substr(end + 7, line.rfind(')') - end - 7);
-        auto audio = decodeAudio(bytesOf(readings / (name + ".wav")), 600, {});
-        if (auto* samples = std::get_if<std::vector<std::int16_t>>(&audio))
-            all.push_back({name, wordsOf(line.substr(begin + 4, end - begin - 4)), std::move(*samples)});
+        if (begin != std::string::npos && end != std::string::npos)
+            corpus.add(line.substr(end + 7, line.rfind(')') - end - 7),
+                       line.substr(begin + 4, end - begin - 4));
     }
-    return all;
+    return corpus;
+}
+
+Corpus ownRecordings(const char* folder, const char* transcripts) {
+    Corpus corpus{folder, {}};
+    std::istringstream in(bytesOf(transcripts));
+    for (std::string line; std::getline(in, line);)
+        if (const auto colon = line.find(": "); colon != std::string::npos)
+            corpus.add(line.substr(0, colon), line.substr(colon + 2));
+    return corpus;
 }
 
 struct Score {
@@ -102,16 +128,17 @@ struct Score {
 };
 
 // As a device that dictates one reading after the other.
-Score runEngine(PocketsphinxEngine& engine, const std::vector<Reading>& all) {
+Score runEngine(PocketsphinxEngine& engine, const Corpus& corpus) {
     Score score;
     std::string adaptation;
     const double before = processorSeconds(RUSAGE_SELF);
-    for (const auto& reading : all) {
+    for (const auto& reading : corpus.readings) {
         std::string heard;
         RecognitionJob job;
         job.samples = reading.samples;
         job.adaptation = adaptation;
-        const auto result = engine.recognise(job, [&](const std::string& text) { heard += text + ' '; }, {});
+        const auto result = engine.recognise(
+            job, [&](const std::string& text, std::chrono::milliseconds) { heard += text + ' '; }, {});
         if (!result.adaptation.empty())
             adaptation = result.adaptation;
         score.errors += wordErrors(reading.said, wordsOf(heard));
@@ -122,9 +149,10 @@ Score runEngine(PocketsphinxEngine& engine, const std::vector<Reading>& all) {
 }
 
 // The time of loading the model is taken off by a run over no file at all.
-double toolSeconds(const std::string& list, const std::string& output, const std::string& settings) {
+double toolSeconds(const Corpus& corpus, const std::string& list, const std::string& output,
+                   const std::string& settings) {
     const std::string command = "pocketsphinx_batch -adcin yes -adchdr 44 -cepext .wav -cepdir " +
-                                readings.string() + " -ctl " + list + " -hyp " + output + " -hmm " +
+                                corpus.folder.string() + " -ctl " + list + " -hyp " + output + " -hmm " +
                                 (models / "en-us").string() + " -lm " + (models / "en-us.lm.bin").string() +
                                 " -dict " + (models / "cmudict-en-us.dict").string() + " -logfn /dev/null " +
                                 settings;
@@ -134,7 +162,7 @@ double toolSeconds(const std::string& list, const std::string& output, const std
     return processorSeconds(RUSAGE_CHILDREN) - before;
 }
 
-Score runTool(const std::vector<Reading>& all, const std::string& settings) {
+Score runTool(const Corpus& corpus, const std::string& settings) {
     auto folder = (std::filesystem::temp_directory_path() / "lorvane-bench-XXXXXX").string();
     if (!::mkdtemp(folder.data()))
         throw std::runtime_error("no temporary folder");
@@ -144,16 +172,20 @@ Score runTool(const std::vector<Reading>& all, const std::string& settings) {
     std::ofstream(none) << "";
     {
         std::ofstream out(list);
-        for (const auto& reading : all)
+        for (const auto& reading : corpus.readings)
             out << reading.name << '\n';
     }
     Score score;
-    score.processor = toolSeconds(list, output, settings) - toolSeconds(none, folder + "/nothing", settings);
-    std::istringstream in(bytesOf(output)); // "words (name score)" a line, in the order of the list
-    for (const auto& reading : all) {
-        std::string line;
-        std::getline(in, line);
-        score.errors += wordErrors(reading.said, wordsOf(line.substr(0, line.rfind(" ("))));
+    score.processor = toolSeconds(corpus, list, output, settings) -
+                      toolSeconds(corpus, none, folder + "/nothing", settings);
+    std::map<std::string, std::string>
+        heard; // a line is "words (name score)"; where it heard nothing there may be none
+    std::istringstream in(bytesOf(output));
+    for (std::string line; std::getline(in, line);)
+        if (const auto bracket = line.rfind('('); bracket != std::string::npos)
+            heard[line.substr(bracket + 1, line.rfind(' ') - bracket - 1)] = line.substr(0, bracket);
+    for (const auto& reading : corpus.readings) {
+        score.errors += wordErrors(reading.said, wordsOf(heard[reading.name]));
         score.words += reading.said.size();
     }
     std::filesystem::remove_all(folder);
@@ -162,24 +194,26 @@ Score runTool(const std::vector<Reading>& all, const std::string& settings) {
 
 } // namespace
 
-int main() {
-    const auto all = load();
-    double seconds = 0;
-    for (const auto& reading : all)
-        seconds += static_cast<double>(reading.samples.size()) / sampleRate;
-    std::printf("%zu readings, %.1f s\n", all.size(), seconds);
+int main(int count, char** words) {
+    const auto corpus = count == 3 ? ownRecordings(words[1], words[2]) : testReadings();
+    const double seconds = corpus.seconds();
+    if (corpus.readings.empty()) {
+        std::fprintf(stderr, "no recordings; usage: %s [FOLDER TRANSCRIPTS]\n", words[0]);
+        return 1;
+    }
+    std::printf("%zu recordings, %.1f s\n", corpus.readings.size(), seconds);
     const double memoryBefore = residentMiB();
     PocketsphinxEngine engine(models, 1);
     engine.warmUp();
     const double memoryLoaded = residentMiB();
-    const auto ours = runEngine(engine, all);
+    const auto ours = runEngine(engine, corpus);
     ours.print("lorvane-backend", seconds);
-    std::printf("%-28s %.0f MiB loaded, %.0f MiB after the readings\n", "  memory of one decoder",
+    std::printf("%-28s %.0f MiB loaded, %.0f MiB afterwards\n", "  memory of one decoder",
                 memoryLoaded - memoryBefore, residentMiB() - memoryBefore);
-    const auto tool = runTool(all, "");
+    const auto tool = runTool(corpus, "");
     tool.print("pocketsphinx_batch", seconds);
     std::printf("%-28s %.2f\n", "  ratio of processor time", ours.processor / tool.processor);
-    const auto same = runTool(all, "-lw 5 -wip 0.2");
+    const auto same = runTool(corpus, "-lw 5 -wip 0.2");
     same.print("the same with our settings", seconds);
     std::printf("%-28s %.2f\n", "  ratio of processor time", ours.processor / same.processor);
     return 0;

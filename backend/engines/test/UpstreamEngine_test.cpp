@@ -42,14 +42,14 @@ struct Outcome {
     std::vector<std::string> segments;
 };
 
-UpstreamTimes quick() { return {500ms, 1s, 5s, 2s, 1ms}; }
+UpstreamTimes quick() { return {500ms, 1s, 5s, {2s, 1ms}}; }
 
 Outcome recognise(Engine& engine, const std::vector<std::int16_t>& samples, RecognitionJob job = {},
                   const std::stop_token& stop = {}) {
     Outcome outcome;
     job.samples = samples;
     outcome.recognition = engine.recognise(
-        job, [&](std::string text) { outcome.segments.push_back(std::move(text)); }, stop);
+        job, [&](std::string text, auto) { outcome.segments.push_back(std::move(text)); }, stop);
     return outcome;
 }
 

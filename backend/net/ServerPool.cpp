@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "net/ServerPool.h"
+
+#include "util/Log.h"
+
+#include <algorithm>
+#include <random>
+
+namespace lorvane::backend {
+
+bool CircuitBreaker::allows(TimePoint now) {
+    if (!closedUntil_)
+        return true;
+    if (now < *closedUntil_)
+        return false;
+    closedUntil_ = now + pause_; // one goes through; the others wait for how it ends
+    return true;
+}
+
+void CircuitBreaker::succeeded() {
+    failures_ = 0;
+    pause_ = firstPause;
+    closedUntil_.reset();
+}
+
+void CircuitBreaker::failed(TimePoint now) {
+    if (++failures_ < failuresToOpen)
+        return;
+    if (failures_ > failuresToOpen)
+        pause_ = std::min(pause_ * 2, longestPause);
+    closedUntil_ = now + pause_;
+}
+
+// A server, with the requests that are there now.
+struct ServerPool::Place {
+    std::size_t index = 0;
+    PooledServer server;
+    CircuitBreaker breaker;
+    std::size_t busy = 0;
+};
+
+ServerPool::ServerPool(std::string kind, std::vector<PooledServer> servers, PoolTimes times)
+    : kind_(std::move(kind)), times_(times) {
+    for (auto& server : servers)
+        places_.push_back(std::make_unique<Place>(Place{places_.size(), std::move(server), {}, 0}));
+}
+
+ServerPool::~ServerPool() = default;
+
+// Everybody may be restarting at once; a second look a moment later is cheap.
+Attempt ServerPool::run(const Ask& ask, const std::stop_token& stop) {
+    auto attempt = tryAll(ask, stop);
+    if (attempt.end != Attempt::End::next)
+        return attempt;
+    thread_local std::minstd_rand random{std::random_device{}()};
+    const auto pause = times_.secondRound + times_.secondRound * (random() % 100) / 100;
+    {
+        std::unique_lock lock(mutex_);
+        changed_.wait_for(lock, stop, pause, [] { return false; });
+    }
+    return stop.stop_requested() ? Attempt{Attempt::End::stopped, {}} : tryAll(ask, stop);
+}
+
+Attempt ServerPool::tryAll(const Ask& ask, const std::stop_token& stop) {
+    Attempt last{Attempt::End::next, "no " + kind_ + " server is to be tried now"};
+    std::set<const Place*> tried;
+    while (Place* place = enter(tried, stop)) {
+        // Whatever happens while asking, the place is free again afterwards.
+        struct Leaving {
+            ServerPool& pool;
+            Place& place;
+            Attempt& attempt;
+            ~Leaving() { pool.leave(place, attempt); }
+        };
+        last = {Attempt::End::next, "it could not be asked"};
+        {
+            const Leaving leaving{*this, *place, last};
+            last = ask(place->index);
+        }
+        if (last.end == Attempt::End::next)
+            logLine(kind_ + " server " + place->server.url + ": " + last.reason);
+        if (last.end != Attempt::End::next)
+            break;
+    }
+    return stop.stop_requested() ? Attempt{Attempt::End::stopped, {}} : last;
+}
+
+// The first server, in order, that was not tried and has room; when all of those are full, the first that
+// gets room within the time.
+ServerPool::Place* ServerPool::enter(std::set<const Place*>& tried, const std::stop_token& stop) {
+    const auto open = [&](const auto& place) { return !tried.contains(place.get()); };
+    const auto hasRoom = [&](const auto& place) { return open(place) && place->busy < place->server.atOnce; };
+    const auto latest = std::chrono::steady_clock::now() + times_.queue;
+    std::unique_lock lock(mutex_);
+    while (std::any_of(places_.begin(), places_.end(), open)) {
+        const bool room = changed_.wait_until(
+            lock, stop, latest, [&] { return std::any_of(places_.begin(), places_.end(), hasRoom); });
+        if (!room || stop.stop_requested())
+            break;
+        const auto& place = *std::find_if(places_.begin(), places_.end(), hasRoom);
+        tried.insert(place.get());
+        if (!place->breaker.allows(std::chrono::steady_clock::now()))
+            continue;
+        ++place->busy;
+        return place.get();
+    }
+    return nullptr;
+}
+
+void ServerPool::leave(Place& place, const Attempt& attempt) {
+    {
+        const std::lock_guard lock(mutex_);
+        --place.busy;
+        const bool fault =
+            attempt.end == Attempt::End::next || (attempt.end == Attempt::End::over && attempt.fault);
+        if (fault)
+            place.breaker.failed(std::chrono::steady_clock::now());
+        else if (attempt.end != Attempt::End::stopped)
+            place.breaker.succeeded();
+    }
+    changed_.notify_all();
+}
+
+} // namespace lorvane::backend
