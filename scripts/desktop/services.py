@@ -110,16 +110,21 @@ class Desktop:
                    lambda: self.answer("pactl", "get-default-source").strip() == "virtual_mic")
 
     def start_bus(self):
-        mine, theirs = os.pipe()
         address = self.environment["DBUS_SESSION_BUS_ADDRESS"]
-        self.start("dbus-daemon", ["dbus-daemon", "--session", "--nofork", "--nopidfile", f"--address={address}",
-                                    f"--print-address={theirs}"], pass_fds=[theirs])
+        self.environment["DBUS_SESSION_BUS_ADDRESS"] = self.start_bus_daemon(
+            "dbus-daemon", "--session", f"--address={address}")
+
+    def start_bus_daemon(self, name, *options):
+        """Starts a bus and returns its address when it can be reached."""
+        mine, theirs = os.pipe()
+        self.start(name, ["dbus-daemon", "--nofork", "--nopidfile", f"--print-address={theirs}", *options],
+                   pass_fds=[theirs])
         os.close(theirs)
-        self.environment["DBUS_SESSION_BUS_ADDRESS"] = self.read_line("dbus-daemon", mine)
+        return self.read_line(name, mine)
 
     def call(self, bus, destination, path, method, *arguments):
         return self.answer("dbus-send", bus, "--print-reply=literal", "--reply-timeout=20000",
-                            f"--dest={destination}", path, method, *arguments)
+                           f"--dest={destination}", path, method, *arguments)
 
     def hand_to_services(self, names):
         """What the bus starts from now on gets these of our variables."""

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Hands at KWin: its fake input, which a desktop entry opens for the binary that runs this, its scripts and its pictures."""
+"""Hands at KWin: its fake input and pictures, which a desktop entry opens for the binary that runs this, and scripts."""
 import json
 import os
 import subprocess
@@ -16,7 +16,8 @@ _EVDEV = 8  # X counts keys from here
 _BOUND = 10  # seconds
 _PATH = "/com/ostrand/tirra/hands"
 _INTERFACE = "com.ostrand.tirra.Hands"
-_EAR = f'<node><interface name="{_INTERFACE}"><method name="Tell"><arg type="s" direction="in"/></method></interface></node>'
+_EAR = f"""
+    <node><interface name="{_INTERFACE}"><method name="Tell"><arg type="s" direction="in"/></method></interface></node>"""
 _LIST = """workspace.clientList().filter(w => w.normalWindow || w.dialog).map(w => ({
     id: String(w.internalId), pid: w.pid, title: w.caption, "class": String(w.resourceClass), active: w.active,
     fullscreen: w.fullScreen}))"""
