@@ -68,7 +68,8 @@ TYPED_TEST_P(KeyEventsContract, BitStaysWhileTheLeftTwinIsDown) {
         this->tap(key);
         this->keyboard.releaseLeftTwin(key);
         this->keyboard.settle();
-        ASSERT_EQ(this->global.size(), 4U) << codeOf(key);
+        // A source may tell the key itself once more when its bit goes at last.
+        ASSERT_GE(this->global.size(), 4U) << codeOf(key);
         EXPECT_NE(this->global[0].keyCode, codeOf(key));
         EXPECT_EQ(this->global[3].keyCode, this->global[0].keyCode);
         EXPECT_EQ(this->global[2].keyCode, codeOf(key));
