@@ -2,8 +2,8 @@
 #include "app/SpeechOption.h"
 
 #include "app/ConfigLayers.h"
+#include "util/Secrets.h"
 
-#include <fstream>
 #include <sstream>
 
 namespace lorvane::backend {
@@ -44,13 +44,10 @@ SpeechUpstream readUpstream(const std::string& entry) {
 } // namespace
 
 std::string firstLineOf(const std::string& file, const char* key) {
-    std::ifstream in(file);
-    std::string line;
-    if (!in || !std::getline(in, line))
+    auto line = firstLineOf(std::filesystem::path(file));
+    if (!line)
         throw ConfigError(std::string(key) + ": " + file + " cannot be read");
-    while (line.ends_with('\r') || line.ends_with(' '))
-        line.pop_back();
-    return line;
+    return *std::move(line);
 }
 
 std::vector<SpeechUpstream> readSpeech(const std::string& text) {

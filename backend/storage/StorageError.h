@@ -10,4 +10,10 @@ class StorageError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// The store itself cannot be reached; later it may be.
+class StorageAway : public StorageError {
+ public:
+    using StorageError::StorageError;
+};
+
 } // namespace lorvane::backend

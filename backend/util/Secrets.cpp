@@ -2,6 +2,7 @@
 #include "util/Secrets.h"
 
 #include <cerrno>
+#include <fstream>
 #include <openssl/evp.h>
 #include <stdexcept>
 #include <sys/random.h>
@@ -49,6 +50,16 @@ std::string newReadableCode() {
             if (byte < fair && code.size() < length)
                 code += signs[byte % signs.size()];
     return code;
+}
+
+std::optional<std::string> firstLineOf(const std::filesystem::path& file) {
+    std::ifstream in(file);
+    std::string line;
+    if (!in || !std::getline(in, line))
+        return std::nullopt;
+    while (line.ends_with('\r') || line.ends_with(' '))
+        line.pop_back();
+    return line;
 }
 
 } // namespace lorvane::backend

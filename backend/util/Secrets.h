@@ -3,6 +3,8 @@
 
 #include <array>
 #include <cstdint>
+#include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -23,5 +25,9 @@ std::string newToken();
 // Eight signs for people to read out and type in: none that looks like another, no vowel that would make
 // words. About 110,000 million of them. Throws as newToken().
 std::string newReadableCode();
+
+// Of a file with a password or a key: its first line without blanks at the end. Nothing when it cannot be
+// read.
+std::optional<std::string> firstLineOf(const std::filesystem::path& file);
 
 } // namespace lorvane::backend

@@ -1,20 +1,50 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "storage/SqliteStorage.h"
 #include "storage/StorageError.h"
+#include "storage/test/StorageContract.h"
+#include "testing/MemoryStorage.h"
 #include "testing/TemporaryFolder.h"
 
-#include <atomic>
 #include <gtest/gtest.h>
 #include <sqlite3.h>
-#include <thread>
 
 using namespace lorvane::backend;
-using lorvane::backend::testing::TemporaryFolder;
+using namespace lorvane::backend::testing;
 
 namespace {
 constexpr const char* deviceA = "6F9619FF-8B86-D011-B42D-00C04FC964FF";
-constexpr const char* deviceB = "00000000-0000-4000-8000-000000000001";
+
+constexpr std::chrono::system_clock::time_point noon{std::chrono::hours(24) * 20'000 +
+                                                     std::chrono::hours(12)};
+
+class SqliteWorld : public StorageWorld {
+ public:
+    Storage& storage() override { return storage_; }
+    void advance(std::chrono::milliseconds time) override { now_ += time; }
+
+ private:
+    TemporaryFolder folder_;
+    std::chrono::system_clock::time_point now_ = noon;
+    SqliteStorage storage_{folder_ / "backend.sqlite", [this] { return now_; }};
+};
+
+class MemoryWorld : public StorageWorld {
+ public:
+    Storage& storage() override { return storage_; }
+    void advance(std::chrono::milliseconds time) override { now_ += time; }
+
+ private:
+    std::chrono::system_clock::time_point now_ = noon;
+    MemoryStorage storage_{[this] { return now_; }};
+};
+
 } // namespace
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, StorageContract,
+    ::testing::Values(StorageKind{"Sqlite", [] { return std::make_unique<SqliteWorld>(); }},
+                      StorageKind{"Memory", [] { return std::make_unique<MemoryWorld>(); }}),
+    nameOfKind);
 
 class SqliteStorageTest : public ::testing::Test {
  protected:
@@ -22,43 +52,6 @@ class SqliteStorageTest : public ::testing::Test {
     std::filesystem::path file_ = folder_ / "backend.sqlite";
     SqliteStorage storage_{file_};
 };
-
-TEST_F(SqliteStorageTest, ATokenLeadsToItsDevice) {
-    const auto id = storage_.registerDevice(deviceA, sha256("one"));
-    EXPECT_EQ(storage_.deviceOfToken(sha256("one")), id);
-    EXPECT_FALSE(storage_.deviceOfToken(sha256("other")));
-}
-
-TEST_F(SqliteStorageTest, ASecondRegistrationIsTheSameDeviceAndTheFirstTokenStaysGood) {
-    const auto first = storage_.registerDevice(deviceA, sha256("one"));
-    EXPECT_EQ(storage_.registerDevice(deviceA, sha256("two")), first);
-    EXPECT_NE(storage_.registerDevice(deviceB, sha256("three")), first);
-    EXPECT_EQ(storage_.deviceOfToken(sha256("one")), first);
-    EXPECT_EQ(storage_.deviceOfToken(sha256("two")), first);
-}
-
-TEST_F(SqliteStorageTest, OnlyTheNewestTokensOfADeviceStayGood) {
-    const auto other = storage_.registerDevice(deviceB, sha256("b"));
-    for (int i = 0; i < Storage::tokensPerDevice + 2; ++i)
-        storage_.registerDevice(deviceA, sha256(std::to_string(i)));
-    EXPECT_FALSE(storage_.deviceOfToken(sha256("0")));
-    EXPECT_FALSE(storage_.deviceOfToken(sha256("1")));
-    for (int i = 2; i < Storage::tokensPerDevice + 2; ++i)
-        EXPECT_TRUE(storage_.deviceOfToken(sha256(std::to_string(i)))) << i;
-    EXPECT_EQ(storage_.deviceOfToken(sha256("b")), other);
-}
-
-TEST_F(SqliteStorageTest, AdaptationIsKeptByDeviceAndEngine) {
-    const auto a = storage_.registerDevice(deviceA, sha256("a"));
-    const auto b = storage_.registerDevice(deviceB, sha256("b"));
-    EXPECT_FALSE(storage_.adaptation(a, "engine"));
-    const std::string bytes("\0\1\2\xff", 4);
-    storage_.keepAdaptation(a, "engine", "old");
-    storage_.keepAdaptation(a, "engine", bytes);
-    EXPECT_EQ(storage_.adaptation(a, "engine"), bytes);
-    EXPECT_FALSE(storage_.adaptation(b, "engine"));
-    EXPECT_FALSE(storage_.adaptation(a, "another"));
-}
 
 TEST_F(SqliteStorageTest, EverythingIsThereAfterAReopening) {
     const auto id = storage_.registerDevice(deviceA, sha256("one"));
@@ -83,23 +76,6 @@ TEST_F(SqliteStorageTest, TheFileIsForItsOwnerAlone) {
     const auto permissions = std::filesystem::status(file_).permissions();
     EXPECT_EQ(permissions & std::filesystem::perms::all,
               std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
-}
-
-TEST_F(SqliteStorageTest, ThreadsMayRegisterAndAskAtOnce) {
-    std::vector<std::thread> threads;
-    threads.reserve(4);
-    std::atomic<int> found = 0;
-    for (int t = 0; t < 4; ++t)
-        threads.emplace_back([&, t] {
-            for (int i = 0; i < 50; ++i) {
-                const auto digest = sha256(std::to_string(t) + '/' + std::to_string(i));
-                const auto id = storage_.registerDevice("device " + std::to_string(t * 50 + i), digest);
-                found += storage_.deviceOfToken(digest) == id ? 1 : 0;
-            }
-        });
-    for (auto& thread : threads)
-        thread.join();
-    EXPECT_EQ(found, 200);
 }
 
 TEST(SqliteStorage, ADatabaseOfTheFirstVersionIsTakenAlongAndANewerOneRefused) {

@@ -1,0 +1,139 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What is kept of people: who they are, their codes, limits and words.
+#include "storage/PostgresStorage.h"
+
+namespace lorvane::backend {
+
+namespace {
+
+constexpr std::int64_t joinLock = 0x6c6f7276616e6502;
+constexpr std::int64_t takeKept = std::chrono::milliseconds(std::chrono::hours(1)).count();
+constexpr const char* noSuchDevice = "no such device";
+
+// A table of one row with the time; every statement looks at the clock once.
+const std::string clock =
+    "WITH clock AS (SELECT (extract(epoch FROM clock_timestamp()) * 1000)::bigint AS now)";
+
+std::int64_t personOn(PostgresLink& link, DeviceId device) {
+    const auto rows =
+        link.run("SELECT coalesce(person, id) FROM device WHERE id = $1", PostgresValues().number(device));
+    if (rows.empty())
+        throw StorageError(noSuchDevice);
+    return rows.number(0, 0);
+}
+
+} // namespace
+
+std::int64_t PostgresStorage::today() {
+    return run(clock + " SELECT now / 86400000 FROM clock").number(0, 0);
+}
+
+std::int64_t PostgresStorage::personOf(DeviceId device) { return personOn(*link(), device); }
+
+Joined PostgresStorage::joinDevices(DeviceId device, const Digest& alias) {
+    auto connection = link();
+    PostgresTransaction transaction(*connection);
+    // Two joins at once could each miss whom the other has joined. They are rare.
+    connection->run("SELECT pg_advisory_xact_lock($1)", PostgresValues().number(joinLock));
+    const auto rows =
+        connection->run("SELECT device FROM token WHERE hash = $1", PostgresValues().bytes(asBytes(alias)));
+    if (rows.empty())
+        return Joined::unknownAlias;
+    const auto other = personOn(*connection, rows.number(0, 0));
+    const auto own = personOn(*connection, device);
+    if (own == other)
+        return Joined::already;
+    connection->run("UPDATE device SET person = $1 WHERE coalesce(person, id) = $2",
+                    PostgresValues().number(std::min(own, other)).number(std::max(own, other)));
+    transaction.commit();
+    return Joined::yes;
+}
+
+std::optional<std::string> PostgresStorage::referralCode(DeviceId device, std::string_view fresh) {
+    auto connection = link();
+    const auto known =
+        connection->run("SELECT code FROM referral JOIN device ON device.id = referral.device "
+                        "WHERE coalesce(device.person, device.id) = $1 ORDER BY referral.id LIMIT 1",
+                        PostgresValues().number(personOn(*connection, device)));
+    if (!known.empty())
+        return known.bytes(0, 0);
+    const auto added = connection->run(
+        "INSERT INTO referral(code, device) VALUES ($1, $2) ON CONFLICT DO NOTHING RETURNING code",
+        PostgresValues().text(fresh).number(device));
+    return added.empty() ? std::nullopt : std::optional(added.bytes(0, 0));
+}
+
+void PostgresStorage::keepOnboarded(DeviceId device, std::string_view source) {
+    run("INSERT INTO onboarded(device, source) VALUES ($1, $2) "
+        "ON CONFLICT(device) DO UPDATE SET source = excluded.source WHERE onboarded.source = ''",
+        PostgresValues().number(device).text(source));
+}
+
+std::optional<std::string> PostgresStorage::onboardedSource(DeviceId device) {
+    const auto rows = run("SELECT source FROM onboarded WHERE device = $1", PostgresValues().number(device));
+    return rows.empty() ? std::nullopt : std::optional(rows.bytes(0, 0));
+}
+
+// The row holds when the allowance will be full again; a row in the past is the same as none. One statement,
+// so that backends that ask at once are counted one after the other.
+std::chrono::milliseconds PostgresStorage::admit(std::string_view bucket, std::int64_t key,
+                                                 const Rate& rate) {
+    if (rate.burst <= 0)
+        return std::chrono::milliseconds(0);
+    const auto interval = rate.interval.count();
+    auto connection = link();
+    const auto taken = connection->run(
+        clock + " INSERT INTO allowance AS a (bucket, key, full_at)"
+                " SELECT $1, $2::bigint, now + $3::bigint FROM clock"
+                " ON CONFLICT(bucket, key) DO UPDATE"
+                " SET full_at = greatest(a.full_at, (SELECT now FROM clock)) + $3::bigint"
+                " WHERE greatest(a.full_at, (SELECT now FROM clock)) + $3::bigint"
+                "       <= (SELECT now FROM clock) + $4::bigint RETURNING full_at",
+        PostgresValues().text(bucket).number(key).number(interval).number(interval * rate.burst));
+    if (!taken.empty())
+        return std::chrono::milliseconds(0);
+    const auto late = connection->run(
+        clock + " SELECT full_at + $3::bigint - now FROM allowance, clock WHERE bucket = $1 AND key = $2",
+        PostgresValues().text(bucket).number(key).number(interval - interval * rate.burst));
+    return std::chrono::milliseconds(late.empty() ? 1 : std::max<std::int64_t>(1, late.number(0, 0)));
+}
+
+// What is older than the hour goes a little at a time, and never what another backend is removing.
+bool PostgresStorage::firstOfTake(DeviceId device, const Digest& take, std::string_view purpose) {
+    const auto rows = run(
+        clock +
+            ", old AS (SELECT seen_take.ctid AS place FROM seen_take, clock WHERE at < now - $4::bigint"
+            "   AND (device, take, purpose) <> ($1, $2, $3) LIMIT 100 FOR UPDATE OF seen_take SKIP LOCKED),"
+            " gone AS (DELETE FROM seen_take WHERE ctid IN (SELECT place FROM old))"
+            " INSERT INTO seen_take AS s (device, take, purpose, at)"
+            " SELECT $1, $2, $3, now FROM clock ON CONFLICT (device, take, purpose) DO UPDATE"
+            " SET at = excluded.at WHERE s.at < excluded.at - $4::bigint RETURNING at",
+        PostgresValues().number(device).bytes(asBytes(take)).text(purpose).number(takeKept));
+    return !rows.empty();
+}
+
+void PostgresStorage::forgetTake(DeviceId device, const Digest& take, std::string_view purpose) {
+    run("DELETE FROM seen_take WHERE device = $1 AND take = $2 AND purpose = $3",
+        PostgresValues().number(device).bytes(asBytes(take)).text(purpose));
+}
+
+void PostgresStorage::addPhoneWords(DeviceId device, std::int64_t words) {
+    run(clock + " INSERT INTO phone_words AS p (device, day, words)"
+                " SELECT $1::bigint, now / 86400000, $2::bigint FROM clock"
+                " ON CONFLICT(device, day) DO UPDATE SET words = p.words + excluded.words",
+        PostgresValues().number(device).number(words));
+}
+
+std::vector<DayWords> PostgresStorage::phoneWords(DeviceId device) {
+    auto connection = link();
+    const auto rows = connection->run(
+        "SELECT day, sum(words)::bigint FROM phone_words JOIN device ON device.id = phone_words.device "
+        "WHERE coalesce(device.person, device.id) = $1 GROUP BY day ORDER BY day DESC",
+        PostgresValues().number(personOn(*connection, device)));
+    std::vector<DayWords> days;
+    for (int row = 0; row < rows.count(); ++row)
+        days.push_back({rows.number(row, 0), rows.number(row, 1)});
+    return days;
+}
+
+} // namespace lorvane::backend
