@@ -255,6 +255,7 @@ void AtspiBus::nameOwnerChanged(const QDBusMessage& message) {
     const bool gone = message.arguments().value(2).toString().isEmpty();
     if (gone) {
         processes_.remove(name);
+        gone_.emit(name);
     }
     if (!gone && name == atspi::registryBus && connected_) {
         // A registry that was started anew knows of no listener.

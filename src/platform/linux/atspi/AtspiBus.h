@@ -45,6 +45,10 @@ class AtspiBus : public QObject {
     [[nodiscard]] Handle subscribeFocus(std::function<void(const FocusEvent&)> observer) {
         return focusEvents_.subscribe(std::move(observer));
     }
+    /// Told the bus name of each application that has left.
+    [[nodiscard]] Handle subscribeGone(std::function<void(const QString&)> observer) {
+        return gone_.subscribe(std::move(observer));
+    }
     /// The text events of one application (they cost it work, so no others are asked for). One at a time: end
     /// the previous watch first, and each before the bus.
     [[nodiscard]] Handle watchText(const QString& bus, std::function<void(const TextChange&)> observer);
@@ -90,6 +94,7 @@ class AtspiBus : public QObject {
     Signal<> connectionChanged_;
     Signal<FocusEvent> focusEvents_;
     Signal<TextChange> textEvents_;
+    Signal<QString> gone_;
 };
 
 } // namespace lorvane
