@@ -43,11 +43,11 @@ const MODIFIERS = new Map([
 ]);
 
 class Watch {
-    constructor(sender, keys, kept, tell) {
+    // `down`: keys that are known to be held already.
+    constructor(sender, keys, kept, down) {
         this.sender = sender;
+        this.down = down;
         this._keys = new Set(keys);
-        this._tell = tell;
-        this._down = new Set();
         this._monitor = global.backend.get_core_idle_monitor();
         this._grabs = kept.map(key => this._keep(key)).filter(grab => grab !== Meta.KeyBindingAction.NONE);
         this._awaitInput();
@@ -64,7 +64,7 @@ class Watch {
     isDown(key) {
         const bits = MODIFIERS.get(key);
         const isHeld = bits === undefined || (global.get_pointer()[2] & bits) !== 0;
-        return isHeld && this._down.has(key);
+        return isHeld && this.down.has(key);
     }
 
     // With no other modifier; it still comes past here first.
@@ -97,14 +97,14 @@ class Watch {
     _move(key, isDown, event) {
         if (!this._keys.has(key) && !MODIFIERS.has(key)) {
             if (isDown)
-                this._tell(this.sender, OTHER_KEY, true, event.get_time(), isVirtual(event));
+                tellKey(this.sender, OTHER_KEY, true, event.get_time(), isVirtual(event));
             return;
         }
         if (isDown)
-            this._down.add(key);
+            this.down.add(key);
         else
-            this._down.delete(key);
-        this._tell(this.sender, key, isDown, event.get_time(), isVirtual(event));
+            this.down.delete(key);
+        tellKey(this.sender, key, isDown, event.get_time(), isVirtual(event));
     }
 }
 
@@ -159,8 +159,10 @@ class ShellKeys {
     }
 
     _begin(sender, keys, kept) {
+        // A key that is held while its user asks for another one too goes on being held.
+        const down = this._watch?.sender === sender ? this._watch.down : new Set();
         this._endWatch();
-        this._watch = new Watch(sender, keys, kept, tellKey);
+        this._watch = new Watch(sender, keys, kept, down);
         this._gone = Gio.bus_watch_name_on_connection(Gio.DBus.session, sender, Gio.BusNameWatcherFlags.NONE, null,
             () => this._endWatch());
     }

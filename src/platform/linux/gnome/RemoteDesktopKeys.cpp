@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/linux/gnome/RemoteDesktopKeys.h"
+
+#include <QDBusObjectPath>
+#include <QDBusPendingCallWatcher>
+
+#include <utility>
+
+namespace lorvane {
+
+namespace {
+
+const QString serviceName = QStringLiteral("org.gnome.Mutter.RemoteDesktop");
+const QString managerPath = QStringLiteral("/org/gnome/Mutter/RemoteDesktop");
+const QString sessionInterface = QStringLiteral("org.gnome.Mutter.RemoteDesktop.Session");
+constexpr int answerBound = 500; // milliseconds
+constexpr Duration keyTime = std::chrono::milliseconds(15);
+/// How long a key that was posted may take to come past the watch of keys.
+constexpr Duration echo = std::chrono::milliseconds(200);
+
+/// Ends the session, which lets go of all its keys, unless the chord came to its end.
+class ChordGuard {
+ public:
+    ChordGuard(RemoteDesktopKeys& keys, int& posting) : keys_(keys), posting_(posting) { ++posting_; }
+    ChordGuard(const ChordGuard&) = delete;
+    ChordGuard& operator=(const ChordGuard&) = delete;
+    ~ChordGuard() {
+        --posting_;
+        if (!isComplete) {
+            keys_.close();
+        }
+    }
+    bool isComplete = false;
+
+ private:
+    RemoteDesktopKeys& keys_;
+    int& posting_;
+};
+
+bool isAnswer(const QDBusMessage& message) { return message.type() == QDBusMessage::ReplyMessage; }
+
+} // namespace
+
+RemoteDesktopKeys::RemoteDesktopKeys(QDBusConnection session, Clock& clock, DiagnosticLog& log)
+    : bus_(std::move(session)), clock_(clock), log_(log), lastPosted_(clock.now() - echo),
+      service_(bus_, serviceName, [this] {
+          isRefused_ = false;
+          session_.clear();
+      }) {}
+
+RemoteDesktopKeys::~RemoteDesktopKeys() { close(); }
+
+bool RemoteDesktopKeys::isPosting() const { return posting_ > 0 || clock_.now() - lastPosted_ < echo; }
+
+QCoro::Task<bool> RemoteDesktopKeys::chord(std::vector<int> inputCodes, TaskScope scope) {
+    ChordGuard guard(*this, posting_);
+    bool isDone = co_await open(scope);
+    std::size_t pressed = 0;
+    while (isDone && pressed < inputCodes.size()) {
+        isDone = co_await move(inputCodes[pressed], true, scope);
+        ++pressed;
+        co_await sleep(clock_, keyTime, scope);
+    }
+    for (; isDone && pressed > 0; --pressed) {
+        isDone = co_await move(inputCodes[pressed - 1], false, scope);
+    }
+    guard.isComplete = isDone;
+    lastPosted_ = clock_.now();
+    co_return isDone;
+}
+
+QCoro::Task<bool> RemoteDesktopKeys::open(TaskScope scope) {
+    if (!session_.isEmpty() || !isOffered()) {
+        co_return !session_.isEmpty();
+    }
+    const auto creating = call(managerPath, serviceName, QStringLiteral("CreateSession"));
+    const QDBusMessage created = co_await creating.wait(scope);
+    const QString path = created.arguments().value(0).value<QDBusObjectPath>().path();
+    if (!isAnswer(created) || path.isEmpty()) {
+        isRefused_ = true;
+        log_.diagLog(
+            QStringLiteral("[tirra-keys] no session of the remote desktop: %1").arg(created.errorMessage()));
+        co_return false;
+    }
+    session_ = path;
+    bus_.connect(serviceName, path, sessionInterface, QStringLiteral("Closed"), this, SLOT(closedByShell()));
+    const auto starting = call(path, sessionInterface, QStringLiteral("Start"));
+    const QDBusMessage started = co_await starting.wait(scope);
+    if (!isAnswer(started)) {
+        isRefused_ = true;
+        log_.diagLog(QStringLiteral("[tirra-keys] the session of the remote desktop did not start: %1")
+                         .arg(started.errorMessage()));
+        close();
+    }
+    co_return session_ == path;
+}
+
+QCoro::Task<bool> RemoteDesktopKeys::move(int inputCode, bool down, TaskScope scope) {
+    if (session_.isEmpty()) {
+        co_return false;
+    }
+    const QVariantList arguments{static_cast<uint>(inputCode), down};
+    const auto moving = call(session_, sessionInterface, QStringLiteral("NotifyKeyboardKeycode"), arguments);
+    const QDBusMessage moved = co_await moving.wait(scope);
+    co_return isAnswer(moved);
+}
+
+void RemoteDesktopKeys::close() {
+    if (const QString path = std::exchange(session_, QString()); !path.isEmpty()) {
+        bus_.disconnect(serviceName, path, sessionInterface, QStringLiteral("Closed"), this,
+                        SLOT(closedByShell()));
+        const auto stopping = call(path, sessionInterface, QStringLiteral("Stop"));
+        Q_UNUSED(stopping)
+    }
+}
+
+void RemoteDesktopKeys::closedByShell() { session_.clear(); }
+
+Completion<QDBusMessage> RemoteDesktopKeys::call(const QString& path, const QString& interface,
+                                                 const QString& method, const QVariantList& arguments) {
+    auto message = QDBusMessage::createMethodCall(serviceName, path, interface, method);
+    message.setArguments(arguments);
+    message.setAutoStartService(false);
+    Completion<QDBusMessage> answer;
+    auto* const watcher = new QDBusPendingCallWatcher(bus_.asyncCall(message, answerBound), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [watcher, answer] {
+        watcher->deleteLater();
+        answer.complete(watcher->reply());
+    });
+    return answer;
+}
+
+} // namespace lorvane
