@@ -11,6 +11,8 @@ namespace lorvane::backend {
 
 namespace {
 
+constexpr UChar32 firstIdeograph = 0x2E80;
+
 using Breaks = std::unique_ptr<icu::BreakIterator>;
 
 Breaks breaks(icu::BreakIterator* (*make)(const icu::Locale&, UErrorCode&)) {
@@ -57,6 +59,22 @@ std::vector<Sentence> sentencesOf(std::string_view text) {
             sentences.push_back({utf8(sentence), std::move(words)});
     }
     return sentences;
+}
+
+std::vector<std::string> wordsIn(std::string_view text) {
+    const auto wordBreaks = breaks(&icu::BreakIterator::createWordInstance);
+    const auto all = icu::UnicodeString::fromUTF8({text.data(), static_cast<std::int32_t>(text.size())});
+    std::vector<std::string> words;
+    for (auto& word : wordsOf(*wordBreaks, all)) {
+        const auto letters = icu::UnicodeString::fromUTF8(word);
+        if (letters.isEmpty() || letters.char32At(0) < firstIdeograph) {
+            words.push_back(std::move(word));
+            continue;
+        }
+        for (std::int32_t at = 0; at < letters.length(); at = letters.moveIndex32(at, 1))
+            words.push_back(utf8(icu::UnicodeString(letters.char32At(at))));
+    }
+    return words;
 }
 
 std::size_t wordCount(std::string_view text) {

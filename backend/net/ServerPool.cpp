@@ -49,8 +49,9 @@ ServerPool::~ServerPool() = default;
 
 // Everybody may be restarting at once; a second look a moment later is cheap.
 Attempt ServerPool::run(const Ask& ask, const std::stop_token& stop) {
+    const auto began = std::chrono::steady_clock::now();
     auto attempt = tryAll(ask, stop);
-    if (attempt.end != Attempt::End::next)
+    if (attempt.end != Attempt::End::next || std::chrono::steady_clock::now() - began >= times_.patience)
         return attempt;
     thread_local std::minstd_rand random{std::random_device{}()};
     const auto pause = times_.secondRound + times_.secondRound * (random() % 100) / 100;

@@ -41,6 +41,7 @@ struct PooledServer {
 struct PoolTimes {
     std::chrono::milliseconds queue = std::chrono::seconds(30);             // for a free place at a server
     std::chrono::milliseconds secondRound = std::chrono::milliseconds(200); // before all are tried once more
+    std::chrono::milliseconds patience = std::chrono::hours(1); // no second round when the first took longer
 };
 
 // How asking one server ended.
