@@ -50,11 +50,18 @@ void HoldPress::end() {
     }
 }
 
+void HoldPress::noteOtherKey(Instant time) {
+    broken_ = broken_ || (state_ == State::down && time - pressedAt_ < chordWindow);
+}
+
 // A press of a key that is down is a repeat, or the release before it was lost. In both cases the hold goes
-// on and ends with the next release: what is spoken meanwhile is part of it.
+// on and ends with the next release: what is spoken meanwhile is part of it. But a hold that another key
+// broke is over, and a key does not repeat after another one.
 void HoldPress::press(Instant time) {
     if (releasing_) {
         tellUp(*releasing_);
+    } else if (broken_) {
+        tellUp(time);
     }
     if (state_ != State::up) {
         return;
@@ -92,9 +99,6 @@ void HoldPress::countPressWithRelease(Instant released) {
 }
 
 void HoldPress::outlasted() {
-    if (key_.chords != ChordSight::losesRelease) {
-        return tellDown();
-    }
     ask([this](std::optional<bool> held) {
         if (held.value_or(true)) {
             tellDown();
@@ -125,6 +129,7 @@ void HoldPress::tellUp(Instant time) {
 
 void HoldPress::dropPress() {
     state_ = State::up;
+    broken_ = false;
     releasing_.reset();
     wait_.reset();
     stateWatch_.reset();
@@ -142,6 +147,7 @@ void HoldPress::confirmRelease(Instant time, bool otherKeyIfHeld) {
         releasing_.reset();
         watchState();
         if (otherKeyIfHeld) {
+            noteOtherKey(time);
             listener_.otherKey(time);
         }
     });

@@ -36,6 +36,8 @@ class HoldPress {
     HoldPress& operator=(const HoldPress&) = delete;
 
     void handle(HoldEdgeKind kind, Instant time);
+    /// Another key went down, as a road that tells such keys says.
+    void noteOtherKey(Instant time);
     /// The key cannot be followed any more: one that is down counts as released now.
     void end();
     [[nodiscard]] bool isDown() const { return state_ == State::down; }
@@ -72,6 +74,8 @@ class HoldPress {
     State state_ = State::up;
     Instant pressedAt_;
     int pressesWithRelease_ = 0;
+    /// Another key has made a chord of this press.
+    bool broken_ = false;
     /// A release that is being confirmed.
     std::optional<Instant> releasing_;
     /// When the state was first seen up in spite of no release.

@@ -167,6 +167,7 @@ void HoldRoadKeyEvents::handleOther(HoldRoad& road, const HoldEdge& edge) {
     const std::uint32_t mask = modifierMaskOf(edge.keyCode);
     if (mask == 0) {
         if (edge.kind == HoldEdgeKind::down) {
+            noteOtherKey(edge.time);
             deliver(KeyEventKind::keyDown, edge.keyCode, edge.time);
         }
         return;
@@ -179,6 +180,14 @@ void HoldRoadKeyEvents::handleOther(HoldRoad& road, const HoldEdge& edge) {
     deliver(KeyEventKind::flagsChanged, edge.keyCode, edge.time);
     if (edge.kind != HoldEdgeKind::down) {
         closeBits(edge.time);
+    }
+}
+
+void HoldRoadKeyEvents::noteOtherKey(Instant time) {
+    for (const auto& [code, watched] : watched_) {
+        if (watched.press) {
+            watched.press->noteOtherKey(time);
+        }
     }
 }
 

@@ -80,6 +80,7 @@ class HoldRoadKeyEvents final : public KeyEvents {
     void handleEdge(HoldRoad& road, const HoldEdge& edge);
     void handleOther(HoldRoad& road, const HoldEdge& edge);
     void moved(int keyCode, bool isDown, Instant time);
+    void noteOtherKey(Instant time);
     void closeBits(Instant time);
     void deliver(KeyEventKind kind, int keyCode, Instant time);
     void forgetOthersOf(HoldRoad& road);
