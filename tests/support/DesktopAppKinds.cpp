@@ -3,6 +3,7 @@
 #include "support/DesktopApps.h"
 
 #include "support/PhysicalKeyboard.h"
+#include "support/SessionHands.h"
 
 #include <QtCore/QFile>
 #include <QtCore/QUrl>
@@ -50,7 +51,9 @@ user_pref("trailhead.firstrun.didSeeAboutWelcome", true);
 } // namespace
 
 void DesktopApp::setEnvironment(const QString& name, const QString& value) {
-    auto environment = QProcessEnvironment::systemEnvironment();
+    auto environment = process_.processEnvironment();
+    if (environment.isEmpty())
+        environment = QProcessEnvironment::systemEnvironment();
     environment.insert(name, value);
     process_.setProcessEnvironment(environment);
 }
@@ -114,15 +117,17 @@ void DesktopApp::startBrowser(const QString& program, const QStringList& argumen
 
 std::unique_ptr<DesktopApp> DesktopApp::chromium(const QString& text, WebPage::Kind kind) {
     std::unique_ptr<DesktopApp> app(new DesktopApp);
+    const auto platform = hands::areThere() ? QStringLiteral("wayland") : QStringLiteral("x11");
     // Without its sandbox it runs for root as well, and without /dev/shm in a small container.
-    app->startBrowser(
-        QStringLiteral("chromium"),
-        {QStringLiteral("--no-sandbox"), QStringLiteral("--disable-dev-shm-usage"),
-         QStringLiteral("--disable-gpu"), QStringLiteral("--no-first-run"),
-         QStringLiteral("--no-default-browser-check"), QStringLiteral("--disable-background-networking"),
-         QStringLiteral("--password-store=basic"), QStringLiteral("--force-renderer-accessibility"),
-         QStringLiteral("--user-data-dir=") + app->folder_.filePath(QStringLiteral("profile"))},
-        text, kind);
+    app->startBrowser(QStringLiteral("chromium"),
+                      {QStringLiteral("--ozone-platform=") + platform, QStringLiteral("--no-sandbox"),
+                       QStringLiteral("--disable-dev-shm-usage"), QStringLiteral("--disable-gpu"),
+                       QStringLiteral("--no-first-run"), QStringLiteral("--no-default-browser-check"),
+                       QStringLiteral("--disable-background-networking"),
+                       QStringLiteral("--password-store=basic"),
+                       QStringLiteral("--force-renderer-accessibility"),
+                       QStringLiteral("--user-data-dir=") + app->folder_.filePath(QStringLiteral("profile"))},
+                      text, kind);
     return app;
 }
 

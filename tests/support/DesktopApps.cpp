@@ -3,6 +3,7 @@
 
 #include "support/PhysicalKeyboard.h"
 #include "support/ProcessTree.h"
+#include "support/SessionHands.h"
 #include "support/Windows.h"
 
 #include <csignal>
@@ -50,6 +51,11 @@ QString DesktopApp::writeFile(const QString& name, const QByteArray& content) {
 }
 
 void DesktopApp::start(const QString& program, const QStringList& arguments) {
+    if (hands::areThere()) {
+        for (const char* toolkit : {"QT_QPA_PLATFORM", "GDK_BACKEND"})
+            setEnvironment(QLatin1String(toolkit), QStringLiteral("wayland"));
+        setEnvironment(QStringLiteral("MOZ_ENABLE_WAYLAND"), QStringLiteral("1"));
+    }
     process_.setProcessChannelMode(QProcess::MergedChannels);
     process_.start(program, arguments);
     if (!process_.waitForStarted())
@@ -58,10 +64,21 @@ void DesktopApp::start(const QString& program, const QStringList& arguments) {
 
 bool DesktopApp::ownsActiveWindow() {
     const auto active = windows::active();
-    const bool owns = active.pid != 0 && processes::family(process_.processId()).contains(active.pid);
+    const auto family = processes::family(process_.processId());
+    const bool owns = active.pid != 0 && family.contains(active.pid);
+    if (!owns && hands::areThere())
+        bringForward(family);
     pid_ = owns ? active.pid : 0;
     window_ = owns ? active.id : 0;
     return owns;
+}
+
+// A Wayland compositor may leave a new window behind until the user goes there.
+void DesktopApp::bringForward(const QList<qint64>& family) {
+    for (const auto& window : windows::all()) {
+        if (family.contains(window.pid))
+            return windows::activate(window.id);
+    }
 }
 
 bool DesktopApp::hasKeyboard() const {

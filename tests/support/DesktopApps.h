@@ -15,8 +15,8 @@
 namespace lorvane {
 
 // A real application in the virtual desktop, up and with the focus in its text when it is handed out, and
-// ended with this object, all its processes with it. Starting and reading throw std::runtime_error that says
-// what was seen instead.
+// ended with this object, all its processes with it. In a Wayland session it is a native client, if it can
+// be. Starting and reading throw std::runtime_error that says what was seen instead.
 class DesktopApp {
  public:
     static std::unique_ptr<DesktopApp> mousepad(const QString& text = {});        // GTK 3
@@ -85,6 +85,7 @@ class DesktopApp {
     void waitForWindow();
     void waitUntilQuiet() const;
     bool ownsActiveWindow();
+    static void bringForward(const QList<qint64>& family);
     bool hasKeyboard() const;
     QString readText(const QString& how) const;
     void proveKeyboard(int key, const std::function<bool()>& arrived) const;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/PhysicalKeyboard.h"
 
+#include "support/SessionHands.h"
+
 #include <algorithm>
 #include <array>
 #include <stdexcept>
@@ -33,35 +35,78 @@ int ordinaryKeyboard(Display* display) {
 
 } // namespace
 
+// A keyboard that stays what it is whoever asks.
 struct PhysicalKeyboard::Connection {
-    Connection() : display(XOpenDisplay(nullptr)) {
-        if (!display)
+    virtual ~Connection() = default;
+    virtual void post(int keyCode, bool down) const = 0;
+    virtual void releaseAfter(int keyCode, std::chrono::milliseconds time) const = 0;
+    virtual bool isDown(int keyCode) const = 0;
+};
+
+namespace {
+
+class OfDisplay : public PhysicalKeyboard::Connection {
+ public:
+    OfDisplay() : display_(XOpenDisplay(nullptr)) {
+        if (!display_)
             throw std::runtime_error("no X display answers");
-        const int id = ordinaryKeyboard(display);
-        device = id == none ? nullptr : XOpenDevice(display, static_cast<XID>(id));
-        if (!device) {
-            XCloseDisplay(display);
+        const int id = ordinaryKeyboard(display_);
+        device_ = id == none ? nullptr : XOpenDevice(display_, static_cast<XID>(id));
+        if (!device_) {
+            XCloseDisplay(display_);
             throw std::runtime_error("the X display has no ordinary keyboard");
         }
     }
-    ~Connection() {
-        XCloseDevice(display, device);
-        XCloseDisplay(display);
+    ~OfDisplay() override {
+        XCloseDevice(display_, device_);
+        XCloseDisplay(display_);
     }
-    Connection(const Connection&) = delete;
-    Connection& operator=(const Connection&) = delete;
+    OfDisplay(const OfDisplay&) = delete;
+    OfDisplay& operator=(const OfDisplay&) = delete;
 
-    void post(int keyCode, bool down, unsigned long delay = 0) const {
-        XTestFakeDeviceKeyEvent(display, device, static_cast<unsigned>(keyCode), down ? True : False, nullptr,
-                                0, delay);
-        XSync(display, False);
+    void post(int keyCode, bool down) const override { send(keyCode, down, 0); }
+    void releaseAfter(int keyCode, std::chrono::milliseconds time) const override {
+        send(keyCode, false, static_cast<unsigned long>(time.count()));
+    }
+    bool isDown(int keyCode) const override {
+        std::array<char, 32> keys{};
+        XQueryKeymap(display_, keys.data());
+        const auto code = static_cast<unsigned>(keyCode);
+        return (static_cast<unsigned char>(keys[code / 8]) >> (code % 8) & 1U) != 0;
     }
 
-    Display* display;
-    XDevice* device = nullptr;
+ private:
+    void send(int keyCode, bool down, unsigned long delay) const {
+        XTestFakeDeviceKeyEvent(display_, device_, static_cast<unsigned>(keyCode), down ? True : False,
+                                nullptr, 0, delay);
+        XSync(display_, False);
+    }
+
+    Display* display_;
+    XDevice* device_ = nullptr;
 };
 
-PhysicalKeyboard::PhysicalKeyboard() : connection_(std::make_unique<Connection>()) {}
+class OfSession : public PhysicalKeyboard::Connection {
+ public:
+    void post(int keyCode, bool down) const override {
+        hands::ask({down ? QStringLiteral("press") : QStringLiteral("release"), keyCode});
+    }
+    void releaseAfter(int keyCode, std::chrono::milliseconds time) const override {
+        hands::ask({QStringLiteral("release"), keyCode, static_cast<int>(time.count())});
+    }
+    bool isDown(int keyCode) const override {
+        return hands::ask({QStringLiteral("down")}).toArray().contains(keyCode);
+    }
+};
+
+} // namespace
+
+PhysicalKeyboard::PhysicalKeyboard() {
+    if (hands::areThere())
+        connection_ = std::make_unique<OfSession>();
+    else
+        connection_ = std::make_unique<OfDisplay>();
+}
 
 PhysicalKeyboard::~PhysicalKeyboard() {
     while (!held_.empty())
@@ -92,15 +137,10 @@ void PhysicalKeyboard::chord(const std::vector<int>& keyCodes) {
 
 void PhysicalKeyboard::hold(int keyCode, std::chrono::milliseconds time) {
     press(keyCode);
-    connection_->post(keyCode, false, static_cast<unsigned long>(time.count()));
+    connection_->releaseAfter(keyCode, time);
     std::erase(held_, keyCode);
 }
 
-bool PhysicalKeyboard::isDown(int keyCode) const {
-    std::array<char, 32> keys{};
-    XQueryKeymap(connection_->display, keys.data());
-    const auto code = static_cast<unsigned>(keyCode);
-    return (static_cast<unsigned char>(keys[code / 8]) >> (code % 8) & 1U) != 0;
-}
+bool PhysicalKeyboard::isDown(int keyCode) const { return connection_->isDown(keyCode); }
 
 } // namespace lorvane

@@ -29,11 +29,12 @@ inline constexpr int menu = 135;
 } // namespace keycode
 
 // Keys as a user's hand presses them: the events carry the server's ordinary keyboard as their source and not
-// the synthetic one, which the program ignores. Needs a display whose keyboard takes such events (Xvfb does).
-// Not for use from several threads. Every call has reached the server when it returns.
+// the synthetic one, which the program ignores. Needs a display whose keyboard takes such events (Xvfb does)
+// or the hands of a Wayland session. Not for use from several threads. Every call has reached the server when
+// it returns.
 class PhysicalKeyboard {
  public:
-    // Opens $DISPLAY. Throws std::runtime_error when there is none or it has no ordinary keyboard.
+    // Throws std::runtime_error when there is no such keyboard.
     PhysicalKeyboard();
     // Releases what is still held.
     ~PhysicalKeyboard();
@@ -53,8 +54,8 @@ class PhysicalKeyboard {
     // What the server holds down now, from any keyboard.
     bool isDown(int keyCode) const;
 
+    struct Connection; // a kind of keyboard
  private:
-    struct Connection;
     std::unique_ptr<Connection> connection_;
     std::vector<int> held_;
 };

@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/Windows.h"
 
+#include "support/SessionHands.h"
+
 #include <memory>
 #include <stdexcept>
+
+#include <QtCore/QJsonObject>
 
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
@@ -98,9 +102,25 @@ class Session {
 
 constexpr long fromPager = 2;
 
+QList<WindowInfo> ofSession(const QJsonArray& listed) {
+    QList<WindowInfo> found;
+    for (const QJsonValue& one : listed) {
+        const auto text = [&one](const char* key) { return one[QLatin1String(key)].toString(); };
+        found.append({static_cast<quint32>(one[QLatin1String("id")].toInteger()),
+                      one[QLatin1String("pid")].toInteger(), text("class"), text("title")});
+    }
+    return found;
+}
+
+QJsonArray listOfSession() { return hands::ask({QStringLiteral("windows")}).toArray(); }
+
+void tellSession(const QString& verb, quint32 id) { hands::ask({verb, static_cast<qint64>(id)}); }
+
 } // namespace
 
 QList<WindowInfo> all() {
+    if (hands::areThere())
+        return ofSession(listOfSession());
     const Session session;
     QList<WindowInfo> found;
     for (const quint32 id : session.numbers(session.root(), "_NET_CLIENT_LIST"))
@@ -109,17 +129,28 @@ QList<WindowInfo> all() {
 }
 
 WindowInfo active() {
+    if (hands::areThere()) {
+        for (const QJsonValue& one : listOfSession()) {
+            if (one[QLatin1String("active")].toBool())
+                return ofSession({one}).first();
+        }
+        return {};
+    }
     const Session session;
     const auto ids = session.numbers(session.root(), "_NET_ACTIVE_WINDOW");
     return ids.isEmpty() || ids.first() == 0 ? WindowInfo{} : session.describe(ids.first());
 }
 
 void activate(quint32 id) {
+    if (hands::areThere())
+        return tellSession(QStringLiteral("activate"), id);
     const Session session;
     session.ask(id, "_NET_ACTIVE_WINDOW", fromPager, CurrentTime);
 }
 
 void close(quint32 id) {
+    if (hands::areThere())
+        return tellSession(QStringLiteral("close"), id);
     const Session session;
     session.ask(id, "_NET_CLOSE_WINDOW", CurrentTime, fromPager);
 }

@@ -14,7 +14,8 @@ struct WindowInfo {
     QString title;
 };
 
-// The windows of $DISPLAY by the EWMH properties of its root. From one thread at a time, since each call sets
+// The windows of $DISPLAY by the EWMH properties of its root, or those of a Wayland session as its compositor
+// knows them. From one thread at a time, since each call sets
 // the error handler of Xlib while it lasts. A window that is closed meanwhile reads as empty.
 namespace windows {
 // Oldest first.

@@ -15,11 +15,11 @@ _DEVICES = """
         mouse: seat.create_virtual_device(Clutter.InputDeviceType.POINTER_DEVICE),
         windows: () => global.get_window_actors().map(actor => actor.meta_window)
             .filter(w => !w.is_override_redirect() && !w.skip_taskbar),
-        window: id => global.hands.windows().filter(w => String(w.get_id()) === id)[0],
+        window: id => global.hands.windows().filter(w => w.get_id() === id)[0],
     };
     true"""
 _LIST = """global.hands.windows().map(w => ({
-    id: String(w.get_id()), pid: w.get_pid(), title: w.get_title() || '', "class": w.get_wm_class() || '',
+    id: w.get_id(), pid: w.get_pid(), title: w.get_title() || '', "class": w.get_wm_class() || '',
     active: w.has_focus(), fullscreen: w.is_fullscreen()}))"""
 
 

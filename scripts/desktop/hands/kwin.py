@@ -19,9 +19,9 @@ _INTERFACE = "com.ostrand.tirra.Hands"
 _EAR = f"""
     <node><interface name="{_INTERFACE}"><method name="Tell"><arg type="s" direction="in"/></method></interface></node>"""
 _LIST = """workspace.clientList().filter(w => w.normalWindow || w.dialog).map(w => ({
-    id: String(w.internalId), pid: w.pid, title: w.caption, "class": String(w.resourceClass), active: w.active,
+    id: w.windowId, pid: w.pid, title: w.caption, "class": String(w.resourceClass), active: w.active,
     fullscreen: w.fullScreen}))"""
-_WINDOW = "workspace.clientList().filter(w => String(w.internalId) === {id})[0]"
+_WINDOW = "workspace.clientList().filter(w => w.windowId === {id})[0]"
 
 
 class Hands:

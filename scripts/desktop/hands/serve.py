@@ -4,12 +4,12 @@
 A Wayland client sees and moves nothing but itself, and a key is up again when the client that pressed it goes. So one
 process holds the devices as long as the desktop lasts, and takes requests at the socket $LORVANE_HANDS. A request is a
 line of JSON, a list of the verb and its arguments; the answer is one as well: {"ok": ANSWER} or {"error": TEXT}.
-    press KEY, release KEY, hold KEY MILLISECONDS   KEY is an X key code (evdev + 8)
-    down                                            the keys that are down
-    point X Y, button DOWN                          the mouse's place on the screen, and its left button
-    windows                                         all, each an object
+    press KEY, release KEY [MILLISECONDS]   now or after so long; KEY is an X key code (evdev + 8)
+    down                                    the keys that are down
+    point X Y, button DOWN                  the mouse's place on the screen, and its left button
+    windows                                 all, each an object
     activate ID, close ID, fullscreen ID WANTED
-    picture PATH                                    of the whole screen, as PNG
+    picture PATH                            of the whole screen, as PNG
 """
 import importlib
 import json
@@ -35,10 +35,8 @@ class Server(socketserver.ThreadingUnixStreamServer):
         self._down = []
 
     def act(self, verb, *arguments):
-        if verb == "hold":
-            self.act("press", arguments[0])
+        if verb == "release" and len(arguments) > 1:
             time.sleep(arguments[1] / 1000)
-            return self.act("release", arguments[0])
         with self._lock:
             if verb in ("press", "release"):
                 return self._key(arguments[0], verb == "press")

@@ -74,7 +74,7 @@ class Hands:
             waiting += node["nodes"] + node["floating_nodes"]
             if node.get("pid"):
                 found.append({
-                    "id": str(node["id"]), "pid": node["pid"], "title": node["name"] or "",
+                    "id": node["id"], "pid": node["pid"], "title": node["name"] or "",
                     "class": node["app_id"] or node["window_properties"].get("class", ""),
                     "active": node["focused"], "fullscreen": node["fullscreen_mode"] != 0})
         return found
