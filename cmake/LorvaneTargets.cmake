@@ -31,16 +31,20 @@ function(lorvane_test name)
   endif()
 endfunction()
 
-# lorvane_desktop_test(<name> SOURCES ... LINKS ...): runs inside a fresh virtual desktop.
+# lorvane_desktop_test(<name> SOURCES ... LINKS ... [SESSION <kind>]): runs inside a fresh virtual desktop, of that kind
+# of session (scripts/virtual-desktop --session), else x11.
 function(lorvane_desktop_test name)
-  cmake_parse_arguments(arg "" "" "SOURCES;LINKS" ${ARGN})
+  cmake_parse_arguments(arg "" "SESSION" "SOURCES;LINKS" ${ARGN})
   if(NOT BUILD_TESTING)
     return()
+  endif()
+  if(arg_SESSION)
+    set(arg_SESSION --session ${arg_SESSION})
   endif()
   add_executable(lorvane_${name}_test ${arg_SOURCES})
   target_link_libraries(lorvane_${name}_test PRIVATE ${arg_LINKS} lorvane_test_main lorvane_warnings)
   add_test(NAME ${name}
-    COMMAND ${PROJECT_SOURCE_DIR}/scripts/virtual-desktop -- $<TARGET_FILE:lorvane_${name}_test>)
+    COMMAND ${PROJECT_SOURCE_DIR}/scripts/virtual-desktop ${arg_SESSION} -- $<TARGET_FILE:lorvane_${name}_test>)
   set_tests_properties(${name} PROPERTIES LABELS desktop TIMEOUT 600)
 endfunction()
 
