@@ -19,9 +19,9 @@ _INTERFACE = "com.ostrand.tirra.Hands"
 _EAR = f"""
     <node><interface name="{_INTERFACE}"><method name="Tell"><arg type="s" direction="in"/></method></interface></node>"""
 _LIST = """workspace.clientList().filter(w => w.normalWindow || w.dialog).map(w => ({
-    id: w.windowId, pid: w.pid, title: w.caption, "class": String(w.resourceClass), active: w.active,
+    id: String(w.internalId), pid: w.pid, title: w.caption, "class": String(w.resourceClass), active: w.active,
     fullscreen: w.fullScreen}))"""
-_WINDOW = "workspace.clientList().filter(w => w.windowId === {id})[0]"
+_WINDOW = "workspace.clientList().filter(w => String(w.internalId) === {id})[0]"
 
 
 class Hands:
@@ -33,6 +33,7 @@ class Hands:
         self._compositor.request(self._input, 0, wire.string("hands") + wire.string("the virtual desktop"))
         self._compositor.round_trip()
         self._kwin = Service("org.kde.KWin")
+        self._seen = []  # KWin names windows by long texts; a window's number is its place here
         self._told = None
         self._heard = threading.Event()
         self._listen()
@@ -76,10 +77,15 @@ class Hands:
         return json.loads(self._told)
 
     def windows(self):
-        return self._run(_LIST)
+        listed = self._run(_LIST)
+        for window in listed:
+            if window["id"] not in self._seen:
+                self._seen.append(window["id"])
+            window["id"] = self._seen.index(window["id"]) + 1
+        return listed
 
     def _with_window(self, window, statement):
-        found = _WINDOW.format(id=json.dumps(window))
+        found = _WINDOW.format(id=json.dumps(self._seen[window - 1]))
         if not self._run(f"(w => {{ if (!w) return false; {statement}; return true; }})({found})"):
             raise RuntimeError(f"there is no window {window}")
 
