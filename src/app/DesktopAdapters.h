@@ -4,14 +4,14 @@
 #include "api/IdentityCloud.h"
 #include "app/HistoryJournal.h"
 #include "app/LoadedTakeCodec.h"
-#include "app/SettleTimes.h"
+#include "app/session/DesktopSession.h"
+#include "app/session/SessionFacts.h"
 #include "base/Foundation.h"
 #include "platform/linux/atspi/AccessibilitySwitch.h"
 #include "platform/linux/atspi/AtspiAccessibility.h"
 #include "platform/linux/atspi/AtspiBus.h"
 #include "platform/linux/atspi/AtspiFieldAccess.h"
 #include "platform/linux/atspi/AtspiInsertion.h"
-#include "platform/linux/clipboard/X11Pasteboard.h"
 #include "platform/linux/desktop/DiskStateFile.h"
 #include "platform/linux/desktop/QtHttpClient.h"
 #include "platform/linux/pulse/PulseAudioEngineFactory.h"
@@ -19,13 +19,8 @@
 #include "platform/linux/pulse/PulseConnection.h"
 #include "platform/linux/pulse/PulseInputDevices.h"
 #include "platform/linux/secrets/KeychainSecretStore.h"
-#include "platform/linux/x11/X11Capabilities.h"
-#include "platform/linux/x11/X11EditingKeys.h"
-#include "platform/linux/x11/X11ExtraKey.h"
-#include "platform/linux/x11/X11KeyEvents.h"
-#include "platform/linux/x11/X11KeyPoster.h"
-#include "platform/linux/x11/X11PasteKeys.h"
-#include "platform/linux/x11/X11Workspace.h"
+#include "platform/linux/wayland/WaylandSeat.h"
+#include "platform/linux/x11/X11Connection.h"
 
 #include <QDBusConnection>
 
@@ -39,23 +34,20 @@ struct DesktopAdapters {
     DesktopAdapters(const Foundation& foundation, const QDBusConnection& session);
 
     /// The ways of typing text, best first.
-    [[nodiscard]] std::vector<FragmentPoster*> posters() { return {&insertion, &keyPoster}; }
-    /// Whether there is an X display at all; nothing here works without one.
-    [[nodiscard]] bool hasDisplay() const { return display.isAlive() && pasteboard != nullptr; }
+    [[nodiscard]] std::vector<FragmentPoster*> posters();
+    /// Whether there is a display that something can be shown on; nothing here works without one.
+    [[nodiscard]] bool hasDisplay() const;
 
     // Applications look at the accessibility switch when they start, so it comes first.
     AccessibilitySwitch accessibilitySwitch;
+    /// The X server: the session's own or the one beside a compositor. Not alive where there is none.
     X11Connection display;
-    X11Capabilities capabilities;
-    X11Workspace workspace;
-    X11KeyEvents keyEvents;
-    X11ExtraKey extraKey;
-    X11PasteKeys pasteKeys;
-    X11EditingKeys editingKeys;
-    SettleTimes settleTimes;
-    X11KeyPoster keyPoster;
-    std::unique_ptr<X11Pasteboard> pasteboard;
+    /// Not alive in a session of an X server.
+    WaylandConnection wayland;
+    WaylandSeat seat;
+    SessionChoice choice;
     AtspiBus accessibilityBus;
+    std::unique_ptr<DesktopSession> session;
     AtspiFieldAccess fields;
     AtspiInsertion insertion;
     AtspiAccessibility accessibility;

@@ -3,7 +3,9 @@
 
 #include "base/PreferenceCatalogue.h"
 #include "input/Hotkey.h"
+#include "platform/linux/x11/X11PillDesktop.h"
 #include "ui/menu/WaveformIcon.h"
+#include "ui/pill/PillPanel.h"
 
 #include <QGuiApplication>
 #include <QStandardPaths>
@@ -20,25 +22,33 @@ QString holdKeyName(const Foundation& foundation) {
 } // namespace
 
 DesktopPresence::DesktopPresence(const Foundation& foundation, const QDBusConnection& session,
-                                 X11Connection& display, RecentDictations& dictations)
+                                 DesktopAdapters& desktop, RecentDictations& dictations)
     : notification(session), appearance(session),
       factory(appearance,
               [foundation, &dictations] {
                   return std::make_unique<HomeModel>(foundation.words, dictations, holdKeyName(foundation));
               }),
       comfort(session, QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)),
-      pillDesktop(display), pillSurface(display),
-      pill(display.isAlive() ? std::make_unique<PillPanel>(foundation.clock, pillDesktop, pillSurface)
-                             : nullptr),
       windows(foundation, factory,
               {[this](const QString& choice) { appearance.apply(choice); },
                [this](const QString& text) { notification.show(text); }}) {
-    if (display.isAlive()) {
+    makePill(foundation, desktop);
+    if (desktop.hasDisplay()) {
         QGuiApplication::setWindowIcon(waveformIcon());
     }
     applyPalette(appearance.isDark());
     QObject::connect(&appearance, &Appearance::darkChanged, &appearance,
                      [this] { applyPalette(appearance.isDark()); });
+}
+
+void DesktopPresence::makePill(const Foundation& foundation, DesktopAdapters& desktop) {
+    if (desktop.choice.pill != PillRoad::xWindow) {
+        pill = std::make_unique<NoPill>();
+        return;
+    }
+    pillDesktop = std::make_unique<X11PillDesktop>(desktop.display);
+    pillSurface = std::make_unique<X11PillSurface>(desktop.display);
+    pill = std::make_unique<PillPanel>(foundation.clock, *pillDesktop, *pillSurface);
 }
 
 } // namespace lorvane

@@ -8,14 +8,15 @@ Dictation::Dictation(const Foundation& foundation, DesktopAdapters& desktop, Des
       recorder(foundation, desktop.engines, desktop.inputs), encoder(foundation, desktop.codec),
       parts(foundation, api, encoder), capture(foundation, recorder, parts),
       screen(foundation.clock, *presence.pill, presence.windows),
-      status(foundation.clock, screen, desktop.accessibility), keys(foundation, desktop.keyEvents),
-      insertion(foundation, *desktop.pasteboard, desktop.pasteKeys, desktop.fields, desktop.workspace),
+      status(foundation.clock, screen, desktop.accessibility), keys(foundation, desktop.session->keyEvents()),
+      insertion(foundation, desktop.session->pasteboard(), desktop.session->pasteKeys(), desktop.fields,
+                desktop.session->workspace()),
       typing(foundation,
-             TypingDesktop{desktop.workspace, desktop.accessibility, desktop.fields, desktop.editingKeys,
-                           desktop.posters()},
+             TypingDesktop{desktop.session->workspace(), desktop.accessibility, desktop.fields,
+                           desktop.session->editingKeys(), desktop.posters()},
              insertion),
       landing(foundation, status, desktop.accessibility, typing, insertion, desktop.chime),
-      delivery(foundation, api, status, landing, desktop.journal, desktop.workspace),
+      delivery(foundation, api, status, landing, desktop.journal, desktop.session->workspace()),
       controller(foundation, status, screen, keys, capture, delivery) {}
 
 } // namespace lorvane

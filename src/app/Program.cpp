@@ -28,13 +28,17 @@ int fail(const char* reason) {
     return 1;
 }
 
+const auto* const displayGone = "the X display is gone; start lorvane again in the new session";
+const auto* const compositorGone = "the compositor is gone; start lorvane again in the new session";
+
 /// The whole program, made once.
 class Program {
  public:
     Program(const Foundation& foundation, const QDBusConnection& session)
         : foundation_(foundation), session_(session), desktop_(foundation, session),
-          displayLost_(desktop_.display.onLost([this] { endWithoutDisplay(); })),
-          dictations_(desktop_.history), presence_(foundation, session, desktop_.display, dictations_),
+          displayLost_(desktop_.display.onLost([this] { displayLost(); })),
+          compositorLost_(desktop_.wayland.onLost([this] { endWithoutDisplay(compositorGone); })),
+          dictations_(desktop_.history), presence_(foundation, session, desktop_, dictations_),
           codec_(foundation.clock, desktop_.codec) {
         running = this;
     }
@@ -56,7 +60,8 @@ class Program {
     QCoro::Task<void> firstExchange(TaskScope scope);
     void useBackend(const QUrl& address);
     void showBackendGone();
-    void endWithoutDisplay();
+    void displayLost();
+    void endWithoutDisplay(const char* reason);
     void end(int status);
     void restart();
 
@@ -64,6 +69,7 @@ class Program {
     QDBusConnection session_;
     DesktopAdapters desktop_;
     Handle displayLost_;
+    Handle compositorLost_;
     HistoryRecents dictations_;
     DesktopPresence presence_;
     std::unique_ptr<Dictation> dictation_;
@@ -119,9 +125,18 @@ void Program::showBackendGone() {
                                   NoticeSeverity::error);
 }
 
-void Program::endWithoutDisplay() {
-    end(fail("the X display is gone; start lorvane again in the new session"));
+// Beside a compositor that lives on, the display may come back, and everything else is there: a new process
+// finds out what is.
+void Program::displayLost() {
+    if (desktop_.choice.windowing == Windowing::wayland && desktop_.wayland.isAlive()) {
+        std::fputs("lorvane: the X display beside the compositor is gone; starting anew\n", stderr);
+        restart();
+    } else {
+        endWithoutDisplay(displayGone);
+    }
 }
+
+void Program::endWithoutDisplay(const char* reason) { end(fail(reason)); }
 
 // Before the program's own event loop runs, also in one that a library runs meanwhile, nobody hears an exit.
 void Program::end(int status) {
@@ -146,7 +161,8 @@ void Program::sayReasonOfExit() {
 
 /// The exit status.
 int run(const QDBusConnection& session, bool& isToStartAgain) {
-    const auto* const noDisplay = "there is no X display (is DISPLAY set?); \"lorvane doctor\" tells more";
+    const auto* const noDisplay =
+        "there is no display (is DISPLAY or WAYLAND_DISPLAY set?); \"lorvane doctor\" tells more";
     // Without one there is no application with windows, and nothing that shows something can be made.
     if (qobject_cast<QGuiApplication*>(QCoreApplication::instance()) == nullptr) {
         return fail(noDisplay);

@@ -3,7 +3,6 @@
 
 #include "base/PreferenceCatalogue.h"
 
-#include <QCoreApplication>
 #include <QLocale>
 
 namespace lorvane {
@@ -42,15 +41,15 @@ Shell::Shell(const Foundation& foundation, DesktopAdapters& desktop, DesktopPres
                    words.text("This desktop has no tray. Lorvane's menu is on the pill: click it with the "
                               "right button."));
            }),
-      ownKeys(desktop.keyEvents), presence_(presence) {
-    QCoreApplication::instance()->installNativeEventFilter(&ownKeys);
-    presence.pill->host(std::make_unique<PillView>(
+      presence_(presence) {
+    desktop.session->watchOwnWindows();
+    presence.host(std::make_unique<PillView>(
         foundation, PillView::World{dictation.status, presence.comfort, catalogue(languages),
                                     pillCommands(dictation, std::move(quit))}));
 }
 
 // The window outlives what its view looks at.
-Shell::~Shell() { presence_.pill->host(nullptr); }
+Shell::~Shell() { presence_.host(nullptr); }
 
 PillCommands Shell::pillCommands(Dictation& dictation, std::function<void()> quit) {
     DictationController& controller = dictation.controller;

@@ -6,7 +6,6 @@
 #include "app/Dictation.h"
 #include "app/PackageUpdates.h"
 #include "platform/linux/language/IcuLocaleNames.h"
-#include "platform/linux/x11/OwnWindowKeyFilter.h"
 #include "ui/menu/Tray.h"
 
 namespace lorvane {
@@ -25,7 +24,6 @@ struct Shell {
     PackageUpdates updates;
     MenuModel menu;
     Tray tray;
-    OwnWindowKeyFilter ownKeys;
 
  private:
     [[nodiscard]] PillCommands pillCommands(Dictation& dictation, std::function<void()> quit);

@@ -3,7 +3,6 @@
 
 #include <QByteArray>
 #include <QMap>
-#include <QSet>
 #include <QString>
 
 namespace lorvane {
@@ -12,16 +11,13 @@ namespace lorvane {
 struct SessionFacts {
     /// An X server answers: the session's own, or XWayland.
     bool hasX = false;
-    bool canWatchKeysByX = false;
-    bool canPostKeysByX = false;
     /// A Wayland compositor answers.
     bool hasCompositor = false;
     /// The compositor's globals: the newest version of each interface.
     QMap<QByteArray, std::uint32_t> globals;
-    /// Of the session bus.
-    QSet<QString> busNames;
+    /// Qt can make windows on the compositor itself.
     bool hasWaylandPlugin = false;
-    /// $QT_QPA_PLATFORM as the user set it; empty when it is not set.
+    /// $QT_QPA_PLATFORM as the user set it, or what Qt runs on already; empty for neither.
     QString chosenQtPlatform;
 
     [[nodiscard]] bool offers(const QByteArray& interface) const { return globals.contains(interface); }

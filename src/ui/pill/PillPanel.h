@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/Presence.h"
+#include "ui/pill/PillHost.h"
 #include "ui/pill/PillPlacement.h"
-#include "ui/pill/PillView.h"
 
 #include <QWidget>
 
@@ -12,16 +11,13 @@
 namespace lorvane {
 
 /// The pill's window: without a frame, above everything, also what fills the screen, on every workspace, in
-/// no task bar, and never with the focus. Made once at the start and kept; `show` and `orderOut` do nothing
-/// before it has its view. Main thread.
-class PillPanel final : public QWidget, public Pill {
+/// no task bar, and never with the focus. Made once at the start and kept. Main thread.
+class PillPanel final : public QWidget, public PillHost {
  public:
     PillPanel(Clock& clock, PillDesktop& desktop, PillSurface& surface);
     ~PillPanel() override;
 
-    /// The view reads what the dictation publishes, so it comes after that and goes before. Without a view
-    /// the window is off the screen.
-    void host(std::unique_ptr<PillView> view);
+    void host(std::unique_ptr<PillView> view) override;
 
     void show() override;
     void orderOut() override;

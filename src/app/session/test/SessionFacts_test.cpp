@@ -18,8 +18,6 @@ void PrintTo(const Row& row, std::ostream* stream) { *stream << row.name; }
 SessionFacts x11() {
     SessionFacts facts;
     facts.hasX = true;
-    facts.canWatchKeysByX = true;
-    facts.canPostKeysByX = true;
     return facts;
 }
 

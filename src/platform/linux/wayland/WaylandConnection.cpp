@@ -3,7 +3,6 @@
 
 #include <QAbstractEventDispatcher>
 #include <QSocketNotifier>
-#include <QThread>
 
 #include <algorithm>
 #include <cerrno>
@@ -69,15 +68,17 @@ WaylandConnection::~WaylandConnection() {
 }
 
 void WaylandConnection::watchSocket() {
+    auto* const loop = QAbstractEventDispatcher::instance();
+    if (loop == nullptr) {
+        return;
+    }
     const int socket = wl_display_get_fd(display_);
     readable_ = new QSocketNotifier(socket, QSocketNotifier::Read);
     writable_ = new QSocketNotifier(socket, QSocketNotifier::Write);
     writable_->setEnabled(false);
     connect(readable_, &QSocketNotifier::activated, this, [this] { readAndTell(); });
     connect(writable_, &QSocketNotifier::activated, this, [this] { flush(); });
-    if (auto* const loop = QAbstractEventDispatcher::instance()) {
-        connect(loop, &QAbstractEventDispatcher::aboutToBlock, this, [this] { flush(); });
-    }
+    connect(loop, &QAbstractEventDispatcher::aboutToBlock, this, [this] { flush(); });
 }
 
 bool WaylandConnection::awaitGlobals(const Clock& clock, Duration bound) {
@@ -151,7 +152,7 @@ void WaylandConnection::flush() {
         return;
     }
     const bool isFull = wl_display_flush(display_) < 0 && errno == EAGAIN;
-    if (writable_->isEnabled() != isFull) {
+    if (writable_ != nullptr && writable_->isEnabled() != isFull) {
         writable_->setEnabled(isFull);
     }
     if (wl_display_get_error(display_) != 0) {
@@ -212,8 +213,10 @@ void WaylandConnection::runUntil(const std::function<bool()>& done, const Clock&
 
 void WaylandConnection::lose() {
     isLost_ = true;
-    readable_->setEnabled(false);
-    writable_->setEnabled(false);
+    if (readable_ != nullptr) {
+        readable_->setEnabled(false);
+        writable_->setEnabled(false);
+    }
     log_.diagLog(QStringLiteral("[tirra-wayland] the compositor is gone: ") + reasonOfLoss());
     globals_.clear();
     lost_.emit();

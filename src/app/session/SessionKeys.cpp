@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/session/SessionKeys.h"
+
+#include <algorithm>
+
+namespace lorvane {
+
+namespace {
+
+template <typename Port>
+const Road<Port>* firstOpen(const std::vector<Road<Port>>& roads) {
+    const auto found =
+        std::find_if(roads.begin(), roads.end(), [](const auto& road) { return road.isOpen(); });
+    return found == roads.end() ? nullptr : &*found;
+}
+
+} // namespace
+
+EditingKeys* SessionEditingKeys::current() {
+    if (isXInFront_()) {
+        return &ofX_;
+    }
+    const auto* const road = firstOpen(roads_);
+    return road == nullptr ? nullptr : road->port;
+}
+
+std::uint32_t SessionEditingKeys::modifierFlags() {
+    EditingKeys* const keys = current();
+    return keys == nullptr ? 0 : keys->modifierFlags();
+}
+
+bool SessionEditingKeys::canPost() {
+    EditingKeys* const keys = current();
+    return keys != nullptr && keys->canPost();
+}
+
+void SessionEditingKeys::press(EditingKey key) {
+    if (EditingKeys* const keys = current()) {
+        keys->press(key);
+    }
+}
+
+bool SessionPasteKeys::canPost() const { return ofX_.isOpen() || firstOpen(roads_) != nullptr; }
+
+QCoro::Task<bool> SessionPasteKeys::post(PasteRoute route, TaskScope scope) {
+    if (onKeys) {
+        onKeys();
+    }
+    if (isXInFront_()) {
+        const bool posted = co_await ofX_.port->post(route, scope);
+        co_return posted;
+    }
+    for (const Road<PasteKeys>& road : roads_) {
+        if (!road.isOpen()) {
+            continue;
+        }
+        const bool posted = co_await road.port->post(route, scope);
+        if (posted) {
+            co_return true;
+        }
+        log_.diagLog(QStringLiteral("[tirra-paste] no keys went out by ") + road.name);
+    }
+    co_return false;
+}
+
+QCoro::Task<bool> GatedPoster::canPost(PostingTarget target, TaskScope scope) {
+    if (!isOpen_()) {
+        co_return false;
+    }
+    const bool offered = co_await poster_.canPost(std::move(target), std::move(scope));
+    co_return offered;
+}
+
+QCoro::Task<PostOutcome> GatedPoster::post(PostingTarget target, QString text, TaskScope scope) {
+    return poster_.post(std::move(target), std::move(text), std::move(scope));
+}
+
+} // namespace lorvane

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/session/X11Session.h"
+
+#include "app/session/NoPasteboard.h"
+
+#include <QCoreApplication>
+#include <QLocale>
+
+namespace lorvane {
+
+X11Session::X11Session(const Foundation& foundation, X11Connection& display)
+    : display_(display), capabilities_(capabilitiesOf(display)),
+      workspace_(display, DesktopEntries(DesktopEntries::standardFolders(), QLocale::system().name())),
+      keyEvents_(display, foundation, [this] { return workspace_.isOwnProcessInFront(); }),
+      extraKey_(display, foundation), pasteKeys_(display, foundation.clock), editingKeys_(display),
+      keyPoster_(display, foundation.clock,
+                 [this](const RunningApplication& application) { return settleTimes_.of(application); }),
+      pasteboard_(X11Pasteboard::open(foundation.clock)), ownKeys_(keyEvents_) {
+    if (!pasteboard_) {
+        pasteboard_ = std::make_unique<NoPasteboard>(foundation.log);
+    }
+}
+
+void X11Session::watchOwnWindows() { QCoreApplication::instance()->installNativeEventFilter(&ownKeys_); }
+
+} // namespace lorvane
