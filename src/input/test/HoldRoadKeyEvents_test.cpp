@@ -261,6 +261,16 @@ TEST_F(HoldRoadKeyEventsTest, ChordInTheFirstSecondInterruptsWhereOtherKeysAreTo
     EXPECT_EQ(gestures, QStringList({"began", "interrupted"}));
 }
 
+TEST_F(HoldRoadKeyEventsTest, PressAfterAChordWhoseReleaseWasLostIsAHoldOfItsOwn) {
+    offers(best, {});
+    down(second, control);
+    pass(500);
+    down(second, 300);
+    pass(3000);
+    hold(second, control, 500);
+    EXPECT_EQ(gestures, QStringList({"began", "interrupted", "began", "ended"}));
+}
+
 TEST_F(HoldRoadKeyEventsTest, ChordThatLosesItsReleaseInterruptsWhereTheStateCanBeAsked) {
     best.held = std::set{control};
     down(best, control);
