@@ -3,6 +3,7 @@
 
 #include "app/session/NoPasteboard.h"
 #include "app/session/XWaylandPasteboard.h"
+#include "platform/linux/clipboard/DataControlPasteboard.h"
 #include "platform/linux/x11/X11Capabilities.h"
 
 #include <QCoreApplication>
@@ -69,8 +70,14 @@ void WaylandSession::gatePosters() {
 }
 
 void WaylandSession::openPasteboard(const SessionParts& parts, ClipboardRoad clipboard) {
-    if (clipboard != ClipboardRoad::none) {
-        pasteboard_ = XWaylandPasteboard::open(parts.foundation.clock, xWorkspace_);
+    Clock& clock = parts.foundation.clock;
+    if (clipboard == ClipboardRoad::dataControl) {
+        if (auto controlled = DataControlPasteboard::open(parts.wayland, parts.seat, clock)) {
+            pasteKeys_.onKeys = [pasteboard = controlled.get()] { pasteboard->keysGoOut(); };
+            pasteboard_ = std::move(controlled);
+        }
+    } else if (clipboard == ClipboardRoad::xSelection) {
+        pasteboard_ = XWaylandPasteboard::open(clock, xWorkspace_);
     }
     if (!pasteboard_) {
         pasteboard_ = std::make_unique<NoPasteboard>(parts.foundation.log);

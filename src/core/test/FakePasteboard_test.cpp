@@ -10,6 +10,8 @@ namespace {
 
 class FakeDesktop {
  public:
+    static constexpr bool tellsWhoAsks = true;
+
     FakePasteboard& pasteboard() { return pasteboard_; }
     PasteboardSnapshot snapshot() {
         std::optional<PasteboardSnapshot> result;

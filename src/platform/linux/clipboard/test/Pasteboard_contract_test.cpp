@@ -11,6 +11,8 @@ namespace {
 /// The virtual desktop. The target is this very process, which asks from a connection of its own.
 class X11Desktop {
  public:
+    static constexpr bool tellsWhoAsks = true;
+
     X11Desktop() {
         { const ForeignOwner gone({{"text/plain", "left by the test before"}}); }
         if (!pasteboard_ || !peer_) {
