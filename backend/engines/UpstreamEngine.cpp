@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engines/UpstreamEngine.h"
 
+#include "engines/CleanUp.h"
 #include "engines/Pauses.h"
+#include "engines/SocketSpeech.h"
+#include "engines/Transcript.h"
 #include "net/HttpCall.h"
 
 #include <algorithm>
-#include <boost/json.hpp>
-#include <optional>
 
 namespace lorvane::backend {
 
@@ -25,30 +26,8 @@ std::string promptOf(std::string_view text) {
     return blank == std::string_view::npos ? std::string() : std::string(text.substr(blank + 1));
 }
 
-// Servers put line ends between segments and blanks around them.
-std::string onOneLine(std::string_view text) {
-    std::string out;
-    bool blank = false;
-    for (const char c : text) {
-        const bool space = c == ' ' || c == '\n' || c == '\r' || c == '\t';
-        if (!space && blank && !out.empty())
-            out += ' ';
-        blank = space;
-        if (!space)
-            out += c;
-    }
-    return out;
-}
-
-std::optional<std::string> textOf(const std::string& body) {
-    boost::json::error_code error;
-    const auto value = boost::json::parse(body, error);
-    if (error || !value.is_object())
-        return std::nullopt;
-    const auto* text = value.as_object().if_contains("text");
-    if (!text || !text->is_string())
-        return std::nullopt;
-    return onOneLine({text->as_string().data(), text->as_string().size()});
+std::chrono::milliseconds lengthOf(Samples part) {
+    return std::chrono::milliseconds(part.size() * 1000 / sampleRate);
 }
 
 std::vector<Samples> partsOf(Samples samples) {
@@ -128,13 +107,48 @@ Recognition UpstreamEngine::recognise(const RecognitionJob& job, const OnSegment
 
 Attempt UpstreamEngine::ask(const SpeechUpstream& upstream, Samples part, const RecognitionJob& job,
                             std::string_view before, std::string& text, const std::stop_token& stop) const {
-    const auto sound = std::chrono::milliseconds(part.size() * 1000 / sampleRate);
+    const auto attempt = upstream.profile->protocol == SpeechProtocol::openai
+                             ? askHttp(upstream, part, job, before, text, stop)
+                             : askSocket(upstream, part, job, text, stop);
+    const bool english = job.language.empty() || job.language == "en";
+    if (attempt.end == Attempt::End::done && !upstream.profile->sentences && english) {
+        CleanUp cleanUp(before);
+        text = cleanUp.add(text);
+        text += cleanUp.finish();
+        text.erase(0, text.find_first_not_of(' '));
+    }
+    return attempt;
+}
+
+Attempt UpstreamEngine::askSocket(const SpeechUpstream& upstream, Samples part, const RecognitionJob& job,
+                                  std::string& text, const std::stop_token& stop) const {
+    SocketSpeechCall call;
+    call.address = speechSocket(upstream.profile->protocol, upstream.url).value_or(SocketAddress());
+    call.model = upstream.model;
+    call.language = job.language;
+    call.samples = part;
+    call.connectTime = times_.connect;
+    call.answerTime = std::max(times_.answer, 2 * lengthOf(part));
+    call.wholeTime = times_.whole;
+    const auto answer = upstream.profile->protocol == SpeechProtocol::vosk ? hearByVosk(call, stop)
+                                                                           : hearByWyoming(call, stop);
+    if (answer.call.end == SocketCallEnd::End::stopped)
+        return {Attempt::End::stopped, {}};
+    if (answer.call.end != SocketCallEnd::End::done)
+        return {Attempt::End::next, answer.call.reason};
+    text = onOneLine(answer.text);
+    return {Attempt::End::done, {}};
+}
+
+Attempt UpstreamEngine::askHttp(const SpeechUpstream& upstream, Samples part, const RecognitionJob& job,
+                                std::string_view before, std::string& text,
+                                const std::stop_token& stop) const {
     HttpCall call;
     call.url = upstream.url + std::string(upstream.profile->path);
     call.bearer = upstream.key;
     call.form = formOf(upstream, part, job, before);
     call.connectTime = times_.connect;
-    call.answerTime = std::max(times_.answer, 2 * sound);
+    call.answerTime = std::max(times_.answer, 2 * lengthOf(part));
     call.wholeTime = times_.whole;
     const auto answer = callHttp(call, stop);
     if (answer.end == HttpAnswer::End::stopped)
@@ -147,7 +161,7 @@ Attempt UpstreamEngine::ask(const SpeechUpstream& upstream, Samples part, const 
         return {Attempt::End::over, "the sound was refused with " + status};
     if (answer.status != 200)
         return {Attempt::End::next, status};
-    auto heard = textOf(answer.body);
+    auto heard = transcriptOf(answer.body);
     if (!heard)
         return {Attempt::End::next, "an answer without text"};
     text = std::move(*heard);

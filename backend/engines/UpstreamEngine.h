@@ -17,9 +17,10 @@ struct UpstreamTimes {
     PoolTimes pool;
 };
 
-// Recognition by servers with OpenAI's transcription endpoint, in order of preference: whoever cannot be
-// reached, is too busy or fails leaves the take to the next. A take goes out as 16 kHz mono WAV, one of more
-// than ten minutes in several parts cut at pauses. Their text comes with capitals and punctuation.
+// Recognition by speech servers, in order of preference: whoever cannot be reached, is too busy or fails
+// leaves the take to the next. A take goes out as 16 kHz mono, one of more than ten minutes in several parts
+// cut at pauses. Their text comes with capitals and punctuation; where a server writes none, English gets
+// them by the rules.
 class UpstreamEngine : public Engine {
  public:
     UpstreamEngine(std::vector<SpeechUpstream> upstreams, UpstreamTimes times = {});
@@ -34,6 +35,10 @@ class UpstreamEngine : public Engine {
  private:
     Attempt ask(const SpeechUpstream& upstream, Samples part, const RecognitionJob& job,
                 std::string_view before, std::string& text, const std::stop_token& stop) const;
+    Attempt askSocket(const SpeechUpstream& upstream, Samples part, const RecognitionJob& job,
+                      std::string& text, const std::stop_token& stop) const;
+    Attempt askHttp(const SpeechUpstream& upstream, Samples part, const RecognitionJob& job,
+                    std::string_view before, std::string& text, const std::stop_token& stop) const;
 
     const std::vector<SpeechUpstream> upstreams_;
     const UpstreamTimes times_;
