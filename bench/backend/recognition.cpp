@@ -80,7 +80,7 @@ struct Corpus {
 
     void add(const std::string& name, const std::string& said) {
         auto audio = decodeAudio(bytesOf(folder / (name + ".wav")), 600, {});
-        if (auto* samples = std::get_if<std::vector<std::int16_t>>(&audio))
+        if (auto* samples = std::get_if<std::vector<std::int16_t>>(&audio); samples && !samples->empty())
             readings.push_back({name, wordsOf(said), std::move(*samples)});
         else
             std::fprintf(stderr, "%s.wav cannot be read\n", name.c_str());
