@@ -2,14 +2,20 @@
 #include "engines/CleanUp.h"
 
 #include "engines/SpokenMarks.h"
+#include "engines/SpokenNumbers.h"
 
-#include <span>
+#include <algorithm>
 
 namespace lorvane::backend {
 
 namespace {
 
+using std::chrono::milliseconds;
+
 constexpr std::size_t wordsThatMakeASentence = 3;
+constexpr std::size_t wordsThatMakeAPart = 2;
+constexpr milliseconds pauseOfSentence{1500};
+constexpr milliseconds pauseOfPart{800};
 
 bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 
@@ -32,6 +38,14 @@ bool endsSentence(std::string_view word) {
     return word.ends_with('.') || word.ends_with('!') || word.ends_with('?') || word.ends_with("…");
 }
 
+// Whether what comes after the text begins a sentence.
+bool endsText(std::string_view text) {
+    if (text.ends_with('\n'))
+        return true;
+    const auto last = text.find_last_not_of(" \t\r\n\"')]");
+    return last == std::string_view::npos || endsSentence(text.substr(0, last + 1));
+}
+
 std::vector<std::string> wordsOf(std::string_view text) {
     std::vector<std::string> words;
     std::string word;
@@ -50,16 +64,24 @@ std::vector<std::string> wordsOf(std::string_view text) {
 
 } // namespace
 
-std::string CleanUp::add(std::string_view raw) {
-    for (auto& word : wordsOf(raw))
-        if (!isFiller(lowered(word)))
-            held_.push_back(std::move(word));
+CleanUp::CleanUp(std::string_view before, std::string_view style)
+    : wish_(readStyle(style)), sentenceStart_(endsText(before)) {}
+
+std::string CleanUp::add(std::string_view raw, milliseconds pause) {
+    pause_ = std::max(pause_, pause);
+    for (auto& word : wordsOf(raw)) {
+        auto lower = lowered(word);
+        if (isFiller(lower))
+            continue;
+        held_.push_back({std::move(word), std::move(lower), pause_});
+        pause_ = {};
+    }
     return settle(false);
 }
 
 std::string CleanUp::finish() {
     auto out = settle(true);
-    if (!empty_ && !closed_ && words_ >= wordsThatMakeASentence)
+    if (!empty_ && !closed_ && words_ >= wordsThatMakeASentence && !wish_.noLastStop)
         writeMark(".", out);
     return out;
 }
@@ -68,45 +90,75 @@ std::string CleanUp::settle(bool final) {
     std::string out;
     std::size_t at = 0;
     while (at < held_.size()) {
-        const bool last = at + 1 == held_.size();
-        if (last && !final && mayBeginMark(lowered(held_[at])))
+        const auto taken = take(at, final, out);
+        if (taken == 0)
             break;
-        at += take(at, out);
+        at += taken;
     }
     held_.erase(held_.begin(), held_.begin() + static_cast<std::ptrdiff_t>(at));
     return out;
 }
 
-// Writes what begins at that word and says how many words it was.
-std::size_t CleanUp::take(std::size_t at, std::string& out) {
-    std::vector<std::string> ahead{lowered(held_[at])};
-    if (at + 1 < held_.size())
-        ahead.push_back(lowered(held_[at + 1]));
-    const SpokenMark* mark = namesWhatFollows(previous_) ? nullptr : spokenMark(ahead);
-    if (!mark) {
-        if (ahead[0] != previous_ || !isStutterable(ahead[0]))
-            writeWord(held_[at], out);
-        return 1;
+// Writes what begins at that word and says how many words it was; none when more has to be known.
+std::size_t CleanUp::take(std::size_t at, bool final, std::string& out) {
+    const bool last = at + 1 == held_.size();
+    if (last && !final && mayBeginMark(held_[at].lower))
+        return 0;
+    std::vector<std::string> ahead{held_[at].lower};
+    if (!last)
+        ahead.push_back(held_[at + 1].lower);
+    if (const SpokenMark* mark = namesWhatFollows(previous_) ? nullptr : spokenMark(ahead)) {
+        writeMark(mark->written, out);
+        return mark->second.empty() ? 1 : 2;
     }
-    writeMark(mark->written, out);
-    return mark->second.empty() ? 1 : 2;
+    return takeNumber(at, final, out);
 }
 
-void CleanUp::writeWord(const std::string& word, std::string& out) {
-    const auto lower = lowered(word);
-    const auto proper = properForm(lower);
-    std::string written = proper.empty() ? word : std::string(proper);
-    if (sentenceStart_)
-        written = capitalised(written);
+std::size_t CleanUp::takeNumber(std::size_t at, bool final, std::string& out) {
+    std::vector<std::string> ahead;
+    for (auto held = at; held < held_.size(); ++held)
+        ahead.push_back(held_[held].lower);
+    const auto number = wish_.numbersAsWords ? SpokenNumber{} : spokenNumber(ahead, previous_, final);
+    switch (number.kind) {
+    case SpokenNumber::Kind::unclear:
+        return 0;
+    case SpokenNumber::Kind::figures:
+        writePause(held_[at].pause, out);
+        writeWord(number.written, ahead[number.words - 1], out);
+        return number.words;
+    case SpokenNumber::Kind::words:
+    case SpokenNumber::Kind::none:
+        break;
+    }
+    const auto count = std::max<std::size_t>(number.words, 1);
+    for (std::size_t i = 0; i < count; ++i)
+        takeWord(held_[at + i], out);
+    return count;
+}
+
+void CleanUp::takeWord(const Held& held, std::string& out) {
+    if (held.lower == previous_ && isStutterable(held.lower))
+        return;
+    writePause(held.pause, out);
+    const auto spelled = wish_.noContractions ? spelledOut(held.lower) : std::string_view();
+    const auto proper = properForm(held.lower);
+    const auto written = !spelled.empty() ? std::string(spelled)
+                         : proper.empty() ? held.word
+                                          : std::string(proper);
+    writeWord(wish_.lowerCase ? lowered(written) : written, held.lower, out);
+}
+
+void CleanUp::writeWord(const std::string& written, std::string_view lower, std::string& out) {
     if (blankDue_)
         out += ' ';
-    out += written;
+    out += sentenceStart_ && !wish_.lowerCase ? capitalised(written) : written;
     ++words_;
+    ++wordsSinceMark_;
     empty_ = false;
     blankDue_ = true;
-    closed_ = endsSentence(word);
+    closed_ = endsSentence(written);
     sentenceStart_ = closed_;
-    previous_ = closed_ ? std::string() : lower;
+    previous_ = closed_ ? std::string() : std::string(lower);
 }
 
 void CleanUp::writeMark(std::string_view mark, std::string& out) {
@@ -114,12 +166,24 @@ void CleanUp::writeMark(std::string_view mark, std::string& out) {
     // A mark with nothing before it would stand alone; a take begins with a word.
     if (empty_)
         return;
-    out += mark;
+    if (lineEnd || !wish_.noMarks)
+        out += mark;
     blankDue_ = !lineEnd;
     closed_ = true;
     if (lineEnd || endsSentence(mark))
         sentenceStart_ = true;
     previous_.clear();
+    wordsSinceMark_ = 0;
+}
+
+// Nobody ends a sentence, or a part of it, in a word that leans on the next.
+void CleanUp::writePause(milliseconds pause, std::string& out) {
+    if (closed_ || previous_.empty() || leansOnNext(previous_))
+        return;
+    if (pause >= pauseOfSentence && wordsSinceMark_ >= wordsThatMakeASentence)
+        writeMark(".", out);
+    else if (pause >= pauseOfPart && wordsSinceMark_ >= wordsThatMakeAPart)
+        writeMark(",", out);
 }
 
 } // namespace lorvane::backend

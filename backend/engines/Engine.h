@@ -33,8 +33,8 @@ struct Recognition {
 // Turns speech into raw text. Any thread, several calls at once; a call blocks until its end.
 class Engine {
  public:
-    // The final text of one segment, in order, and the silence before it as far as the engine knows it; a text
-    // given is never taken back. It may be empty. The calling thread is recognise's own.
+    // The final text of one segment, in order, and the silence before it as far as the engine knows it; a
+    // text given is never taken back. It may be empty. The calling thread is recognise's own.
     using OnSegment = std::function<void(std::string text, std::chrono::milliseconds pause)>;
 
     virtual ~Engine() = default;

@@ -28,6 +28,15 @@ constexpr std::array marks = std::to_array<SpokenMark>({
 constexpr auto determiners = std::to_array<std::string_view>(
     {"a", "an", "the", "each", "every", "my", "your", "our", "their", "another"});
 
+constexpr auto leaning = std::to_array<std::string_view>(
+    {"a",     "about",  "although", "an",    "and",  "are",     "as",    "at",    "because", "but",
+     "by",    "can",    "could",    "every", "for",  "from",    "had",   "has",   "have",    "he",
+     "her",   "his",    "i",        "i'm",   "if",   "in",      "into",  "is",    "its",     "just",
+     "like",  "may",    "might",    "my",    "nor",  "of",      "on",    "or",    "our",     "shall",
+     "she",   "should", "since",    "so",    "than", "that",    "the",   "their", "they",    "this",
+     "to",    "unless", "until",    "very",  "was",  "we",      "were",  "when",  "where",   "whether",
+     "which", "while",  "who",      "will",  "with", "without", "would", "your"});
+
 constexpr auto fillers =
     std::to_array<std::string_view>({"uh", "uhh", "um", "umm", "er", "erm", "hmm", "mm"});
 
@@ -90,6 +99,7 @@ bool mayBeginMark(std::string_view word) {
 }
 
 bool namesWhatFollows(std::string_view word) { return holds(determiners, word); }
+bool leansOnNext(std::string_view word) { return holds(leaning, word); }
 bool isFiller(std::string_view word) { return holds(fillers, word); }
 bool isStutterable(std::string_view word) { return holds(stutterable, word); }
 

@@ -22,6 +22,9 @@ bool mayBeginMark(std::string_view word);
 // "a period", "the comma", "another new line": after such a word a mark's name is a word like any other.
 bool namesWhatFollows(std::string_view word);
 
+// Articles, prepositions, conjunctions and their like: no pause after them is the end of anything.
+bool leansOnNext(std::string_view word);
+
 bool isFiller(std::string_view word);
 
 // Words that nobody says twice on purpose. "Very very", "had had" and digits stay as they are said.

@@ -21,7 +21,7 @@ std::string cleaned(const std::string& segment) { return cleaned(std::vector<std
 } // namespace
 
 TEST(CleanUp, ASentenceBeginsWithACapitalAndEndsWithAFullStop) {
-    EXPECT_EQ(cleaned("go forward ten meters"), "Go forward ten meters.");
+    EXPECT_EQ(cleaned("go forward and stop"), "Go forward and stop.");
 }
 
 TEST(CleanUp, OneOrTwoWordsGetNoFullStop) {
@@ -104,11 +104,63 @@ TEST(CleanUp, NothingGivesNothing) {
     EXPECT_EQ(cleaned("um uh"), "");
 }
 
+TEST(CleanUp, APauseIsACommaOrAFullStopByItsLength) {
+    using namespace std::chrono_literals;
+    const auto spoken = [](std::vector<std::pair<const char*, std::chrono::milliseconds>> segments) {
+        CleanUp cleanUp;
+        std::string text;
+        for (const auto& [words, pause] : segments)
+            text += cleanUp.add(words, pause);
+        return text + cleanUp.finish();
+    };
+    EXPECT_EQ(spoken({{"it was late", 0ms}, {"we went home", 2000ms}}), "It was late. We went home.");
+    EXPECT_EQ(spoken({{"it was late", 0ms}, {"we went home", 900ms}}), "It was late, we went home.");
+    EXPECT_EQ(spoken({{"it was late", 0ms}, {"we went home", 500ms}}), "It was late we went home.");
+    EXPECT_EQ(spoken({{"we went to", 0ms}, {"to the sea", 2000ms}}), "We went to the sea.")
+        << "nobody ends there";
+    EXPECT_EQ(spoken({{"yes", 0ms}, {"that is it", 2000ms}}), "Yes that is it.") << "one word is no part";
+    EXPECT_EQ(spoken({{"it was late", 0ms}, {"comma", 2000ms}, {"we left", 2000ms}}),
+              "It was late, we left.");
+    EXPECT_EQ(spoken({{"it was late", 0ms}, {"um", 2000ms}, {"we left", 600ms}}), "It was late. We left.");
+    EXPECT_EQ(spoken({{"there were many", 0ms}, {"twenty five", 900ms}}), "There were many, 25.");
+}
+
+TEST(CleanUp, ATextGoesOnWhereAnotherOneStopped) {
+    const auto after = [](const char* before) {
+        CleanUp cleanUp(before);
+        const auto text = cleanUp.add("and then on monday we left");
+        return text + cleanUp.finish();
+    };
+    EXPECT_EQ(after("I came late,"), "and then on Monday we left.");
+    EXPECT_EQ(after("I came late"), "and then on Monday we left.");
+    EXPECT_EQ(after("I came late."), "And then on Monday we left.");
+    EXPECT_EQ(after("\"I came late!\" "), "And then on Monday we left.");
+    EXPECT_EQ(after("A list:\n"), "And then on Monday we left.");
+    EXPECT_EQ(after("  "), "And then on Monday we left.");
+}
+
+TEST(CleanUp, AStyleIsFollowedAsFarAsRulesCan) {
+    const auto styled = [](const char* style) {
+        CleanUp cleanUp({}, style);
+        const auto text = cleanUp.add("i can't come on monday comma don't wait for twenty people");
+        return text + cleanUp.finish();
+    };
+    EXPECT_EQ(styled("warm and friendly"), "I can't come on Monday, don't wait for 20 people.");
+    EXPECT_EQ(styled("All LOWERCASE please"), "i can't come on monday, don't wait for 20 people.");
+    EXPECT_EQ(styled("no punctuation"), "I can't come on Monday don't wait for 20 people");
+    EXPECT_EQ(styled("casual"), "I can't come on Monday, don't wait for 20 people");
+    EXPECT_EQ(styled("Formal English"), "I cannot come on Monday, do not wait for 20 people.");
+    EXPECT_EQ(styled("informal"), "I can't come on Monday, don't wait for 20 people.");
+    EXPECT_EQ(styled("numbers in words"), "I can't come on Monday, don't wait for twenty people.");
+}
+
 // However the words are cut into segments, the text is the same: what was given out is never taken back.
 TEST(CleanUp, TheCutsDoNotChangeTheText) {
-    const std::vector<std::string> words = {
-        "i",      "new", "line", "paragraph", "question", "mark", "the",         "comma", "full", "stop",
-        "period", "um",  "semi", "colon",     "a",        "very", "exclamation", "point", "sea"};
+    const std::vector<std::string> words = {"i",    "new",     "line", "paragraph", "question",    "mark",
+                                            "the",  "comma",   "full", "stop",      "period",      "um",
+                                            "semi", "colon",   "a",    "very",      "exclamation", "point",
+                                            "sea",  "twenty",  "five", "hundred",   "and",         "first",
+                                            "oh",   "percent", "at",   "am"};
     std::mt19937 random(7);
     for (int round = 0; round < 2000; ++round) {
         std::string whole;
