@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "api/Dictation.h"
 
-#include "api/TakeMemory.h"
 #include "engines/AudioDecoder.h"
 #include "engines/CleanUp.h"
+#include "language/Linguist.h"
+#include "storage/StorageError.h"
 #include "util/Log.h"
 
 #include <cstdint>
+#include <thread>
 
 namespace lorvane::backend {
 
@@ -42,10 +44,79 @@ std::string joined(std::string text, const std::string& more) {
     return text + more;
 }
 
+// What an engine has learnt makes a take better. That it cannot be had, or kept, is no reason to lose the take.
+std::string adaptationOf(Storage& storage, DeviceId device, std::string_view engine) {
+    try {
+        return storage.adaptation(device, engine).value_or("");
+    } catch (const StorageError& error) {
+        logLine(std::string("nothing learnt is known, the store failed: ") + error.what());
+        return {};
+    }
+}
+
+void keepAdaptation(Storage& storage, DeviceId device, std::string_view engine, std::string_view bytes) {
+    try {
+        storage.keepAdaptation(device, engine, bytes);
+    } catch (const StorageError& error) {
+        logLine(std::string("what was learnt is not kept, the store failed: ") + error.what());
+    }
+}
+
+// The text of a take without any help from elsewhere, as its segments come.
+class SegmentText {
+ public:
+    // Without `onDelta` it is shown to nobody.
+    SegmentText(const ReadyTake& take, bool written, Dictation::OnDelta onDelta)
+        : written_(written), onDelta_(std::move(onDelta)), cleanUp_(take.before, take.style) {}
+
+    void add(const HeardSegment& segment) {
+        dictated_.raw = joined(std::move(dictated_.raw), segment.text);
+        if (!written_)
+            deliver(cleanUp_.add(segment.text, segment.pause));
+        else if (!segment.text.empty())
+            deliver(dictated_.text.empty() ? segment.text : ' ' + segment.text);
+    }
+    Dictated finish() {
+        if (!written_)
+            deliver(cleanUp_.finish());
+        return std::move(dictated_);
+    }
+
+ private:
+    void deliver(std::string fragment) {
+        dictated_.text += fragment;
+        if (onDelta_ && wanted_ && !fragment.empty())
+            wanted_ = onDelta_(std::move(fragment));
+    }
+
+    const bool written_;
+    const Dictation::OnDelta onDelta_;
+    CleanUp cleanUp_;
+    Dictated dictated_;
+    bool wanted_ = true;
+};
+
+// The label is looked for beside the writing; its place is not to be looked at before this ends.
+class Labelling {
+ public:
+    Labelling(const Linguist& linguist, std::string text, std::string& label, const std::stop_token& stop)
+        : thread_([&linguist, text = std::move(text), &label, stop] {
+              try {
+                  label = linguist.label(text, stop);
+              } catch (const std::exception& error) {
+                  logLine(std::string("no label: ") + error.what());
+              }
+          }) {}
+
+ private:
+    std::jthread thread_;
+};
+
 } // namespace
 
-Dictation::Dictation(Storage& storage, Engine& engine, TakeMemory& memory, double maxSeconds)
-    : storage_(storage), engine_(engine), memory_(memory), maxSeconds_(maxSeconds) {}
+Dictation::Dictation(Storage& storage, Engine& engine, TakeMemory& memory, const Linguist& linguist,
+                     double maxSeconds)
+    : storage_(storage), engine_(engine), memory_(memory), linguist_(linguist), maxSeconds_(maxSeconds) {}
 
 std::variant<ReadyTake, DictationError> Dictation::prepare(DeviceId device, const std::string& takeId,
                                                            const Take& take,
@@ -58,29 +129,31 @@ std::variant<ReadyTake, DictationError> Dictation::prepare(DeviceId device, cons
     ReadyTake ready;
     ready.device = device;
     ready.language = take.fields.lang;
+    if (take.fields.translate.size() >= 2)
+        ready.translate = take.fields.translate;
+    ready.style = take.fields.style;
     ready.prefix = take.fields.prefix;
+    ready.before = take.fields.context;
     ready.context = take.fields.context.empty() ? take.fields.prefix : take.fields.context;
     ready.samples = std::move(std::get<std::vector<std::int16_t>>(decoded));
     ready.progress = memory_.find(device, takeId, contentOf(take));
     return ready;
 }
 
-std::optional<DictationError> Dictation::recognise(ReadyTake& take, const OnSegment& onSegment,
+std::optional<DictationError> Dictation::recognise(ReadyTake& take, TakeProgress::Turn& turn,
+                                                   const OnSegment& onSegment,
                                                    const std::stop_token& stop) const {
-    TakeProgress::Turn turn(*take.progress, stop);
-    if (!turn)
-        return DictationError::stopped;
     auto& known = turn.segments();
     for (const auto& segment : known)
         onSegment(segment);
     if (turn.complete() || take.samples.empty())
         return std::nullopt;
     const RecognitionJob job{take.samples, take.language, take.context,
-                             storage_.adaptation(take.device, engine_.name()).value_or(""), known.size()};
+                             adaptationOf(storage_, take.device, engine_.name()), known.size()};
     const auto result = engine_.recognise(
         job,
-        [&](std::string text, auto) {
-            known.push_back(std::move(text));
+        [&](std::string text, std::chrono::milliseconds pause) {
+            known.push_back({std::move(text), pause});
             onSegment(known.back());
         },
         stop);
@@ -92,44 +165,83 @@ std::optional<DictationError> Dictation::recognise(ReadyTake& take, const OnSegm
     }
     turn.complete() = true;
     if (!result.adaptation.empty())
-        storage_.keepAdaptation(take.device, engine_.name(), result.adaptation);
+        keepAdaptation(storage_, take.device, engine_.name(), result.adaptation);
     return std::nullopt;
+}
+
+bool Dictation::translates(const ReadyTake& take) const {
+    return !take.translate.empty() && take.translate != take.language &&
+           linguist_.translates(take.language, take.translate);
 }
 
 std::variant<Dictated, DictationError> Dictation::run(ReadyTake& take, const OnDelta& onDelta,
                                                       const std::stop_token& stop) const {
-    CleanUp cleanUp;
-    const bool written = engine_.writesSentences();
-    Dictated dictated;
-    bool wanted = true;
-    const auto deliver = [&](std::string fragment) {
-        dictated.text += fragment;
-        if (wanted && !fragment.empty())
-            wanted = onDelta(std::move(fragment));
-    };
-    const auto hear = [&](const std::string& raw) {
-        dictated.raw = joined(std::move(dictated.raw), raw);
-        if (!written)
-            deliver(cleanUp.add(raw));
-        else if (!raw.empty())
-            deliver(dictated.text.empty() ? raw : ' ' + raw);
-    };
+    TakeProgress::Turn turn(*take.progress, stop);
+    if (!turn)
+        return DictationError::stopped;
+    if (const auto& known = turn.dictated()) {
+        onDelta(known->text);
+        return *known;
+    }
+    // What will be written anew is not shown before.
+    const bool rewritten = linguist_.writer() || translates(take);
+    SegmentText text(take, engine_.writesSentences(), rewritten ? OnDelta() : onDelta);
     if (!take.prefix.empty())
-        hear(take.prefix);
-    if (const auto error = recognise(take, hear, stop))
+        text.add({take.prefix, {}});
+    if (const auto error = recognise(
+            take, turn, [&](const HeardSegment& segment) { text.add(segment); }, stop))
         return *error;
-    if (!written)
-        deliver(cleanUp.finish());
+    auto dictated = text.finish();
     if (dictated.text.empty())
         return DictationError::noSpeech;
+    if (const auto error = rewritten ? rewrite(take, onDelta, dictated, stop) : std::nullopt)
+        return *error;
+    if (!rewritten)
+        dictated.category = linguist_.label(dictated.text, stop);
+    turn.dictated() = dictated;
     return dictated;
+}
+
+// From the text without any help to the one with: cleaned by a language server, translated, labelled.
+// Whatever of it fails, the words are delivered.
+std::optional<DictationError> Dictation::rewrite(const ReadyTake& take, const OnDelta& onDelta,
+                                                 Dictated& dictated, const std::stop_token& stop) const {
+    const Labelling labelling(linguist_, dictated.raw, dictated.category, stop);
+    bool shown = false;
+    const auto show = [&](std::string fragment) {
+        shown = true;
+        return onDelta(std::move(fragment));
+    };
+    const bool translated = translates(take);
+    if (const auto* writer = linguist_.writer()) {
+        const auto hide = [](const std::string&) { return true; };
+        auto written = writer->cleanUp({dictated.raw, take.language, take.style, take.before},
+                                       translated ? Writer::OnFragment(hide) : show, stop);
+        if (written.end == Written::End::stopped)
+            return DictationError::stopped;
+        if (written.end == Written::End::done)
+            dictated.text = std::move(written.text);
+    }
+    if (translated) {
+        auto translation = linguist_.translate(dictated.text, take.language, take.translate, show, stop);
+        if (!translation.text.empty())
+            dictated.original = std::exchange(dictated.text, std::move(translation.text));
+    }
+    if (stop.stop_requested())
+        return DictationError::stopped;
+    if (!shown)
+        onDelta(dictated.text);
+    return std::nullopt;
 }
 
 std::variant<std::string, DictationError> Dictation::transcribe(ReadyTake& take,
                                                                 const std::stop_token& stop) const {
+    TakeProgress::Turn turn(*take.progress, stop);
+    if (!turn)
+        return DictationError::stopped;
     std::string raw;
     const auto error = recognise(
-        take, [&](const std::string& segment) { raw = joined(std::move(raw), segment); }, stop);
+        take, turn, [&](const HeardSegment& segment) { raw = joined(std::move(raw), segment.text); }, stop);
     if (error)
         return *error;
     return raw;

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "api/Dictated.h"
 #include "api/TakeBody.h"
+#include "api/TakeMemory.h"
 #include "engines/Engine.h"
 #include "storage/Storage.h"
 
@@ -16,13 +18,7 @@
 
 namespace lorvane::backend {
 
-class TakeMemory;
-class TakeProgress;
-
-struct Dictated {
-    std::string text;
-    std::string raw;
-};
+class Linguist;
 
 enum class DictationError { badAudio, tooLong, languageUnavailable, noSpeech, stopped, engineFailed };
 
@@ -30,8 +26,11 @@ enum class DictationError { badAudio, tooLong, languageUnavailable, noSpeech, st
 struct ReadyTake {
     DeviceId device = 0;
     std::string language;
+    std::string translate; // into this language; empty: not at all
+    std::string style;
     std::string prefix;
-    std::string context;
+    std::string before;  // what stands before the take
+    std::string context; // the words before its audio
     std::vector<std::int16_t> samples;
     std::shared_ptr<TakeProgress> progress;
     double seconds() const { return static_cast<double>(samples.size()) / sampleRate; }
@@ -40,10 +39,12 @@ struct ReadyTake {
 // From a take's bytes to clean text. Any thread, several calls at once.
 class Dictation {
  public:
-    // Fragments of the text in order; concatenated they are the text. False: nobody takes any more of them.
+    // Fragments of the text in order; concatenated they are the text, unless a language server failed after
+    // it had begun to write: then the text is another one. False: nobody takes any more of them.
     using OnDelta = std::function<bool(std::string fragment)>;
 
-    Dictation(Storage& storage, Engine& engine, TakeMemory& memory, double maxSeconds);
+    Dictation(Storage& storage, Engine& engine, TakeMemory& memory, const Linguist& linguist,
+              double maxSeconds);
 
     std::variant<ReadyTake, DictationError> prepare(DeviceId device, const std::string& takeId,
                                                     const Take& take, const std::stop_token& stop) const;
@@ -53,13 +54,17 @@ class Dictation {
     std::variant<std::string, DictationError> transcribe(ReadyTake& take, const std::stop_token& stop) const;
 
  private:
-    using OnSegment = std::function<void(const std::string&)>;
-    std::optional<DictationError> recognise(ReadyTake& take, const OnSegment& onSegment,
-                                            const std::stop_token& stop) const;
+    using OnSegment = std::function<void(const HeardSegment&)>;
+    std::optional<DictationError> recognise(ReadyTake& take, TakeProgress::Turn& turn,
+                                            const OnSegment& onSegment, const std::stop_token& stop) const;
+    std::optional<DictationError> rewrite(const ReadyTake& take, const OnDelta& onDelta, Dictated& dictated,
+                                          const std::stop_token& stop) const;
+    bool translates(const ReadyTake& take) const;
 
     Storage& storage_;
     Engine& engine_;
     TakeMemory& memory_;
+    const Linguist& linguist_;
     const double maxSeconds_;
 };
 

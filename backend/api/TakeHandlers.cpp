@@ -37,8 +37,6 @@ std::optional<ReadyTake> readyTake(const Services& services, const Request& requ
         return std::nullopt;
     }
     const auto& take = std::get<Take>(read);
-    if (take.fields.translate.size() >= 2)
-        exchange.note("translation not available, delivered as spoken");
     auto ready = services.dictation.prepare(request.device, request.takeId, take, exchange.stopToken());
     if (const auto* error = std::get_if<DictationError>(&ready)) {
         refuse(exchange, *error);
@@ -87,6 +85,11 @@ std::optional<DailyGoal> goalAfter(const Services& services, const Request& requ
     }
 }
 
+void noteTranslation(Exchange& exchange, const ReadyTake& take, const Dictated& dictated) {
+    if (!take.translate.empty() && dictated.original.empty())
+        exchange.note("not translated");
+}
+
 } // namespace
 
 void handleDictate(const Services& services, const Request& request, Exchange& exchange) {
@@ -100,6 +103,7 @@ void handleDictate(const Services& services, const Request& request, Exchange& e
     if (const auto* error = std::get_if<DictationError>(&result))
         return refuse(exchange, *error);
     const auto& dictated = std::get<Dictated>(result);
+    noteTranslation(exchange, *take, dictated);
     exchange.respond({200, dictatedBody(dictated, goalAfter(services, request, dictated.text))});
 }
 
@@ -124,6 +128,7 @@ void handleDictateStream(const Services& services, const Request& request, Excha
         return;
     }
     const auto& dictated = std::get<Dictated>(result);
+    noteTranslation(exchange, *take, dictated);
     exchange.writeLine(doneLine(dictated, goalAfter(services, request, dictated.text)));
 }
 

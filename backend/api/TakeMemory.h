@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "api/Dictated.h"
 #include "storage/Storage.h"
 #include "util/Secrets.h"
 
@@ -10,6 +11,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <stop_token>
 #include <string>
 #include <utility>
@@ -17,8 +19,14 @@
 
 namespace lorvane::backend {
 
-// What has been recognised of one take. A take that comes a second time (its stream broke, and the one-shot
-// upload follows) goes on from here, so that no segment is recognised twice.
+struct HeardSegment {
+    std::string text;
+    std::chrono::milliseconds pause{0}; // before it
+};
+
+// What has been recognised of one take, and in the end what became of it. A take that comes a second time
+// (its stream broke, and the one-shot upload follows) goes on from here, so that no segment is recognised
+// twice.
 class TakeProgress {
  public:
     // Holds the take for one request. The second request of a take waits for the first to end.
@@ -31,8 +39,9 @@ class TakeProgress {
         explicit operator bool() const { return held_; } // false: stopped while waiting
 
         // Valid while the turn is held.
-        std::vector<std::string>& segments() { return progress_.segments_; }
+        std::vector<HeardSegment>& segments() { return progress_.segments_; }
         bool& complete() { return progress_.complete_; }
+        std::optional<Dictated>& dictated() { return progress_.dictated_; }
 
      private:
         TakeProgress& progress_;
@@ -43,8 +52,9 @@ class TakeProgress {
     std::mutex mutex_;
     std::condition_variable_any changed_;
     bool running_ = false;
-    std::vector<std::string> segments_;
+    std::vector<HeardSegment> segments_;
     bool complete_ = false;
+    std::optional<Dictated> dictated_;
 };
 
 // Keeps the progress of takes in memory for a while; nothing of it is ever written anywhere.

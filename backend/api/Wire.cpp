@@ -28,6 +28,10 @@ json::object withDictated(json::object object, const Dictated& dictated,
                           const std::optional<DailyGoal>& goal) {
     object["text"] = view(dictated.text);
     object["raw"] = view(dictated.raw);
+    if (!dictated.original.empty())
+        object["original"] = view(dictated.original);
+    if (!dictated.category.empty())
+        object["category"] = view(dictated.category);
     if (goal)
         object["goal"] = {{"phoneWords", goal->phoneWords},
                           {"goal", goal->goal},

@@ -134,7 +134,7 @@ Translation Apertium::translate(std::string_view text, std::string_view source, 
     const auto pairs = pairsTo(source, target);
     if (pairs.empty())
         return {{}, "no pair for this language is installed here"};
-    const auto* pair = likeliest(pairs, text, stop);
+    const auto* pair = source.empty() ? likeliest(pairs, text, stop) : &pairs.front();
     if (!pair)
         return {{}, "the language of the text is none that can be translated here"};
     auto translated = run(pair->mode, text, false, seconds(20), stop);

@@ -183,7 +183,7 @@ TEST_F(ProgramTest, ATokenOutlivesTheProcessAndIsInNoLog) {
                         framedTake(R"({"ext":"wav","prefix":"confidential words"})", wavFile(samples))};
         const auto reply = request(at, call);
         EXPECT_EQ(reply.status, 200);
-        EXPECT_EQ(member(reply.body, "text"), "Confidential words go forward ten meters.");
+        EXPECT_EQ(member(reply.body, "text"), "Confidential words go forward 10 meters.");
         request(at, {"GET", "/" + token, "", "", "", "", ""});
         request(at, {"GET", "/api/dictate?token=" + token, "", "", "", "", ""});
         ::kill(program.pid(), SIGTERM);

@@ -93,9 +93,9 @@ TEST(WordErrors, AreCounted) {
 
 TEST_F(RecognitionTest, AShortCommandIsHeardInEveryFormat) {
     const auto wav = rawRecording("goforward.raw");
-    EXPECT_EQ(dictated(wav), "Go forward ten meters.");
-    EXPECT_EQ(dictated(convertedByFfmpeg(wav, "-c:a flac", "flac")), "Go forward ten meters.");
-    EXPECT_EQ(dictated(convertedByFfmpeg(wav, "-c:a aac -b:a 48k", "m4a")), "Go forward ten meters.");
+    EXPECT_EQ(dictated(wav), "Go forward 10 meters.");
+    EXPECT_EQ(dictated(convertedByFfmpeg(wav, "-c:a flac", "flac")), "Go forward 10 meters.");
+    EXPECT_EQ(dictated(convertedByFfmpeg(wav, "-c:a aac -b:a 48k", "m4a")), "Go forward 10 meters.");
 }
 
 // The bound is the measured rate and a margin for other builds of the libraries; it is far from what a user
@@ -169,7 +169,7 @@ TEST_F(RecognitionTest, TakesAtOnceGiveWhatTheyGiveAlone) {
     for (auto& thread : threads)
         thread.join();
     for (const auto& text : texts)
-        EXPECT_EQ(text, "Go forward ten meters.");
+        EXPECT_EQ(text, "Go forward 10 meters.");
 }
 
 TEST_F(RecognitionTest, ADisconnectStopsTheRecogniser) {
