@@ -49,7 +49,7 @@ function(lorvane_desktop_test name)
 endfunction()
 
 # Everything of a folder and below it that is built by default and no suite on virtual time: what is left to build where
-# those run with sanitizers anyway.
+# those run with sanitizers anyway. A suite with the property LORVANE_PLAIN_TOO is built all the same.
 function(lorvane_collect_but_unit folder found)
   get_property(targets DIRECTORY ${folder} PROPERTY BUILDSYSTEM_TARGETS)
   get_property(below DIRECTORY ${folder} PROPERTY SUBDIRECTORIES)
@@ -57,7 +57,8 @@ function(lorvane_collect_but_unit folder found)
   set(wanted ${${found}})
   foreach(target IN LISTS targets)
     get_target_property(type ${target} TYPE)
-    if(type MATCHES "EXECUTABLE|LIBRARY" AND NOT target IN_LIST unit)
+    get_target_property(plain ${target} LORVANE_PLAIN_TOO)
+    if(type MATCHES "EXECUTABLE|LIBRARY" AND (plain OR NOT target IN_LIST unit))
       list(APPEND wanted ${target})
     endif()
   endforeach()
