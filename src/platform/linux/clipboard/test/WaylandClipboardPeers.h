@@ -63,7 +63,10 @@ class ForeignWaylandOwner {
 
 /// What another program finds (wl-paste); nothing when it finds nothing.
 inline std::optional<QByteArray> pastedByAnother(const QString& type, const QStringList& options = {}) {
-    const auto result = runTool("wl-paste", QStringList{"--no-newline", "--type", type} + options);
+    // KWin says nothing at all of an empty clipboard, and wl-paste waits for a word.
+    constexpr std::chrono::seconds longEnough{5};
+    const auto result =
+        runTool("wl-paste", QStringList{"--no-newline", "--type", type} + options, longEnough);
     return result.status == 0 ? std::optional(result.output) : std::nullopt;
 }
 inline QStringList typesSeenByAnother(const QStringList& options = {}) {
