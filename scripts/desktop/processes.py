@@ -24,6 +24,11 @@ def die_with_parent(sig, parent):
         os.kill(os.getpid(), sig)
 
 
+def hear_all_signals():
+    """What a process blocks, its children would not hear either: a bus then waits for ever for those that it starts."""
+    signal.pthread_sigmask(signal.SIG_SETMASK, ())
+
+
 def become(user):
     """This process is that user's from now on, and its children too."""
     os.setgroups([])

@@ -53,12 +53,16 @@ class Desktop:
     def start(self, name, command, stdin=subprocess.DEVNULL, pass_fds=(), **variables):
         """Starts a part whose output goes to logs/NAME; the variables are for it alone, those that are None are taken from it."""
         parent = os.getpid()
+
+        def prepare():
+            processes.hear_all_signals()
+            processes.die_with_parent(signal.SIGTERM, parent)
+
         environment = {name: value for name, value in {**self.environment, **variables}.items() if value is not None}
         with open(f"{self.folder}/logs/{name}", "wb") as log:
             process = subprocess.Popen(
                 command, env=environment, cwd=self.folder, start_new_session=True, stdin=stdin,
-                stdout=log, stderr=log, pass_fds=pass_fds,
-                preexec_fn=lambda: processes.die_with_parent(signal.SIGTERM, parent))
+                stdout=log, stderr=log, pass_fds=pass_fds, preexec_fn=prepare)
         self._started[name] = process
         return process
 
@@ -78,9 +82,12 @@ class Desktop:
         return result
 
     def answer(self, *command):
-        """What a program printed, or nothing when it failed."""
-        done = subprocess.run(command, env=self.environment, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
-                              text=True, check=False)
+        """What a program printed, or nothing when it failed or took too long."""
+        try:
+            done = subprocess.run(command, env=self.environment, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
+                                  text=True, check=False, timeout=BOUND, preexec_fn=processes.hear_all_signals)
+        except subprocess.TimeoutExpired:
+            return ""
         return done.stdout if done.returncode == 0 else ""
 
     def read_line(self, name, end):

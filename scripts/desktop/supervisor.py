@@ -48,15 +48,22 @@ def run(options):
         if user:
             processes.become(user)
         processes.die_with_parent(signal.SIGTERM, guard)
-        os._exit(_run_desktop(session, options, folder))
+        os._exit(_run_desktop(session, options, folder, guard))
     status = _wait_for(child)
-    _clean(session, folder)
+    processes.end_descendants(session.ends_last)
+    if options.pictures:
+        status = _keep_pictures(folder, options.pictures) or status
+    shutil.rmtree(folder, ignore_errors=True)
     return status
 
 
-def _clean(session, folder):
-    processes.end_descendants(session.ends_last)
-    shutil.rmtree(folder, ignore_errors=True)
+def _keep_pictures(folder, wanted):
+    """The user of the desktop may not write where its caller may."""
+    try:
+        shutil.copytree(f"{folder}/pictures", wanted, dirs_exist_ok=True)
+    except (OSError, shutil.Error) as error:
+        return _complain(f"the pictures cannot be kept: {error}", 125)
+    return 0
 
 
 def _complain(text, status):
@@ -105,9 +112,10 @@ def _environment(session, folder):
     for name, inner in folders.items():
         environment[name] = f"{folder}/{inner}"
         os.makedirs(environment[name], mode=0o700)
-    os.mkdir(f"{folder}/logs")
+    for inner in ("logs", "pictures"):
+        os.mkdir(f"{folder}/{inner}")
     environment.update({
-        "LORVANE_DESKTOP": folder, "LC_ALL": "C.UTF-8",
+        "LORVANE_DESKTOP": folder, "LORVANE_PICTURES": f"{folder}/pictures", "LC_ALL": "C.UTF-8",
         "DBUS_SESSION_BUS_ADDRESS": f"unix:path={folder}/run/bus",
         "PULSE_SERVER": f"unix:{folder}/run/pulse/native",
         "GTK_USE_PORTAL": "0", "GVFS_DISABLE_FUSE": "1", **session.environment(folder),
@@ -115,7 +123,7 @@ def _environment(session, folder):
     return environment
 
 
-def _run_desktop(session, options, folder):
+def _run_desktop(session, options, folder, guard):
     started = time.monotonic()
     processes.adopt_orphans()
 
@@ -138,17 +146,16 @@ def _run_desktop(session, options, folder):
         status = 128 + ended.signal
     finally:
         signal.pthread_sigmask(signal.SIG_BLOCK, _ENDING)
-        _clean(session, folder)
+        processes.end_descendants(session.ends_last)
+        if os.getppid() != guard:  # else it looks after the folder
+            shutil.rmtree(folder, ignore_errors=True)
         sys.stderr.flush()
     return status
 
 
 def _run_command(command, environment):
-    def unblock():
-        signal.pthread_sigmask(signal.SIG_UNBLOCK, {*_ENDING, signal.SIGCHLD})
-
     try:
-        process = subprocess.Popen(command, env=environment, preexec_fn=unblock)
+        process = subprocess.Popen(command, env=environment, preexec_fn=processes.hear_all_signals)
     except OSError as error:
         return _complain(f"{command[0]}: {error.strerror}", 127)
     try:

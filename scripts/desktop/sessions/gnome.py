@@ -60,8 +60,8 @@ class Gnome(WaylandSession):
 
     @staticmethod
     def _evaluate(desktop, expression):
-        """What it is inside the shell; nothing when it cannot be told. A call while the shell starts may get lost."""
-        answer = desktop.answer("gdbus", "call", "--session", "--timeout=2", "--dest=org.gnome.Shell",
+        """What it is inside the shell; nothing when it cannot be told."""
+        answer = desktop.answer("gdbus", "call", "--session", "--dest=org.gnome.Shell",
                                 "--object-path=/org/gnome/Shell", "--method=org.gnome.Shell.Eval", expression).strip()
         value = answer.removeprefix("(true, '").removesuffix("')")
         return json.loads(value) if value and value != answer else None

@@ -4,6 +4,7 @@ import os
 import stat
 import sys
 
+from desktop.hands.keymap import Keymap
 from desktop.services import Failure
 
 _HANDS = os.path.join(os.path.dirname(os.path.dirname(os.path.realpath(__file__))), "hands", "serve.py")
@@ -30,6 +31,7 @@ class WaylandSession:
 
     def bring_up(self, desktop):
         self._check_sockets_folder()
+        self._check_layout()
         desktop.start_bus()
         desktop.start_audio()
         self.start_compositor(desktop)
@@ -69,6 +71,12 @@ class WaylandSession:
         with open(self.told(desktop), encoding="utf-8") as file:
             told = dict(entry.split("=", 1) for entry in file.read().split("\0") if "=" in entry)
         desktop.environment.update({name: told[name] for name in names if name in told})
+
+    def _check_layout(self):
+        try:
+            Keymap(self.options.layout)
+        except ValueError as error:
+            raise Failure(str(error)) from error
 
     @staticmethod
     def _check_sockets_folder():
