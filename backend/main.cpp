@@ -5,6 +5,7 @@
 #include "app/ParentWatch.h"
 #include "engines/PocketsphinxEngine.h"
 #include "engines/UpstreamEngine.h"
+#include "storage/PostgresStorage.h"
 #include "storage/SqliteStorage.h"
 #include "util/Log.h"
 
@@ -42,7 +43,10 @@ void writePort(const std::filesystem::path& file, std::uint16_t port) {
     std::filesystem::rename(fresh, file);
 }
 
-std::unique_ptr<Storage> openStorage(const std::filesystem::path& file) {
+std::unique_ptr<Storage> openStorage(const ProgramOptions& options) {
+    if (options.postgres)
+        return std::make_unique<PostgresStorage>(*options.postgres);
+    const auto& file = options.database;
     if (file.has_parent_path())
         std::filesystem::create_directories(file.parent_path());
     return std::make_unique<SqliteStorage>(file);
@@ -94,7 +98,7 @@ int run(ProgramOptions options) {
 
     auto& server = options.backend.server;
     server.inherited = inheritedSocket();
-    Backend backend(options.backend, openStorage(options.database), makeEngine(options));
+    Backend backend(options.backend, openStorage(options), makeEngine(options));
     backend.start();
     if (!options.portFile.empty())
         writePort(options.portFile, backend.port());

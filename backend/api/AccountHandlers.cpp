@@ -13,6 +13,7 @@ namespace {
 constexpr std::size_t longestSource = 64;
 constexpr std::size_t longestToken = 256;
 constexpr int codeAttempts = 20;
+constexpr std::chrono::seconds codeRemembered{60};
 
 bool isSourceSign(char c) {
     return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == ' ' || c == '-' || c == '_';
@@ -47,11 +48,20 @@ void handleLink(const Services& services, const Request& request, Exchange& exch
     const auto alias = JsonBody(request.body).text("alias", longestToken);
     if (services.storage.joinDevices(request.device, sha256(alias)) == Joined::unknownAlias)
         return refuse(exchange, 404, "unknown_alias");
+    services.codes.forget(request.device);
     agree(exchange);
 }
 
 void handleReferral(const Services& services, const Request& request, Exchange& exchange) {
-    exchange.respond({200, codeBody(referralCodeOf(services.storage, request.device))});
+    const auto code = referralCodeOf(services.storage, request.device);
+    services.codes.remember(request.device, code);
+    exchange.respond({200, codeBody(code)});
+}
+
+// A code changes but once, when two people become one, and the former one stays good.
+std::optional<Response> recallReferral(const Services& services, const Request& request) {
+    const auto code = services.codes.recall(request.device, codeRemembered);
+    return code ? std::optional(Response{200, codeBody(*code)}) : std::nullopt;
 }
 
 std::string referralCodeOf(Storage& storage, DeviceId device) {

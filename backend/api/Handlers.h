@@ -18,6 +18,7 @@ void handleRegister(const Services& services, const Request& request, Exchange& 
 void handleOnboarded(const Services& services, const Request& request, Exchange& exchange);
 void handleLink(const Services& services, const Request& request, Exchange& exchange);
 void handleReferral(const Services& services, const Request& request, Exchange& exchange);
+std::optional<Response> recallReferral(const Services& services, const Request& request);
 
 // MailHandlers.cpp
 void handleInvite(const Services& services, const Request& request, Exchange& exchange);
@@ -32,12 +33,14 @@ void handleTranslate(const Services& services, const Request& request, Exchange&
 void handleGet(const Services& services, const Request& request, Exchange& exchange);
 void handleAppcast(const Services& services, const Request& request, Exchange& exchange);
 void handleHealth(const Services& services, const Request& request, Exchange& exchange);
+std::optional<Response> instantHealth(const Services& services, const Request& request);
 void handleReady(const Services& services, const Request& request, Exchange& exchange);
 void handleMetrics(const Services& services, const Request& request, Exchange& exchange);
 
 // Common to them.
 void refuse(Exchange& exchange, int status, std::string_view code);
-void agree(Exchange& exchange); // 200 with nothing to tell
+inline constexpr const char* agreedBody = R"({"status":"ok"})"; // nothing more to tell
+void agree(Exchange& exchange);
 // False, and answered 429, when the person has done so too often. A store that is away lets everybody in.
 bool admitted(const Services& services, const Request& request, Exchange& exchange, std::string_view bucket,
               const Rate& rate);

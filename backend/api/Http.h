@@ -47,6 +47,9 @@ class Exchange {
 };
 
 using Handler = std::function<void(const Request&, Exchange&)>;
+// What can be answered from memory, at once, on the connection's own thread; nothing when the handler is
+// wanted.
+using Instant = std::function<std::optional<Response>(const Request&)>;
 
 enum class Access { open, token };
 // Where the handler runs: quick ones must not wait for anything slower than the store; slow ones wait for
@@ -60,10 +63,17 @@ struct Route {
     Work work = Work::quick;
     std::size_t bodyLimit = 0; // bytes
     Handler handler;
+    Instant instant = {}; // may be none
 };
 
-// The device of a bearer token, nothing for an unknown one. Called on the pool for quick answers; may throw.
 using Authenticator = std::function<std::optional<DeviceId>(std::string_view token)>;
+
+// Whose a bearer token is.
+struct Authentication {
+    Authenticator lookUp; // nothing for an unknown token; called on the pool for quick answers; may throw
+    // From memory, at once, on the connection's thread; nothing: look it up. May be none.
+    Authenticator recall = {};
+};
 
 // One request has ended: which route (never the client's own words), with what status (0: the client left
 // before its answer was whole), after how long. Called on a connection's thread.

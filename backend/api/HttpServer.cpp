@@ -38,9 +38,9 @@ net::awaitable<void> keepSession(std::shared_ptr<HttpSession> session, Lane& lan
 
 class HttpServer::Implementation {
  public:
-    Implementation(const ServerOptions& options, std::vector<Route> routes, Authenticator authenticate,
+    Implementation(const ServerOptions& options, std::vector<Route> routes, Authentication authentication,
                    const Pools& pools, OnServed onServed)
-        : shared_(std::make_shared<ServerShared>(options, std::move(routes), std::move(authenticate), pools,
+        : shared_(std::make_shared<ServerShared>(options, std::move(routes), std::move(authentication), pools,
                                                  std::move(onServed),
                                                  std::make_shared<ByteBudget>(options.heldBytes))) {
         for (std::size_t i = 0; i < std::max<std::size_t>(1, options.threads); ++i) {
@@ -61,15 +61,13 @@ class HttpServer::Implementation {
         if (stopped_)
             return;
         stopped_ = true;
-        shared_->draining = true;
-        net::post(lanes_[0]->context, [this] {
-            boost::system::error_code ignored;
-            acceptor_->close(ignored);
-        });
-        closeSessions(false);
+        announceEnd();
         const auto latest = std::chrono::steady_clock::now() + grace;
-        while (shared_->connections > 0 && std::chrono::steady_clock::now() < latest)
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        // Before the count is looked at: who is in the queue counts.
+        if (lanes_[0]->thread.joinable())
+            net::post(lanes_[0]->context, net::use_future([this] { stopAccepting(); })).get();
+        closeSessions(false);
+        shared_->connections.waitForNone(latest);
         closeSessions(true);
         for (auto& lane : lanes_)
             lane->guard.reset();
@@ -78,8 +76,9 @@ class HttpServer::Implementation {
                 lane->thread.join();
     }
 
+    void announceEnd() { shared_->ending = true; }
     std::uint16_t port() const { return port_; }
-    std::size_t connections() const { return shared_->connections; }
+    std::size_t connections() const { return shared_->connections.count(); }
 
  private:
     void listen(const ServerOptions& options) try {
@@ -111,7 +110,7 @@ class HttpServer::Implementation {
         while (acceptor_->is_open()) {
             Lane& lane = *lanes_[next++ % lanes_.size()];
             auto [error, socket] = co_await acceptor_->async_accept(lane.context, tupled);
-            if (error == net::error::operation_aborted || !acceptor_->is_open())
+            if (error == net::error::operation_aborted)
                 break;
             if (error) {
                 logLine("accept failed: " + error.message());
@@ -119,11 +118,29 @@ class HttpServer::Implementation {
                 [[maybe_unused]] const auto [waited] = co_await pause.async_wait(tupled);
                 continue;
             }
-            if (shared_->connections >= shared_->options.connections)
-                continue; // the socket closes here: there is no room even for an answer
-            auto session = std::make_shared<HttpSession>(std::move(socket), shared_);
-            net::co_spawn(lane.context, keepSession(std::move(session), lane), net::detached);
+            take(std::move(socket), lane);
         }
+    }
+
+    void take(tcp::socket socket, Lane& lane) {
+        if (shared_->connections.count() >= shared_->options.connections)
+            return; // the socket closes here: there is no room even for an answer
+        auto session = std::make_shared<HttpSession>(std::move(socket), shared_);
+        net::co_spawn(lane.context, keepSession(std::move(session), lane), net::detached);
+    }
+
+    // Who is in the queue of a socket of our own would be cut off with it; a socket that was handed over
+    // keeps its queue for the next who serves it.
+    void stopAccepting() {
+        boost::system::error_code error;
+        acceptor_->non_blocking(true, error);
+        while (shared_->options.inherited < 0 && !error) {
+            tcp::socket socket(lanes_[0]->context);
+            acceptor_->accept(socket, error);
+            if (!error)
+                take(std::move(socket), *lanes_[0]);
+        }
+        acceptor_->close(error);
     }
 
     void closeSessions(bool everything) {
@@ -141,15 +158,16 @@ class HttpServer::Implementation {
     bool stopped_ = false;
 };
 
-HttpServer::HttpServer(const ServerOptions& options, std::vector<Route> routes, Authenticator authenticate,
+HttpServer::HttpServer(const ServerOptions& options, std::vector<Route> routes, Authentication authentication,
                        const Pools& pools, OnServed onServed)
-    : implementation_(std::make_unique<Implementation>(options, std::move(routes), std::move(authenticate),
+    : implementation_(std::make_unique<Implementation>(options, std::move(routes), std::move(authentication),
                                                        pools, std::move(onServed))) {}
 
 HttpServer::~HttpServer() { stop(std::chrono::milliseconds(0)); }
 
 std::uint16_t HttpServer::port() const { return implementation_->port(); }
 void HttpServer::start() { implementation_->start(); }
+void HttpServer::announceEnd() { implementation_->announceEnd(); }
 void HttpServer::stop(std::chrono::milliseconds grace) { implementation_->stop(grace); }
 std::size_t HttpServer::connections() const { return implementation_->connections(); }
 

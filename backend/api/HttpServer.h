@@ -42,7 +42,7 @@ class HttpServer {
  public:
     // Listens from here on, answers after start(). Throws std::runtime_error when it cannot listen. Whatever
     // routes refer to must outlive the server.
-    HttpServer(const ServerOptions& options, std::vector<Route> routes, Authenticator authenticate,
+    HttpServer(const ServerOptions& options, std::vector<Route> routes, Authentication authentication,
                const Pools& pools, OnServed onServed = {});
     ~HttpServer(); // stop(0)
     HttpServer(const HttpServer&) = delete;
@@ -50,6 +50,8 @@ class HttpServer {
 
     std::uint16_t port() const;
     void start();
+    // Serves on, and asks every client from now on to come back on another connection.
+    void announceEnd();
     // No new connections; running requests get `grace` to end, then their connections are closed. Blocks.
     // Once.
     void stop(std::chrono::milliseconds grace);

@@ -27,7 +27,6 @@ namespace {
 constexpr std::size_t longestHeader = 16 * 1024;
 constexpr std::size_t readStep = 64 * 1024;
 constexpr auto pipelinedPoll = std::chrono::milliseconds(50);
-constexpr auto lingerTime = std::chrono::seconds(5);
 constexpr auto tupled = net::as_tuple(net::use_awaitable);
 
 WorkPool& poolOf(const Pools& pools, Work work) {
@@ -58,11 +57,12 @@ bool hungUp(int socket) {
 } // namespace
 
 HttpSession::HttpSession(net::ip::tcp::socket socket, std::shared_ptr<ServerShared> shared)
-    : stream_(std::move(socket)), timer_(stream_.get_executor()), shared_(std::move(shared)) {
-    ++shared_->connections;
+    : stream_(std::move(socket)), writer_(stream_, shared->options.writeTime), timer_(stream_.get_executor()),
+      shared_(std::move(shared)) {
+    shared_->connections.add();
 }
 
-HttpSession::~HttpSession() { --shared_->connections; }
+HttpSession::~HttpSession() { shared_->connections.remove(); }
 
 net::awaitable<void> HttpSession::run() {
     error_code ignored;
@@ -70,18 +70,30 @@ net::awaitable<void> HttpSession::run() {
     bool more = true;
     while (more && !closed_) {
         more = co_await serveOne();
-        more = more && !shared_->draining;
+        more = more && keepAlive_ && !shared_->ending;
     }
     stream_.socket().shutdown(net::ip::tcp::socket::shutdown_both, ignored);
     stream_.close();
 }
 
 void HttpSession::close(bool everything) {
-    if (!idle_ && !everything)
+    if (!everything && requestUnderWay())
         return;
     closed_ = true;
     timer_.cancel();
     stream_.close();
+}
+
+// Also one that lies in the socket, or has come in part.
+bool HttpSession::requestUnderWay() {
+    pollfd entry{stream_.socket().native_handle(), POLLIN, 0};
+    return !idle_ || buffer_.size() > 0 || ::poll(&entry, 1, 0) > 0;
+}
+
+// Once the end has been announced every answer is the last of its connection.
+HttpWriter::Form HttpSession::form(bool keepAlive) {
+    keepAlive_ = keepAlive && !shared_->ending;
+    return {version_, keepAlive_, allow_};
 }
 
 // `known` tells whether the path has any route. What the log calls the request is settled here: never by the
@@ -165,6 +177,11 @@ net::awaitable<bool> HttpSession::serveRoute(Parser& parser, const Route& route)
     request.takeId = usableHeaderWord(plain(head["X-Tirra-Take"]));
     request.platform = lowerCase(usableHeaderWord(plain(head["X-Tirra-Platform"])));
     request.query = afterQuestionMark(plain(head.target()));
+    if (route.instant && parser.is_done())
+        if (auto response = route.instant(request)) {
+            const bool more = co_await answerInstantly(std::move(*response));
+            co_return more;
+        }
     ByteBudget::Share held(shared_->bodies);
     const int refused = co_await readBody(parser, route.bodyLimit, request.body, held);
     if (refused < 0)
@@ -194,8 +211,7 @@ net::awaitable<bool> HttpSession::serveRoute(Parser& parser, const Route& route)
 net::awaitable<int> HttpSession::readBody(Parser& parser, std::size_t limit, std::string& body,
                                           ByteBudget::Share& held) {
     if (!parser.is_done() && lowerCase(plain(parser.get()[http::field::expect])) == "100-continue") {
-        std::string interim = "HTTP/1.1 100 Continue\r\n\r\n";
-        const bool written = co_await writeRaw(std::move(interim));
+        const bool written = co_await writer_.goOn();
         if (!written)
             co_return -1;
     }
@@ -229,10 +245,15 @@ net::awaitable<int> HttpSession::readBody(Parser& parser, std::size_t limit, std
 net::awaitable<int> HttpSession::checkToken(std::string token, DeviceId& device) {
     if (token.empty())
         co_return 401;
+    const auto& authentication = shared_->authentication;
+    if (const auto known = authentication.recall ? authentication.recall(token) : std::nullopt) {
+        device = *known;
+        co_return 0;
+    }
     const auto call = std::make_shared<TokenCall>();
     const ArmedSlot armed(call->slot(), waker());
     const bool queued = shared_->pools.quick.submit(
-        [call, token = std::move(token), keep = shared_] { call->run(keep->authenticate, token); });
+        [call, token = std::move(token), keep = shared_] { call->run(keep->authentication.lookUp, token); });
     if (!queued)
         co_return 503;
     for (;;) {
@@ -268,45 +289,27 @@ net::awaitable<void> HttpSession::answer(std::shared_ptr<PendingExchange> pendin
         }
         if (progress.response && !started) {
             answer.status = progress.response->status;
-            answer.whole = co_await writeResponse(std::move(*progress.response), keepAlive_);
+            answer.whole = co_await writer_.response(std::move(*progress.response), form(keepAlive_));
             co_return;
         }
         if (progress.started && !started) {
             started = true;
             answer.status = 200;
-            const bool written = co_await writeStreamHead();
+            // Under HTTP/1.0 nothing but the connection's end can tell the body's.
+            const bool written = co_await writer_.streamHead(form(keepAlive_ && version_ >= 11));
             if (!written)
                 co_return;
         }
-        const bool written = co_await answerLines(std::move(progress.lines));
+        const bool written = co_await writer_.lines(std::move(progress.lines), version_);
         if (!written)
             co_return;
         if (progress.ended) {
             answer.whole = started;
-            if (started && version_ >= 11) {
-                std::string last = "0\r\n\r\n";
-                answer.whole = co_await writeRaw(std::move(last));
-            }
+            if (started && version_ >= 11)
+                answer.whole = co_await writer_.lastChunk();
             co_return;
         }
     }
-}
-
-net::awaitable<bool> HttpSession::answerLines(std::deque<std::string> lines) {
-    for (auto& line : lines) {
-        stream_.expires_after(shared_->options.writeTime);
-        if (version_ < 11) {
-            const bool written = co_await writeRaw(std::move(line));
-            if (!written)
-                co_return false;
-            continue;
-        }
-        const auto chunk = http::make_chunk(net::const_buffer(line.data(), line.size()));
-        const auto [error, size] = co_await net::async_write(stream_, chunk, tupled);
-        if (error)
-            co_return false;
-    }
-    co_return true;
 }
 
 // Ends when the client has closed or half-closed the connection.
@@ -326,66 +329,22 @@ net::awaitable<void> HttpSession::watch() {
     gone_ = true;
 }
 
-net::awaitable<bool> HttpSession::writeResponse(Response response, bool keepAlive) {
-    http::response<http::string_body> message(static_cast<http::status>(response.status), version_);
-    message.set(http::field::content_type, response.contentType);
-    message.set("X-Content-Type-Options", "nosniff");
-    if (response.contentType.starts_with("text/html"))
-        message.set("Content-Security-Policy", "default-src 'none'; style-src 'unsafe-inline'");
-    message.set(http::field::cache_control, "no-store");
-    if (response.status == 405)
-        message.set(http::field::allow, allow_);
-    message.keep_alive(keepAlive && !shared_->draining);
-    message.body() = std::move(response.body);
-    message.prepare_payload();
-    stream_.expires_after(shared_->options.writeTime);
-    const auto [error, size] = co_await http::async_write(stream_, message, tupled);
-    co_return !error;
-}
-
-net::awaitable<bool> HttpSession::writeStreamHead() {
-    http::response<http::empty_body> message(http::status::ok, version_);
-    message.set(http::field::content_type, "application/x-ndjson");
-    message.set(http::field::cache_control, "no-store");
-    message.set("X-Accel-Buffering", "no");
-    if (version_ >= 11)
-        message.chunked(true);
-    else
-        keepAlive_ = false;
-    message.keep_alive(keepAlive_);
-    http::response_serializer<http::empty_body> serializer(message);
-    stream_.expires_after(shared_->options.writeTime);
-    const auto [error, size] = co_await http::async_write_header(stream_, serializer, tupled);
-    co_return !error;
-}
-
-net::awaitable<bool> HttpSession::writeRaw(std::string text) {
-    stream_.expires_after(shared_->options.writeTime);
-    const auto [error, size] = co_await net::async_write(stream_, net::buffer(text), tupled);
-    co_return !error;
-}
-
 // A refusal before the body was read ends the connection, and what still comes in is thrown away for a while:
 // closing at once would reset the connection, and the client would lose the answer.
 net::awaitable<bool> HttpSession::refuse(int status, std::string_view code, bool bodyUnread) {
     Response response{status, errorBody(code)};
-    const bool written = co_await writeResponse(std::move(response), keepAlive_ && !bodyUnread);
+    const bool written = co_await writer_.response(std::move(response), form(keepAlive_ && !bodyUnread));
     log(what_, written ? status : 0, std::string(code));
     if (written && bodyUnread)
-        co_await linger();
-    co_return written&& keepAlive_ && !bodyUnread;
+        co_await writer_.linger();
+    co_return written&& keepAlive_;
 }
 
-net::awaitable<void> HttpSession::linger() {
-    error_code ignored;
-    stream_.socket().shutdown(net::ip::tcp::socket::shutdown_send, ignored);
-    stream_.expires_after(lingerTime);
-    std::vector<char> thrown(readStep);
-    for (;;) {
-        const auto [error, size] = co_await stream_.async_read_some(net::buffer(thrown), tupled);
-        if (error || size == 0)
-            break;
-    }
+net::awaitable<bool> HttpSession::answerInstantly(Response response) {
+    const int status = response.status;
+    const bool written = co_await writer_.response(std::move(response), form(keepAlive_));
+    log(what_, written ? status : 0, {});
+    co_return written&& keepAlive_;
 }
 
 net::awaitable<bool> HttpSession::wait() {

@@ -2,7 +2,9 @@
 // Seen by HttpServer.cpp and HttpSession.cpp only: the two that know the HTTP library.
 #pragma once
 
+#include "api/ConnectionCount.h"
 #include "api/HttpServer.h"
+#include "api/HttpWriter.h"
 #include "api/PendingExchange.h"
 
 #include <atomic>
@@ -20,12 +22,12 @@ namespace lorvane::backend {
 struct ServerShared {
     ServerOptions options;
     std::vector<Route> routes;
-    Authenticator authenticate;
+    Authentication authentication;
     Pools pools;
     OnServed onServed;
     std::shared_ptr<ByteBudget> bodies;
-    std::atomic<std::size_t> connections = 0;
-    std::atomic<bool> draining = false;
+    ConnectionCount connections;
+    std::atomic<bool> ending = false; // every connection ends with the answer that it is at
 };
 
 // One connection, on the thread of its context.
@@ -35,7 +37,8 @@ class HttpSession : public std::enable_shared_from_this<HttpSession> {
     ~HttpSession();
 
     boost::asio::awaitable<void> run();
-    // Closes an idle connection, or with `everything` any; the running coroutine then ends by itself.
+    // Closes a connection that has no request under way, or with `everything` any; the running coroutine then
+    // ends by itself.
     void close(bool everything);
 
  private:
@@ -53,18 +56,17 @@ class HttpSession : public std::enable_shared_from_this<HttpSession> {
                                          ByteBudget::Share& held);
     boost::asio::awaitable<int> checkToken(std::string token, DeviceId& device);
     boost::asio::awaitable<void> answer(std::shared_ptr<PendingExchange> pending, Answer& answer);
-    boost::asio::awaitable<bool> answerLines(std::deque<std::string> lines);
     boost::asio::awaitable<void> watch();
-    boost::asio::awaitable<bool> writeResponse(Response response, bool keepAlive);
-    boost::asio::awaitable<bool> writeStreamHead();
-    boost::asio::awaitable<bool> writeRaw(std::string text);
+    boost::asio::awaitable<bool> answerInstantly(Response response);
     boost::asio::awaitable<bool> refuse(int status, std::string_view code, bool bodyUnread);
-    boost::asio::awaitable<void> linger();
     boost::asio::awaitable<bool> wait(); // false: the timer ran out, nobody woke it
     std::function<void()> waker();
+    HttpWriter::Form form(bool keepAlive);
+    bool requestUnderWay();
     void log(std::string_view what, int status, const std::string& notes);
 
     boost::beast::tcp_stream stream_;
+    HttpWriter writer_;
     boost::asio::steady_timer timer_;
     boost::beast::flat_buffer buffer_;
     const std::shared_ptr<ServerShared> shared_;

@@ -26,6 +26,7 @@ struct Entry {
     Work work;
     std::size_t bodyLimit;
     void (*handle)(const Services&, const Request&, Exchange&);
+    std::optional<Response> (*instant)(const Services&, const Request&) = nullptr;
 };
 
 constexpr auto table = std::to_array<Entry>({
@@ -35,7 +36,7 @@ constexpr auto table = std::to_array<Entry>({
     {"POST", "/api/transcribe-part", Access::token, Work::take, take, &handleTranscribePart},
     {"POST", "/api/onboarded", Access::token, Work::quick, small, &handleOnboarded},
     {"POST", "/api/link", Access::token, Work::quick, small, &handleLink},
-    {"GET", "/api/referral", Access::token, Work::quick, none, &handleReferral},
+    {"GET", "/api/referral", Access::token, Work::quick, none, &handleReferral, &recallReferral},
     {"POST", "/api/invite", Access::token, Work::slow, small, &handleInvite},
     {"POST", "/api/insights", Access::token, Work::slow, texts, &handleInsights},
     {"POST", "/api/summary", Access::token, Work::slow, texts, &handleSummary},
@@ -43,7 +44,7 @@ constexpr auto table = std::to_array<Entry>({
     {"POST", "/api/feedback", Access::token, Work::slow, letter, &handleFeedback},
     {"GET", "/get", Access::open, Work::quick, none, &handleGet},
     {"GET", "/appcast.xml", Access::open, Work::slow, none, &handleAppcast},
-    {"GET", "/healthz", Access::open, Work::quick, none, &handleHealth},
+    {"GET", "/healthz", Access::open, Work::quick, none, &handleHealth, &instantHealth},
     {"GET", "/readyz", Access::open, Work::quick, none, &handleReady},
     {"GET", "/metrics", Access::open, Work::quick, none, &handleMetrics},
 });
@@ -62,6 +63,13 @@ Handler guarded(const Services& services, const Entry& entry) {
     };
 }
 
+Instant instantOf(const Services& services, const Entry& entry) {
+    if (!entry.instant)
+        return {};
+    return
+        [&services, instant = entry.instant](const Request& request) { return instant(services, request); };
+}
+
 } // namespace
 
 std::vector<Route> makeRoutes(const Services& services) {
@@ -69,7 +77,7 @@ std::vector<Route> makeRoutes(const Services& services) {
     for (const auto& entry : table)
         routes.push_back({entry.method, entry.path, entry.access, entry.work,
                           entry.bodyLimit == take ? services.options.takeLimit : entry.bodyLimit,
-                          guarded(services, entry)});
+                          guarded(services, entry), instantOf(services, entry)});
     return routes;
 }
 
@@ -78,7 +86,7 @@ void refuse(Exchange& exchange, int status, std::string_view code) {
     exchange.respond({status, errorBody(code)});
 }
 
-void agree(Exchange& exchange) { exchange.respond({200, R"({"status":"ok"})"}); }
+void agree(Exchange& exchange) { exchange.respond({200, agreedBody}); }
 
 bool admitted(const Services& services, const Request& request, Exchange& exchange, std::string_view bucket,
               const Rate& rate) {

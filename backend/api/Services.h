@@ -2,6 +2,7 @@
 #pragma once
 
 #include "storage/Storage.h"
+#include "util/ShortMemory.h"
 
 #include <chrono>
 #include <functional>
@@ -11,6 +12,7 @@
 namespace lorvane::backend {
 
 class Dictation;
+class Linguist;
 class Mailer;
 class Metrics;
 class ReleaseFeed;
@@ -34,14 +36,19 @@ struct ServiceOptions {
     std::string feedbackTo = "lorvane@localhost";
 };
 
+// Of the devices that asked lately.
+using ReferralCodes = ShortMemory<DeviceId, std::string>;
+
 // What the handlers work with. All of it outlives the server.
 struct Services {
     ServiceOptions options;
     Storage& storage;
     const Dictation& dictation;
+    const Linguist& linguist;
     Mailer& mailer;
     const ReleaseFeed& releases;
     Metrics& metrics;
+    ReferralCodes& codes;
     std::function<std::string_view()> unready; // why requests should go elsewhere; empty when they may come
 };
 

@@ -4,6 +4,7 @@
 #include "api/Metrics.h"
 #include "api/ReleaseFeed.h"
 #include "api/Wire.h"
+#include "storage/StorageError.h"
 
 namespace lorvane::backend {
 
@@ -21,13 +22,21 @@ void handleAppcast(const Services& services, const Request&, Exchange& exchange)
 
 void handleHealth(const Services&, const Request&, Exchange& exchange) { agree(exchange); }
 
+// Also while every pool is busy.
+std::optional<Response> instantHealth(const Services&, const Request&) { return Response{200, agreedBody}; }
+
 void handleReady(const Services& services, const Request&, Exchange& exchange) {
     const auto reason = services.unready();
     if (!reason.empty()) {
         exchange.note(reason);
         return exchange.respond({503, reasonBody("not_ready", reason)});
     }
-    services.storage.deviceOfToken({}); // throws when the store is away
+    try {
+        services.storage.deviceOfToken({});
+    } catch (const StorageError& error) {
+        exchange.note(error.what());
+        return exchange.respond({503, reasonBody("not_ready", "the token store is away")});
+    }
     agree(exchange);
 }
 

@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t quickThreads = 2;
 constexpr std::size_t quickQueue = 4096;
-constexpr std::size_t slowThreads = 4;
+constexpr std::size_t slowThreads = 16; // they mostly wait for other servers
 constexpr std::size_t slowQueue = 256;
 
 std::unique_ptr<Mailer> mailerFor(const MailOptions& options) {
@@ -24,26 +24,24 @@ std::unique_ptr<Mailer> mailerFor(const MailOptions& options) {
 Backend::Backend(const BackendOptions& options, std::unique_ptr<Storage> storage,
                  std::unique_ptr<Engine> engine)
     : storage_(std::move(storage)), engine_(std::move(engine)), mailer_(mailerFor(options.mail)),
-      releases_(options.releases),
-      dictation_(*storage_, *engine_, memory_, options.maxAudioSeconds), services_{options.service,
-                                                                                   *storage_,
-                                                                                   dictation_,
-                                                                                   *mailer_,
-                                                                                   releases_,
-                                                                                   metrics_,
-                                                                                   [this] { return unready(); }},
+      releases_(options.releases), linguist_(options.language, options.apertium),
+      dictation_(*storage_, *engine_, memory_, linguist_, options.maxAudioSeconds),
+      tokens_(*storage_, options.tokenTime),
+      services_{options.service, *storage_, dictation_,
+                linguist_,       *mailer_,  releases_,
+                metrics_,        codes_,    [this] { return unready(); }},
       quick_(quickThreads, quickQueue), slow_(slowThreads, slowQueue), takes_(options.workers, options.queue),
-      server_(
-          options.server, makeRoutes(services_),
-          [this](std::string_view token) { return storage_->deviceOfToken(sha256(token)); },
-          {quick_, slow_, takes_},
-          [this](std::string_view what, int status, std::chrono::milliseconds took) {
-              metrics_.countRequest(what, status, took);
-          }) {
+      server_(options.server, makeRoutes(services_),
+              {[this](std::string_view token) { return tokens_.deviceOf(token); },
+               [this](std::string_view token) { return tokens_.recall(token); }},
+              {quick_, slow_, takes_},
+              [this](std::string_view what, int status, std::chrono::milliseconds took) {
+                  metrics_.countRequest(what, status, took);
+              }) {
     addGauges();
 }
 
-Backend::~Backend() = default;
+Backend::~Backend() { stopping_.request_stop(); }
 
 void Backend::start() {
     server_.start();
@@ -58,10 +56,18 @@ void Backend::start() {
     });
     if (!queued)
         logLine("the speech engine loads with the first take");
+    if (!slow_.submit([this] { linguist_.prepare(stopping_.get_token()); }))
+        logLine("no local translation");
+}
+
+void Backend::announceEnd() {
+    ending_ = true;
+    server_.announceEnd();
 }
 
 void Backend::stop(std::chrono::milliseconds grace) {
     announceEnd();
+    stopping_.request_stop();
     server_.stop(grace);
 }
 

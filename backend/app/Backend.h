@@ -7,6 +7,8 @@
 #include "api/ReleaseFeed.h"
 #include "api/Services.h"
 #include "api/TakeMemory.h"
+#include "api/TokenCache.h"
+#include "language/Linguist.h"
 #include "mail/Mailer.h"
 #include "util/WorkPool.h"
 
@@ -14,6 +16,8 @@
 #include <chrono>
 #include <memory>
 #include <optional>
+#include <stop_token>
+#include <vector>
 
 namespace lorvane::backend {
 
@@ -27,9 +31,12 @@ struct BackendOptions {
     ServiceOptions service;
     MailOptions mail;
     ReleaseOptions releases;
-    std::size_t workers = 2; // recognitions at once
-    std::size_t queue = 64;  // takes that wait for one
+    std::vector<ChatServer> language; // in order of preference
+    std::filesystem::path apertium;   // empty: no local translation
+    std::size_t workers = 2;          // recognitions at once
+    std::size_t queue = 64;           // takes that wait for one
     double maxAudioSeconds = 30 * 60;
+    std::chrono::seconds tokenTime{60}; // how long a good token stays so while the store is away
 };
 
 // The whole service, put together. Listens from its construction on and answers after start().
@@ -42,7 +49,7 @@ class Backend {
     // Also begins to load the engine, beside the answering.
     void start();
     // Tells those who ask that requests should go elsewhere, and still answers them.
-    void announceEnd() { ending_ = true; }
+    void announceEnd();
     // Running requests get `grace` to end. Blocks. Once.
     void stop(std::chrono::milliseconds grace);
     std::size_t connections() const { return server_.connections(); }
@@ -59,10 +66,14 @@ class Backend {
     const std::unique_ptr<Mailer> mailer_;
     const ReleaseFeed releases_;
     TakeMemory memory_;
+    Linguist linguist_;
     const Dictation dictation_;
     Metrics metrics_;
+    TokenCache tokens_;
+    ReferralCodes codes_{100'000};
     std::atomic<EngineState> engineState_ = EngineState::loading;
     std::atomic<bool> ending_ = false;
+    std::stop_source stopping_; // ends the preparations
     const Services services_;
     WorkPool quick_;
     WorkPool slow_;

@@ -21,16 +21,36 @@ void addProgram(CLI::App& app, RawOptions& raw) {
     add(app, "--listen", "ADDRESS:PORT", raw.listen, "Address and port; port 0 takes a free one");
     add(app, "--port", "PORT", raw.port, "Port alone, over that of --listen");
     add(app, "--port-file", "FILE", raw.portFile, "Write the port there once listening");
-    add(app, "--database", "FILE", raw.database, "SQLite file, made when missing");
+    add(app, "--database", "FILE|ADDRESS", raw.database,
+        "SQLite file, made when missing; or postgresql://[USER@]HOST[:PORT]/NAME for several backends");
     add(app, "--models", "DIR", raw.models, "Folder of en-us/, en-us.lm.bin and cmudict-en-us.dict");
     add(app, "--speech", "SERVERS", raw.speech,
         "Speech servers, \"KIND URL [model=NAME] [key-file=FILE]; ...\", the first that answers; without "
         "any, pocketsphinx");
+    add(app, "--language", "SERVERS", raw.language,
+        "Language servers for clean-up, translation, labels, insights and summaries, written like --speech; "
+        "without any, rules");
+    add(app, "--apertium", "PROGRAM", raw.apertium,
+        "Translates where no language server does, with the pairs installed; empty: nothing does");
     app.add_option("--parent-watch", raw.parent,
                    "End when the process that started this one is gone; PID guards against one gone already")
         ->type_name("[PID]")
         ->expected(0, 1)
         ->configurable(false);
+}
+
+void addDatabase(CLI::App& app, RawOptions& raw) {
+    add(app, "--database-password-file", "FILE", raw.databasePasswordFile,
+        "Its first line is the password at PostgreSQL, read for each connection")
+        ->check(CLI::ExistingFile);
+    add(app, "--database-connections", "N", raw.databaseConnections, "Connections to PostgreSQL at once")
+        ->check(CLI::Range(1, 1000));
+    add(app, "--database-time", "SECONDS", raw.databaseSeconds,
+        "Longest wait for PostgreSQL: to connect, for a statement, for a free connection")
+        ->check(CLI::Range(1, 60));
+    add(app, "--token-time", "SECONDS", raw.tokenSeconds,
+        "How long a token that was good stays so while the database is away")
+        ->check(CLI::Range(0, 3600));
 }
 
 void addBounds(CLI::App& app, RawOptions& raw) {
@@ -98,6 +118,7 @@ void addMail(CLI::App& app, RawOptions& raw) {
 
 void addOptions(CLI::App& app, RawOptions& raw) {
     addProgram(app, raw);
+    addDatabase(app, raw);
     addBounds(app, raw);
     addLimits(app, raw);
     addSite(app, raw);

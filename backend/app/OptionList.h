@@ -20,8 +20,14 @@ struct RawOptions {
     std::string portFile;
     std::string parent;
     std::string database;
+    std::string databasePasswordFile;
+    std::size_t databaseConnections = 8;
+    std::size_t databaseSeconds = 3;
+    std::size_t tokenSeconds = 60;
     std::string models = "/usr/share/pocketsphinx/model/en-us";
     std::string speech;
+    std::string language;
+    std::string apertium = "/usr/bin/apertium";
     std::size_t workers = 0;
     std::size_t queue = 64;
     std::size_t ioThreads = 1;

@@ -3,7 +3,7 @@
 
 #include "app/ConfigLayers.h"
 #include "app/OptionList.h"
-#include "app/SpeechOption.h"
+#include "app/ServerOption.h"
 #include "mail/Address.h"
 #include "util/Base64.h"
 #include "util/Signature.h"
@@ -140,6 +140,22 @@ ServiceOptions readService(const RawOptions& raw) {
     return service;
 }
 
+bool isPostgres(const std::string& database) {
+    return database.starts_with("postgresql://") || database.starts_with("postgres://");
+}
+
+std::optional<PostgresOptions> readPostgres(const RawOptions& raw) {
+    if (!isPostgres(raw.database)) {
+        if (!raw.databasePasswordFile.empty())
+            fail("database-password-file", "wanted for postgresql:// alone");
+        return std::nullopt;
+    }
+    if (const auto flaw = flawOfPostgresAddress(raw.database); !flaw.empty())
+        fail("database", flaw);
+    return PostgresOptions{raw.database, raw.databasePasswordFile, raw.databaseConnections,
+                           std::chrono::seconds(raw.databaseSeconds)};
+}
+
 ServerOptions readServer(const RawOptions& raw) {
     ServerOptions server;
     readListen(raw, server);
@@ -159,7 +175,8 @@ std::size_t workersFor(const RawOptions& raw, bool servers) {
 
 ProgramOptions meaningOf(const RawOptions& raw) {
     ProgramOptions options;
-    options.database = raw.database;
+    options.postgres = readPostgres(raw);
+    options.database = options.postgres ? defaultDatabase() : std::filesystem::path(raw.database);
     options.portFile = raw.portFile;
     options.models = raw.models;
     options.drainDelay = std::chrono::seconds(raw.drainDelaySeconds);
@@ -171,8 +188,11 @@ ProgramOptions meaningOf(const RawOptions& raw) {
     options.backend.mail = readMail(raw, options.database);
     options.backend.releases = readReleases(raw);
     options.speech = readSpeech(raw.speech);
+    options.backend.language = readLanguage(raw.language);
+    options.backend.apertium = raw.apertium;
     options.backend.workers = workersFor(raw, !options.speech.empty());
     options.backend.queue = raw.queue;
+    options.backend.tokenTime = std::chrono::seconds(raw.tokenSeconds);
     options.backend.maxAudioSeconds = raw.audioMinutes * 60;
     return options;
 }

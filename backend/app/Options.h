@@ -3,6 +3,7 @@
 
 #include "app/Backend.h"
 #include "engines/Upstreams.h"
+#include "storage/PostgresLink.h"
 
 #include <filesystem>
 #include <optional>
@@ -13,7 +14,8 @@ namespace lorvane::backend {
 struct ProgramOptions {
     BackendOptions backend;
     std::filesystem::path database;
-    std::filesystem::path portFile; // empty: none
+    std::optional<PostgresOptions> postgres; // instead of the file
+    std::filesystem::path portFile;          // empty: none
     std::filesystem::path models;
     std::vector<SpeechUpstream> speech; // none: pocketsphinx
     bool watchParent = false;

@@ -5,6 +5,7 @@
 #include "engines/MemoryFile.h"
 
 #include <algorithm>
+#include <ctime>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -13,6 +14,7 @@ extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
 #include <libavutil/channel_layout.h>
+#include <libavutil/mem.h>
 #include <libavutil/opt.h>
 #include <libswresample/swresample.h>
 }
@@ -25,6 +27,8 @@ namespace {
 constexpr int lowestRate = 4'000;
 constexpr int highestRate = 384'000;
 constexpr int mostChannels = 8;
+// An index may announce millions of samples in a few bytes. That of ten hours takes 40 MB.
+constexpr std::size_t largestAllocation = std::size_t(64) << 20;
 
 struct FreeFormat {
     void operator()(AVFormatContext* it) const { avformat_close_input(&it); }
@@ -48,21 +52,50 @@ using Packet = std::unique_ptr<AVPacket, FreePacket>;
 using Frame = std::unique_ptr<AVFrame, FreeFrame>;
 using Resampler = std::unique_ptr<SwrContext, FreeResampler>;
 
-int stopRequested(void* token) { return static_cast<std::stop_token*>(token)->stop_requested() ? 1 : 0; }
+// Of this thread: how busy the machine is otherwise does not count.
+double processorSeconds() {
+    timespec time{};
+    ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
 
-Format openFormat(AVIOContext* io, std::stop_token& stop) {
+// Whether decoding may go on.
+class Patience {
+ public:
+    Patience(const std::vector<std::int16_t>& out, std::stop_token stop)
+        : out_(out), stop_(std::move(stop)) {}
+
+    bool over() const { return stop_.stop_requested() || spent(); }
+    AudioError reason() const {
+        return stop_.stop_requested() ? AudioError::stopped : AudioError::unreadable;
+    }
+    static int interrupt(void* self) { return static_cast<const Patience*>(self)->over() ? 1 : 0; }
+
+ private:
+    bool spent() const {
+        const auto sound = static_cast<double>(out_.size()) / sampleRate;
+        return processorSeconds() - began_ > decodingTime + decodingTimeOfASecond * sound;
+    }
+
+    const std::vector<std::int16_t>& out_;
+    const std::stop_token stop_;
+    const double began_ = processorSeconds();
+};
+
+Format openFormat(AVIOContext* io, Patience& patience) {
     AVFormatContext* raw = avformat_alloc_context();
     if (!raw)
         return nullptr;
     raw->pb = io;
     raw->flags |= AVFMT_FLAG_CUSTOM_IO;
-    raw->interrupt_callback = {&stopRequested, &stop};
+    raw->interrupt_callback = {&Patience::interrupt, &patience};
     AVDictionary* options = nullptr;
     // Nothing but the take formats, and never another file that the bytes may point to.
     av_dict_set(&options, "format_whitelist", "mov,mp4,m4a,3gp,3g2,mj2,wav,flac", 0);
     av_dict_set(&options, "codec_whitelist", "aac,alac,flac,pcm_s16le,pcm_s24le,pcm_s32le,pcm_u8,pcm_f32le",
                 0);
     av_dict_set(&options, "protocol_whitelist", "none", 0);
+    av_dict_set(&options, "max_streams", "4", 0); // the sound, and a picture or the like
     const int opened = avformat_open_input(&raw, "", nullptr, &options); // frees raw when it fails
     av_dict_free(&options);
     if (opened < 0)
@@ -158,15 +191,15 @@ bool drainFrames(AVCodecContext& codec, AVFrame& frame, ToSpeechSamples& samples
 }
 
 std::optional<AudioError> decodeStream(AVFormatContext& format, int stream, AVCodecContext& codec,
-                                       ToSpeechSamples& samples, const std::stop_token& stop) {
+                                       ToSpeechSamples& samples, const Patience& patience) {
     const Packet packet(av_packet_alloc());
     const Frame frame(av_frame_alloc());
     if (!packet || !frame)
         return AudioError::unreadable;
     bool good = true;
     while (good && !samples.full() && av_read_frame(&format, packet.get()) >= 0) {
-        if (stop.stop_requested())
-            return AudioError::stopped;
+        if (patience.over())
+            return patience.reason();
         // A damaged packet costs its own sound and no more.
         if (packet->stream_index == stream && avcodec_send_packet(&codec, packet.get()) >= 0)
             good = drainFrames(codec, *frame, samples);
@@ -183,15 +216,18 @@ std::optional<AudioError> decodeStream(AVFormatContext& format, int stream, AVCo
 
 DecodedAudio decodeAudio(std::string_view file, double maxSeconds, const std::stop_token& stop) {
     static std::once_flag quiet;
-    std::call_once(quiet, [] { av_log_set_level(AV_LOG_QUIET); }); // its words on damaged files are not ours
+    std::call_once(quiet, [] {
+        av_log_set_level(AV_LOG_QUIET); // its words on damaged files are not ours
+        av_max_alloc(largestAllocation);
+    });
     std::vector<std::int16_t> out;
     if (file.empty())
         return out;
-    std::stop_token token = stop;
+    Patience patience(out, stop);
     const MemoryFile memory(file);
-    const Format format = openFormat(memory.context(), token);
+    const Format format = openFormat(memory.context(), patience);
     if (!format)
-        return stop.stop_requested() ? AudioError::stopped : AudioError::unreadable;
+        return patience.reason();
     const int stream = av_find_best_stream(format.get(), AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
     if (stream < 0)
         return AudioError::unreadable;
@@ -199,7 +235,7 @@ DecodedAudio decodeAudio(std::string_view file, double maxSeconds, const std::st
     if (!codec)
         return AudioError::unreadable;
     ToSpeechSamples samples(out, static_cast<std::size_t>(maxSeconds * sampleRate));
-    if (const auto error = decodeStream(*format, stream, *codec, samples, stop))
+    if (const auto error = decodeStream(*format, stream, *codec, samples, patience))
         return *error;
     return out;
 }

@@ -168,6 +168,11 @@ bool Connection::closedWithin(std::chrono::milliseconds time) {
     }
 }
 
+bool Connection::readableWithin(std::chrono::milliseconds time) const {
+    pollfd entry{socket_, POLLIN, 0};
+    return !buffer_.empty() || ::poll(&entry, 1, static_cast<int>(time.count())) > 0;
+}
+
 std::string requestText(const Call& call) {
     std::string text = call.method + ' ' + call.path + " HTTP/1.1\r\nHost: localhost\r\n";
     if (!call.token.empty())

@@ -45,6 +45,9 @@ class Connection {
     // True when the other side has closed within the time.
     bool closedWithin(std::chrono::milliseconds time);
 
+    // Whether something comes, or the other side closes, within the time.
+    bool readableWithin(std::chrono::milliseconds time) const;
+
     void setPatience(std::chrono::milliseconds time);
 
  private:

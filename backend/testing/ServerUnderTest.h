@@ -15,7 +15,7 @@ namespace lorvane::backend::testing {
 class ServerUnderTest {
  public:
     explicit ServerUnderTest(std::vector<Route> routes, const ServerOptions& options = {})
-        : server_(options, std::move(routes), &ServerUnderTest::authenticate, {quick_, quick_, takes_}) {
+        : server_(options, std::move(routes), {&ServerUnderTest::authenticate}, {quick_, quick_, takes_}) {
         server_.start();
     }
     std::uint16_t port() const { return server_.port(); }

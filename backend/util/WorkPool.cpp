@@ -54,8 +54,12 @@ void WorkPool::work() {
                 return;
             job = std::move(jobs_.front());
             jobs_.pop_front();
+            ++running_;
         }
         job();
+        job = {}; // what it holds goes before it counts as done
+        const std::lock_guard lock(mutex_);
+        --running_;
     }
 }
 

@@ -159,8 +159,7 @@ TEST_F(BackendTest, ABrokenStreamStopsAndTheFallbackGoesOnFromThere) {
         if (index != 1 || !first.exchange(false))
             return;
         waiting = true;
-        while (!stop.stop_requested())
-            std::this_thread::sleep_for(1ms);
+        eventually([&] { return stop.stop_requested(); });
     };
     {
         Connection connection(port_);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The program itself, as a process.
 #include "testing/BackendUnderTest.h"
+#include "testing/Program.h"
+#include "testing/ScriptedChat.h"
 #include "testing/ScriptedUpstream.h"
 #include "testing/ServerUnderTest.h"
 #include "testing/Sound.h"
@@ -23,63 +25,12 @@ using namespace std::chrono_literals;
 
 namespace {
 
-// Runs the program with its standard streams in files. The destructor ends what still runs.
-class Program {
+// The backend, as a process.
+class BackendProgram : public Program {
  public:
-    // `prepare` runs in the new process before the program.
-    Program(const TemporaryFolder& folder, const std::vector<std::string>& arguments,
-            const std::string& name = "run", const std::function<void()>& prepare = {})
-        : out_(folder / (name + ".out")), log_(folder / (name + ".log")), pid_(::fork()) {
-        if (pid_ != 0)
-            return;
-        if (prepare)
-            prepare();
-        exec(arguments);
-    }
-    ~Program() {
-        if (pid_ > 0 && !status_) {
-            ::kill(pid_, SIGKILL);
-            ::waitpid(pid_, nullptr, 0);
-        }
-    }
-    Program(const Program&) = delete;
-    Program& operator=(const Program&) = delete;
-
-    pid_t pid() const { return pid_; }
-    std::string out() const { return std::filesystem::exists(out_) ? readFile(out_) : ""; }
-    std::string log() const { return std::filesystem::exists(log_) ? readFile(log_) : ""; }
-
-    // The exit status, or -1 for an end by a signal, -2 for none within the time.
-    int wait(std::chrono::milliseconds bound = 20s) {
-        const bool ended = eventually(
-            [this] {
-                int status = 0;
-                if (::waitpid(pid_, &status, WNOHANG) == pid_)
-                    status_ = status;
-                return status_.has_value();
-            },
-            bound);
-        if (!ended)
-            return -2;
-        return WIFEXITED(*status_) ? WEXITSTATUS(*status_) : -1;
-    }
-
- private:
-    [[noreturn]] void exec(const std::vector<std::string>& arguments) {
-        ::dup2(::open(out_.c_str(), O_CREAT | O_WRONLY | O_TRUNC, 0600), STDOUT_FILENO);
-        ::dup2(::open(log_.c_str(), O_CREAT | O_WRONLY | O_TRUNC, 0600), STDERR_FILENO);
-        std::vector<char*> argv{const_cast<char*>(LORVANE_BACKEND_PROGRAM)};
-        for (const auto& argument : arguments)
-            argv.push_back(const_cast<char*>(argument.c_str()));
-        argv.push_back(nullptr);
-        ::execv(LORVANE_BACKEND_PROGRAM, argv.data());
-        ::_exit(127);
-    }
-
-    const std::filesystem::path out_;
-    const std::filesystem::path log_;
-    const pid_t pid_;
-    std::optional<int> status_;
+    BackendProgram(const TemporaryFolder& folder, const std::vector<std::string>& arguments,
+                   const std::string& name = "run", const std::function<void()>& prepare = {})
+        : Program(folder, LORVANE_BACKEND_PROGRAM, arguments, name, prepare) {}
 };
 
 struct Ended {
@@ -91,7 +42,7 @@ struct Ended {
 // Runs to its end with these variables set.
 Ended ran(const TemporaryFolder& folder, const std::vector<std::string>& arguments,
           const std::map<std::string, std::string>& variables = {}) {
-    Program program(folder, arguments, "ran", [&] {
+    BackendProgram program(folder, arguments, "ran", [&] {
         for (const auto& [name, value] : variables)
             ::setenv(name.c_str(), value.c_str(), 1);
     });
@@ -139,7 +90,7 @@ class ProgramTest : public ::testing::Test {
 };
 
 TEST_F(ProgramTest, ItSaysWhereItListensAndAnswersThere) {
-    Program program(folder_, usual());
+    BackendProgram program(folder_, usual());
     const auto at = port();
     ASSERT_NE(at, 0) << program.log();
     EXPECT_EQ(request(at, {"GET", "/healthz", "", "", "", "", ""}).status, 200);
@@ -152,7 +103,7 @@ TEST_F(ProgramTest, ItSaysWhereItListensAndAnswersThere) {
 
 TEST_F(ProgramTest, ItListensBeforeTheModelIsLoaded) {
     const auto began = std::chrono::steady_clock::now();
-    Program program(folder_, usual());
+    BackendProgram program(folder_, usual());
     ASSERT_NE(port(), 0);
     const std::chrono::duration<double, std::milli> took = std::chrono::steady_clock::now() - began;
     std::printf("listening after %.0f ms\n", took.count());
@@ -166,7 +117,7 @@ TEST_F(ProgramTest, ATokenOutlivesTheProcessAndIsInNoLog) {
     std::vector<std::int16_t> samples(audio.size() / 2);
     std::memcpy(samples.data(), audio.data(), samples.size() * 2);
     for (int run = 0; run < 2; ++run) {
-        Program program(folder_, usual(), "run" + std::to_string(run));
+        BackendProgram program(folder_, usual(), "run" + std::to_string(run));
         const auto at = port();
         ASSERT_NE(at, 0) << program.log();
         if (run == 0)
@@ -201,7 +152,7 @@ TEST_F(ProgramTest, ItEndsWithAParentThatIsKilled) {
     ASSERT_EQ(::pipe(ends), 0);
     const pid_t parent = ::fork();
     if (parent == 0) {
-        Program child(folder_, usual({"--parent-watch"}));
+        BackendProgram child(folder_, usual({"--parent-watch"}));
         const pid_t pid = child.pid();
         if (::write(ends[1], &pid, sizeof pid) != sizeof pid)
             ::_exit(1);
@@ -227,18 +178,18 @@ TEST_F(ProgramTest, ItEndsWithAParentThatIsKilled) {
 }
 
 TEST_F(ProgramTest, ItEndsWhenTheParentWasGoneBeforeItStarted) {
-    Program program(folder_, usual({"--parent-watch", "1"}));
+    BackendProgram program(folder_, usual({"--parent-watch", "1"}));
     EXPECT_EQ(program.wait(), 0) << program.log();
 }
 
 TEST_F(ProgramTest, WithoutTheWatchItStays) {
-    Program program(folder_, usual());
+    BackendProgram program(folder_, usual());
     ASSERT_NE(port(), 0);
     EXPECT_EQ(program.wait(1500ms), -2) << program.log();
 }
 
 TEST_F(ProgramTest, AnEndInTheMiddleOfATakeIsClean) {
-    Program program(folder_, usual({"--drain", "0"}));
+    BackendProgram program(folder_, usual({"--drain", "0"}));
     const auto at = port();
     ASSERT_NE(at, 0);
     const auto token = member(request(at, {"POST", "/api/register", "", "application/json", "", "",
@@ -259,17 +210,17 @@ TEST_F(ProgramTest, AnEndInTheMiddleOfATakeIsClean) {
 }
 
 TEST_F(ProgramTest, WrongOptionsAndAPortInUseAreSaid) {
-    Program help(folder_, {"--help"}, "help");
+    BackendProgram help(folder_, {"--help"}, "help");
     EXPECT_EQ(help.wait(), 0);
     EXPECT_NE(help.out().find("--parent-watch"), std::string::npos);
-    Program unknown(folder_, {"--nonsense"}, "unknown");
+    BackendProgram unknown(folder_, {"--nonsense"}, "unknown");
     EXPECT_GT(unknown.wait(), 0);
-    Program badPort(folder_, {"--listen", "127.0.0.1:99999"}, "badport");
+    BackendProgram badPort(folder_, {"--listen", "127.0.0.1:99999"}, "badport");
     EXPECT_GT(badPort.wait(), 0);
-    Program first(folder_, usual());
+    BackendProgram first(folder_, usual());
     const auto at = port();
     ASSERT_NE(at, 0);
-    Program second(
+    BackendProgram second(
         folder_,
         {"--listen", "127.0.0.1:" + std::to_string(at), "--database", (folder_ / "b.sqlite").string()},
         "second");
@@ -328,6 +279,8 @@ TEST_F(ProgramTest, AnErrorNamesTheKeyAndWhereItStands) {
         {"speech = openai https://x\n", "speech: openai wants a model"},
         {"speech = generic http://x lang=en\n", "speech: \"lang=en\" is neither"},
         {"speech = generic http://x key-file=/absent\n", "speech: /absent cannot be read"},
+        {"language = whispercpp http://x\n", "language: \"whispercpp\" is no kind"},
+        {"language = vllm http://x\n", "language: vllm wants a model"},
     };
     for (const auto& [text, expected] : files) {
         put(file, text);
@@ -389,20 +342,20 @@ TEST_F(ProgramTest, ASocketThatAServiceManagerHandsOverIsServed) {
     for (const char* name : {"first", "second"}) {
         Connection early(at);
         early.send(requestText({"GET", "/healthz", "", "", "", "", ""}));
-        Program program(folder_, usual(), name, hand("1"));
+        BackendProgram program(folder_, usual(), name, hand("1"));
         EXPECT_EQ(early.readReply().status, 200) << program.log();
         EXPECT_EQ(port(), at);
         ::kill(program.pid(), SIGTERM);
         EXPECT_EQ(program.wait(), 0) << program.log();
     }
-    Program two(folder_, usual(), "two", hand("2"));
+    BackendProgram two(folder_, usual(), "two", hand("2"));
     EXPECT_EQ(two.wait(), 1);
     EXPECT_NE(two.log().find("LISTEN_FDS is 2"), std::string::npos) << two.log();
     ::close(listening);
 }
 
 TEST_F(ProgramTest, AfterTheSignalItSaysUnreadyAndServesOnForTheDelay) {
-    Program program(folder_, usual({"--drain-delay", "60"}));
+    BackendProgram program(folder_, usual({"--drain-delay", "60"}));
     const auto at = port();
     ASSERT_NE(at, 0);
     const auto status = [&](const char* path) {
@@ -422,8 +375,9 @@ TEST_F(ProgramTest, ATakeIsWrittenByTheFirstSpeechServerThatAnswers) {
         return std::optional(jsonAnswer(200, R"({"text":" Ich komme am Montag, ähm, vielleicht. "})"));
     });
     put(folder_ / "key", "the-secret-key\n");
-    Program program(folder_, usual({"--speech", "whispercpp " + down.url() + "; openai " + up.url() +
-                                                    "/ model=large key-file=" + (folder_ / "key").string()}));
+    BackendProgram program(folder_,
+                           usual({"--speech", "whispercpp " + down.url() + "; openai " + up.url() +
+                                                  "/ model=large key-file=" + (folder_ / "key").string()}));
     const auto at = port();
     ASSERT_NE(at, 0) << program.log();
     const auto token = member(request(at, {"POST", "/api/register", "", "application/json", "", "",
@@ -443,6 +397,35 @@ TEST_F(ProgramTest, ATakeIsWrittenByTheFirstSpeechServerThatAnswers) {
     EXPECT_EQ(stream.done, "Hallo Anna. Ich komme am Montag, ähm, vielleicht.");
     EXPECT_EQ(stream.raw, stream.done);
     EXPECT_NE(up.requests().at(0).find("Authorization: Bearer the-secret-key\r\n"), std::string::npos);
+    EXPECT_EQ((program.log() + program.out()).find("the-secret-key"), std::string::npos);
+    EXPECT_EQ(program.log().find("Montag"), std::string::npos);
+}
+
+TEST_F(ProgramTest, ATakeIsCleanedByTheLanguageServerThatIsNamed) {
+    const ScriptedUpstream hears([](const std::string&) {
+        return std::optional(jsonAnswer(200, R"({"text":"ähm ich komme am Montag"})"));
+    });
+    const ScriptedUpstream writes([](const std::string& request) {
+        const bool label = readChatCall(request).system.find("\"label\"") != std::string::npos;
+        return std::optional(chatAnswer({label ? R"({"label":"work"})" : "Ich komme am Montag."}));
+    });
+    put(folder_ / "key", "the-secret-key\n");
+    BackendProgram program(
+        folder_, usual({"--speech", "generic " + hears.url(), "--language",
+                        "openai " + writes.url() + "/ model=small key-file=" + (folder_ / "key").string()}));
+    const auto at = port();
+    ASSERT_NE(at, 0) << program.log();
+    const auto token = member(request(at, {"POST", "/api/register", "", "application/json", "", "",
+                                           R"({"device":"6F9619FF-8B86-D011-B42D-00C04FC964FF"})"})
+                                  .body,
+                              "token");
+    const auto fields = framedTake(R"({"ext":"wav","lang":"de"})", wavFile(tone(1, 0.3)));
+    const auto reply =
+        request(at, {"POST", "/api/dictate", token, "application/vnd.tirra.take", "", "", fields});
+    EXPECT_EQ(reply.body,
+              R"({"text":"Ich komme am Montag.","raw":"ähm ich komme am Montag","category":"work"})");
+    EXPECT_EQ(readChatCall(writes.requests().at(0)).model, "small");
+    EXPECT_NE(writes.requests().at(0).find("Authorization: Bearer the-secret-key\r\n"), std::string::npos);
     EXPECT_EQ((program.log() + program.out()).find("the-secret-key"), std::string::npos);
     EXPECT_EQ(program.log().find("Montag"), std::string::npos);
 }

@@ -3,8 +3,10 @@
 #include "testing/Sound.h"
 
 #include <cmath>
+#include <ctime>
 #include <gtest/gtest.h>
 #include <random>
+#include <sys/resource.h>
 
 using namespace lorvane::backend;
 using namespace lorvane::backend::testing;
@@ -38,6 +40,40 @@ void expectTone(const DecodedAudio& audio, double length, double tolerance) {
 const std::string& sample() {
     static const auto file = wavFile(tone(2.0, 0.3));
     return file;
+}
+
+double processorSeconds() {
+    timespec time{};
+    ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+void putNumber(std::string& file, std::size_t at, std::uint32_t number) {
+    for (std::size_t i = 0; i < 4; ++i)
+        file.at(at + i) = static_cast<char>(number >> (24 - 8 * i) & 0xffU);
+}
+
+// An M4A whose index says that it has `packets`, each of one byte; so many are there.
+std::string bombOf(std::uint32_t packets, std::size_t there) {
+    auto file = convertedByFfmpeg(sample(), "-c:a aac -b:a 32k -movflags +faststart", "m4a");
+    const auto place = [&](const char* box) {
+        const auto at = file.find(box);
+        if (at == std::string::npos)
+            throw std::runtime_error(box);
+        return at + 8; // after its name, version and flags
+    };
+    file.replace(file.find("edts"), 4, "free"); // it would cut the sound to its true length
+    putNumber(file, place("stsz"), 1);
+    putNumber(file, place("stsz") + 4, packets);
+    putNumber(file, place("stts") + 4, packets);
+    putNumber(file, place("stsc") + 8, packets);
+    return file.append(there, '\x21');
+}
+
+long mostKiB() {
+    rusage usage{};
+    ::getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss;
 }
 
 } // namespace
@@ -152,4 +188,25 @@ TEST(AudioDecoder, DamagedFilesNeitherCrashNorHang) {
             readable += seconds(decoded(damaged)) >= 0 ? 1 : 0;
         }
     EXPECT_GT(readable, 50);
+}
+
+TEST(AudioDecoder, AFileThatKeepsTheProcessorBusyForNothingIsGivenUp) {
+    const auto bomb = bombOf(2'500'000, 2'500'000);
+    const auto began = processorSeconds();
+    const auto audio = decoded(bomb);
+    const auto took = processorSeconds() - began;
+    std::printf("given up after %.2f s of processor time\n", took);
+    ASSERT_TRUE(std::holds_alternative<AudioError>(audio));
+    EXPECT_EQ(std::get<AudioError>(audio), AudioError::unreadable);
+    EXPECT_GE(took, decodingTime);
+    EXPECT_LT(took, 2 * decodingTime);
+}
+
+TEST(AudioDecoder, AnIndexOfBillionsTakesNeitherMemoryNorTime) {
+    const auto bomb = bombOf(0x7fffffff, 4'000);
+    const auto began = processorSeconds();
+    const auto before = mostKiB();
+    EXPECT_LT(seconds(decoded(bomb)), 1);
+    EXPECT_LT(processorSeconds() - began, decodingTime);
+    EXPECT_LT(mostKiB() - before, 128 * 1024);
 }
