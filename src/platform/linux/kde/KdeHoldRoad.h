@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "base/Foundation.h"
+#include "input/HoldRoad.h"
+#include "platform/linux/kde/GlobalShortcuts.h"
+#include "platform/linux/kde/KdeKeyTable.h"
+#include "platform/linux/kde/ShortcutGuard.h"
+
+#include <memory>
+#include <set>
+
+namespace lorvane {
+
+/// Ctrl, Alt or Shift alone, the extra key and Escape as global shortcuts of a KDE session. A modifier is
+/// seen by every application as ever; the extra key and Escape reach none while they are watched, so Escape
+/// is to be watched only while there is something to cancel. The release of a modifier is told when another
+/// key goes down; whether a key is down cannot be asked. Main thread.
+class KdeHoldRoad final : public HoldRoad {
+ public:
+    KdeHoldRoad(const QDBusConnection& session, const Foundation& foundation);
+    KdeHoldRoad(const KdeHoldRoad&) = delete;
+    KdeHoldRoad& operator=(const KdeHoldRoad&) = delete;
+    ~KdeHoldRoad() override = default;
+
+    [[nodiscard]] QString name() const override { return QStringLiteral("KDE global shortcuts"); }
+    [[nodiscard]] HoldOffer offer() const override;
+    [[nodiscard]] Handle watch(std::vector<int> keyCodes,
+                               std::function<void(const HoldEdge&)> observer) override;
+    QCoro::Task<std::optional<bool>> isHeld(int keyCode, TaskScope scope) override;
+    [[nodiscard]] Handle onChange(std::function<void()> changed) override {
+        return changed_.subscribe(std::move(changed));
+    }
+
+ private:
+    struct Watch {
+        std::vector<int> keyCodes;
+        std::function<void(const HoldEdge&)> observer;
+    };
+
+    void endWatch(const std::shared_ptr<Watch>& watch);
+    /// Takes what the watch wants and lets go of everything else.
+    void follow();
+    void takeKey(const KdeKey& key);
+    void stayOnGuard();
+    void onEdge(const QString& action, bool isDown);
+    void onServiceChange();
+    void tell(const HoldEdge& edge);
+    [[nodiscard]] std::optional<KdeKey> keyOf(int keyCode) const;
+
+    Clock& clock_;
+    Preferences& preferences_;
+    const Localisation& words_;
+    DiagnosticLog& log_;
+    GlobalShortcuts shortcuts_;
+    std::unique_ptr<ShortcutGuard> guard_;
+    std::shared_ptr<Watch> watch_;
+    /// What was asked for, by the code of its key.
+    QMap<int, GlobalShortcut> taken_;
+    std::set<int> down_;
+    Signal<> changed_;
+    Handle edges_;
+    Handle service_;
+    Handle extraKey_;
+};
+
+} // namespace lorvane
