@@ -59,7 +59,7 @@ std::int64_t scaleOf(std::string_view word) {
 std::string grouped(std::int64_t value) {
     auto digits = std::to_string(value);
     for (auto at = static_cast<std::ptrdiff_t>(digits.size()) - 3; at > 0; at -= 3)
-        digits.insert(static_cast<std::size_t>(at), ",");
+        digits.insert(static_cast<std::size_t>(at), 1, ',');
     return digits;
 }
 
