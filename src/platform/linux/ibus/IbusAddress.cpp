@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/linux/ibus/IbusAddress.h"
 
-#include <QFile>
 #include <QList>
 #include <QStandardPaths>
+#include <QSysInfo>
 
 namespace lorvane {
 
@@ -18,16 +18,6 @@ QString nameOfXDisplay(const QString& display) {
     const QString host = colon == 0 ? QStringLiteral("unix") : display.left(colon);
     const QString number = display.mid(colon + 1).section(QLatin1Char('.'), 0, 0);
     return number.isEmpty() ? QString() : host + QLatin1Char('-') + number;
-}
-
-QString readMachineId() {
-    for (const auto& path : {QStringLiteral("/var/lib/dbus/machine-id"), QStringLiteral("/etc/machine-id")}) {
-        QFile file(path);
-        if (file.open(QIODevice::ReadOnly)) {
-            return QString::fromLatin1(file.readAll().trimmed());
-        }
-    }
-    return {};
 }
 
 } // namespace
@@ -57,7 +47,7 @@ IbusAddressPlaces ibusAddressPlaces(const QProcessEnvironment& environment, cons
 IbusAddressPlaces ibusAddressPlaces() {
     return ibusAddressPlaces(QProcessEnvironment::systemEnvironment(),
                              QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation),
-                             readMachineId());
+                             QString::fromLatin1(QSysInfo::machineUniqueId()));
 }
 
 QString addressInFile(const QByteArray& content) {

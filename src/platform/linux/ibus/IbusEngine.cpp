@@ -33,7 +33,7 @@ QDBusMessage IbusEngine::commit(const QString& text) const {
 void IbusEngine::forget() {
     path_.clear();
     purpose_ = 0;
-    setFocus(false);
+    hasFocus_ = false;
 }
 
 // The daemon does not ask.
@@ -88,7 +88,6 @@ QDBusMessage IbusEngine::answerAboutProperty(const QDBusMessage& call) {
     if (call.member() == QLatin1String("Set") && property == QLatin1String("ContentType")) {
         const auto type = ibus::contentTypeOf(arguments.value(2).value<QDBusVariant>().variant());
         purpose_ = type ? type->purpose : 0;
-        changed_.emit();
     }
     return call.createReply();
 }
@@ -96,21 +95,14 @@ QDBusMessage IbusEngine::answerAboutProperty(const QDBusMessage& call) {
 void IbusEngine::noticeCall(const QDBusMessage& call) {
     const QString member = call.member();
     if (member == QLatin1String("FocusInId")) {
-        setFocus(call.arguments().value(1).toString() != noClient);
+        hasFocus_ = call.arguments().value(1).toString() != noClient;
     } else if (member == QLatin1String("FocusIn")) {
-        setFocus(true);
+        hasFocus_ = true;
     } else if (member == QLatin1String("Destroy")) {
         forget();
     } else if (member == QLatin1String("FocusOut") || member == QLatin1String("FocusOutId") ||
                member == QLatin1String("Disable")) {
-        setFocus(false);
-    }
-}
-
-void IbusEngine::setFocus(bool hasFocus) {
-    if (hasFocus != hasFocus_) {
-        hasFocus_ = hasFocus;
-        changed_.emit();
+        hasFocus_ = false;
     }
 }
 

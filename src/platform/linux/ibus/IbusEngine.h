@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "base/Signal.h"
-
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
 
@@ -18,10 +16,6 @@ class IbusEngine final : public QDBusVirtualObject {
     [[nodiscard]] bool hasField() const { return hasFocus_; }
     /// That field is for a password or a PIN.
     [[nodiscard]] bool isSecret() const;
-    /// Told when one of the two has changed.
-    [[nodiscard]] Handle onChange(std::function<void()> changed) {
-        return changed_.subscribe(std::move(changed));
-    }
     /// The signal that brings a text into the field.
     [[nodiscard]] QDBusMessage commit(const QString& text) const;
     /// The daemon has gone.
@@ -35,13 +29,11 @@ class IbusEngine final : public QDBusVirtualObject {
     [[nodiscard]] QDBusMessage create(const QDBusMessage& call);
     [[nodiscard]] QDBusMessage answerAboutProperty(const QDBusMessage& call);
     void noticeCall(const QDBusMessage& call);
-    void setFocus(bool hasFocus);
 
     QString path_;
     int made_ = 0;
     bool hasFocus_ = false;
     uint purpose_ = 0;
-    Signal<> changed_;
 };
 
 } // namespace lorvane

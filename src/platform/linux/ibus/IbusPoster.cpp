@@ -3,6 +3,7 @@
 
 #include "platform/linux/ibus/IbusValues.h"
 
+#include <QCoreApplication>
 #include <QDBusObjectPath>
 
 namespace lorvane {
@@ -14,6 +15,8 @@ constexpr Duration questionBound = std::chrono::milliseconds(140);
 constexpr Duration changeBound = std::chrono::milliseconds(500);
 /// The focus is told anew when an engine comes into force.
 constexpr Duration fieldAwaitedFor = std::chrono::milliseconds(200);
+constexpr Duration untilNoticed = std::chrono::milliseconds(300);
+constexpr Duration atTheEnd = std::chrono::seconds(1);
 constexpr Duration betweenLooks = std::chrono::milliseconds(5);
 /// A stream that has stopped does not keep the user from their input method.
 constexpr Duration longestIdle = std::chrono::seconds(5);
@@ -28,32 +31,26 @@ QVariant valueIn(const QDBusMessage& answer) {
 } // namespace
 
 IbusPoster::IbusPoster(Clock& clock, DiagnosticLog& log, EngineMemory memory, IbusAddressPlaces places)
-    : clock_(clock), log_(log), memory_(std::move(memory)), bus_(std::move(places), engine_), preedit_(bus_) {
-    engineChanged_ = engine_.onChange([this] {
-        if (fieldAwaited_ && engine_.hasField()) {
-            fieldAwaited_->complete(true);
-        }
-    });
+    : clock_(clock), log_(log), memory_(std::move(memory)), bus_(std::move(places)) {
     busChanged_ = bus_.onChange([this] { busChanged(); });
 }
 
 IbusPoster::~IbusPoster() {
-    if ((isBorrowing_ || givingBack_.isRunning()) && bus_.isConnected()) {
-        auto back = QDBusMessage::createMethodCall(ibus::service, ibus::path, ibus::service,
-                                                   QStringLiteral("SetGlobalEngine"));
-        back << usersEngine_;
-        bus_.send(back);
+    finish();
+    const Handle bound = clock_.after(atTheEnd, [this] { givingBack_.cancel(); });
+    while (givingBack_.isRunning()) {
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::WaitForMoreEvents);
     }
 }
 
 void IbusPoster::busChanged() {
-    isRegistered_ = false;
     isBorrowing_ = false;
+    engineLink_.reset();
     engine_.forget();
     if (!bus_.isConnected()) {
         return;
     }
-    preedit_.start();
+    preedit_.start(bus_.link());
     // After a crash, or after a daemon that went away with our engine in force.
     usersEngine_ = memory_.load();
     if (!usersEngine_.isEmpty()) {
@@ -71,8 +68,10 @@ QCoro::Task<bool> IbusPoster::canPost(PostingTarget /*target*/, TaskScope scope)
 
 /// Also when it cannot be told.
 QCoro::Task<bool> IbusPoster::isComposing(TaskScope scope) {
-    const auto asking = bus_.call(QStringLiteral("Get"),
-                                  {ibus::service, QStringLiteral("CurrentInputContext")}, questionBound);
+    if (!bus_.isConnected()) {
+        co_return true;
+    }
+    const auto asking = bus_.link().property(QStringLiteral("CurrentInputContext"), questionBound);
     const QDBusMessage answer = co_await asking.wait(scope);
     const QString context = valueIn(answer).value<QDBusObjectPath>().path();
     co_return !isAnswer(answer) || context.isEmpty() || preedit_.isComposingIn(context);
@@ -93,31 +92,27 @@ QCoro::Task<PostOutcome> IbusPoster::post(PostingTarget /*target*/, QString text
         }
     }
     idle_ = clock_.after(longestIdle, [this] { finish(); });
-    if (!engine_.hasField() || engine_.isSecret()) {
+    if (!engineLink_ || !engine_.hasField() || engine_.isSecret()) {
         co_return PostOutcome::refused;
     }
-    bus_.send(engine_.commit(text));
+    engineLink_->send(engine_.commit(text));
     co_return PostOutcome::posted;
 }
 
 QCoro::Task<bool> IbusPoster::borrow(TaskScope scope) {
-    const bool isKnown = co_await registerEngine(scope);
     const bool composing = co_await isComposing(scope);
-    if (!isKnown || composing) {
-        co_return false;
-    }
     const auto users = co_await engineInForce(scope);
     // Without an engine of the user's there would be nothing to give back.
-    if (!users || users->isEmpty()) {
+    if (composing || !users || users->isEmpty() || *users == IbusEngine::name) {
         co_return false;
     }
-    if (*users != IbusEngine::name) {
-        usersEngine_ = *users;
-        memory_.save(usersEngine_);
-    }
+    usersEngine_ = *users;
+    memory_.save(usersEngine_);
     isBorrowing_ = true;
-    const bool inForce = co_await putInForce(IbusEngine::name, scope);
-    const bool hasField = inForce && co_await awaitField(scope);
+    const bool isThere = co_await bringEngine(scope);
+    const bool inForce = isThere && co_await putInForce(IbusEngine::name, scope);
+    const bool hasField =
+        inForce && co_await await([this] { return engine_.hasField(); }, fieldAwaitedFor, scope);
     if (!hasField) {
         log_.diagLog(QStringLiteral("[tirra-type] no field listens to the input method"));
         finish();
@@ -125,43 +120,50 @@ QCoro::Task<bool> IbusPoster::borrow(TaskScope scope) {
     co_return hasField;
 }
 
-QCoro::Task<bool> IbusPoster::registerEngine(TaskScope scope) {
-    if (!isRegistered_) {
-        const ibus::Component component{QStringLiteral("com.ostrand.tirra.IBus"),
-                                        QStringLiteral("Lorvane"),
-                                        {IbusEngine::name, QStringLiteral("Lorvane")}};
-        const auto registering =
-            bus_.call(QStringLiteral("RegisterComponent"), {ibus::inVariant(component)}, changeBound);
-        const QDBusMessage registered = co_await registering.wait(scope);
-        isRegistered_ = isAnswer(registered);
+QCoro::Task<bool> IbusPoster::bringEngine(TaskScope scope) {
+    engineLink_ = std::make_unique<IbusLink>(bus_.address(), &engine_);
+    const bool isConnected =
+        co_await await([this] { return engineLink_ && engineLink_->isConnected(); }, changeBound, scope);
+    if (!isConnected) {
+        co_return false;
     }
-    co_return isRegistered_;
+    const ibus::Component component{QStringLiteral("com.ostrand.tirra.IBus"),
+                                    QStringLiteral("Lorvane"),
+                                    {IbusEngine::name, QStringLiteral("Lorvane")}};
+    const auto registering =
+        engineLink_->call(QStringLiteral("RegisterComponent"), {ibus::inVariant(component)}, changeBound);
+    const QDBusMessage registered = co_await registering.wait(scope);
+    co_return isAnswer(registered);
 }
 
-QCoro::Task<bool> IbusPoster::awaitField(TaskScope scope) {
-    if (engine_.hasField()) {
-        co_return true;
+QCoro::Task<bool> IbusPoster::await(std::function<bool()> condition, Duration bound, TaskScope scope) {
+    const Instant deadline = clock_.now() + bound;
+    while (!condition() && clock_.now() < deadline) {
+        co_await sleep(clock_, betweenLooks, scope);
     }
-    const Completion<bool> awaited;
-    fieldAwaited_ = awaited;
-    const Handle bound = clock_.after(fieldAwaitedFor, [awaited] { awaited.complete(false); });
-    const bool hasField = co_await awaited.wait(scope);
-    fieldAwaited_.reset();
-    co_return hasField;
+    co_return condition();
 }
 
 QCoro::Task<std::optional<QString>> IbusPoster::engineInForce(TaskScope scope) {
-    const auto asking =
-        bus_.call(QStringLiteral("Get"), {ibus::service, QStringLiteral("GlobalEngine")}, questionBound);
-    const QDBusMessage answer = co_await asking.wait(scope);
-    if (!isAnswer(answer)) {
+    if (!bus_.isConnected()) {
         co_return std::nullopt;
     }
-    co_return ibus::engineName(valueIn(answer)).value_or(QString());
+    const auto asking = bus_.link().property(QStringLiteral("GlobalEngine"), questionBound);
+    const QDBusMessage answer = co_await asking.wait(scope);
+    if (isAnswer(answer)) {
+        co_return ibus::engineName(valueIn(answer)).value_or(QString());
+    }
+    // The daemon's answer when there is none.
+    co_return answer.errorName() == QLatin1String("org.freedesktop.DBus.Error.Failed")
+        ? std::optional(QString())
+        : std::nullopt;
 }
 
 QCoro::Task<bool> IbusPoster::putInForce(QString engine, TaskScope scope) {
-    const auto setting = bus_.call(QStringLiteral("SetGlobalEngine"), {engine}, changeBound);
+    if (!bus_.isConnected()) {
+        co_return false;
+    }
+    const auto setting = bus_.link().call(QStringLiteral("SetGlobalEngine"), {engine}, changeBound);
     const QDBusMessage set = co_await setting.wait(scope);
     co_return isAnswer(set);
 }
@@ -178,18 +180,25 @@ void IbusPoster::beginGivingBack() {
     givingBack_ = startTask([this, users = usersEngine_](TaskScope scope) { return giveBack(users, scope); });
 }
 
+// The end of our connection takes the engine in force with it, so it is ended first; and a little later,
+// since the daemon learns of it when it comes to that.
 QCoro::Task<void> IbusPoster::giveBack(QString usersEngine, TaskScope scope) {
-    const auto inForce = co_await engineInForce(scope);
-    // Another one was chosen by the user meanwhile.
-    bool isDone = inForce && !inForce->isEmpty() && *inForce != IbusEngine::name;
-    if (!isDone) {
-        isDone = co_await putInForce(usersEngine, scope);
+    auto inForce = co_await engineInForce(scope);
+    engineLink_.reset();
+    engine_.forget();
+    const bool usersChoice = inForce && !inForce->isEmpty() && *inForce != IbusEngine::name;
+    const QString wanted = usersChoice ? *inForce : usersEngine;
+    const Instant deadline = clock_.now() + untilNoticed;
+    while (inForce && !inForce->isEmpty() && clock_.now() < deadline) {
+        co_await sleep(clock_, betweenLooks, scope);
+        inForce = co_await engineInForce(scope);
     }
+    const bool isDone = co_await putInForce(wanted, scope);
     if (isDone) {
         memory_.save(QString());
     } else {
         log_.diagLog(
-            QStringLiteral("[tirra-type] the input method could not be given back to %1").arg(usersEngine));
+            QStringLiteral("[tirra-type] the input method could not be given back to %1").arg(wanted));
     }
 }
 

@@ -9,6 +9,7 @@
 #include "platform/linux/ibus/PreeditWatch.h"
 
 #include <functional>
+#include <memory>
 #include <optional>
 
 namespace lorvane {
@@ -20,11 +21,13 @@ struct EngineMemory {
     std::function<void(const QString&)> save;
 };
 
-/// Commits text as an input method, by an engine that is made known to the running IBus daemon when it is
-/// needed first and that is in force only while a text is typed. Nothing passes as a key, so that layout and
-/// held modifiers make no difference. A field is offered when its application uses IBus and the user is not
-/// composing anything. Text that is committed before the last was taken over may replace it: the next
-/// fragment is only posted when the last has been read back. Main thread; nothing waits for the daemon.
+/// Commits text as an input method, by an engine that exists only while a text is typed: it has a connection
+/// to the daemon of its own. (An engine that is made known for longer takes the engine in force with it when
+/// its connection ends, even when that is another one by then; seen with IBus 1.5.27.) Nothing passes as a
+/// key, so that layout and held modifiers make no difference. A field is offered when its application uses
+/// IBus and the user is not composing anything. Text that is committed before the last was taken over may
+/// replace it: the next fragment is only posted when the last has been read back. Main thread; only the end
+/// of the program waits for the daemon, for a bounded time.
 class IbusPoster final : public FragmentPoster {
  public:
     IbusPoster(Clock& clock, DiagnosticLog& log, EngineMemory memory,
@@ -46,9 +49,11 @@ class IbusPoster final : public FragmentPoster {
 
  private:
     void busChanged();
-    QCoro::Task<bool> registerEngine(TaskScope scope);
+    /// Connects and makes the engine known.
+    QCoro::Task<bool> bringEngine(TaskScope scope);
+    /// For what comes within a bound.
+    QCoro::Task<bool> await(std::function<bool()> condition, Duration bound, TaskScope scope);
     QCoro::Task<bool> borrow(TaskScope scope);
-    QCoro::Task<bool> awaitField(TaskScope scope);
     /// The engine in force; an empty name when there is none; absent when the daemon does not say.
     QCoro::Task<std::optional<QString>> engineInForce(TaskScope scope);
     QCoro::Task<bool> putInForce(QString engine, TaskScope scope);
@@ -62,11 +67,9 @@ class IbusPoster final : public FragmentPoster {
     IbusEngine engine_;
     IbusBus bus_;
     PreeditWatch preedit_;
-    bool isRegistered_ = false;
+    std::unique_ptr<IbusLink> engineLink_;
     bool isBorrowing_ = false;
     QString usersEngine_;
-    std::optional<Completion<bool>> fieldAwaited_;
-    Handle engineChanged_;
     Handle busChanged_;
     Handle idle_;
     TaskHandle givingBack_;

@@ -5,15 +5,15 @@
 
 namespace lorvane {
 
-void PreeditWatch::start() {
+void PreeditWatch::start(IbusLink& link) {
     composing_.clear();
     withText_.clear();
     for (const auto& member :
          {QStringLiteral("UpdatePreeditText"), QStringLiteral("UpdatePreeditTextWithMode")}) {
-        bus_.follow(ibus::contextInterface, member, this, SLOT(updated(QDBusMessage)));
+        link.follow(ibus::contextInterface, member, this, SLOT(updated(QDBusMessage)));
     }
-    bus_.follow(ibus::contextInterface, QStringLiteral("ShowPreeditText"), this, SLOT(shown(QDBusMessage)));
-    bus_.follow(ibus::contextInterface, QStringLiteral("HidePreeditText"), this, SLOT(hidden(QDBusMessage)));
+    link.follow(ibus::contextInterface, QStringLiteral("ShowPreeditText"), this, SLOT(shown(QDBusMessage)));
+    link.follow(ibus::contextInterface, QStringLiteral("HidePreeditText"), this, SLOT(hidden(QDBusMessage)));
 }
 
 // Text, caret, whether it is shown; and how it is committed, which does not matter here.

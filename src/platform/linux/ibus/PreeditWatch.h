@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "platform/linux/ibus/IbusBus.h"
+#include "platform/linux/ibus/IbusLink.h"
 
 #include <QDBusMessage>
 #include <QObject>
@@ -15,10 +15,8 @@ class PreeditWatch final : public QObject {
     Q_OBJECT
 
  public:
-    explicit PreeditWatch(IbusBus& bus) : bus_(bus) {}
-
-    /// Begins anew; to be called when the bus is connected.
-    void start();
+    /// Begins anew, on a connection that is there.
+    void start(IbusLink& link);
     [[nodiscard]] bool isComposingIn(const QString& context) const { return composing_.contains(context); }
 
  private Q_SLOTS:
@@ -29,7 +27,6 @@ class PreeditWatch final : public QObject {
  private:
     void set(QSet<QString>& contexts, const QString& context, bool isIn);
 
-    IbusBus& bus_;
     /// Paths of input contexts.
     QSet<QString> composing_;
     QSet<QString> withText_;
