@@ -24,7 +24,7 @@ struct ChatTimes {
     std::chrono::milliseconds connect = std::chrono::seconds(5);
     std::chrono::milliseconds answer = std::chrono::seconds(20);  // to the first byte
     std::chrono::milliseconds silence = std::chrono::seconds(15); // between two pieces
-    std::chrono::milliseconds whole = std::chrono::seconds(90);   // of one server's answer
+    std::chrono::milliseconds whole = std::chrono::seconds(60);   // of one server's answer
 };
 
 // Hears an answer as it comes.
