@@ -18,6 +18,7 @@
 #include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace lorvane::backend::testing;
@@ -274,6 +275,10 @@ TEST_F(ProgramTest, AnErrorNamesTheKeyAndWhereItStands) {
         {"releases = /tmp\nreleases-url = https://x\nrelease-key = abc\n", "release-key: "},
         {"listen = 127.0.0.1:99999\n", "listen: "},
         {"port = 1x\n", "port: "},
+        {"database = postgresql://me:hunter2@db/x\n", "database: no password in the address"},
+        {"database = postgresql://db/x?nonsense=1\n", "database: no address"},
+        {"database-password-file = /etc/hostname\n", "database-password-file: wanted for postgresql"},
+        {"database = postgresql://db/x\ndatabase-password-file = /absent\n", "database-password-file: "},
         {"speech = sphinx http://x\n", "speech: \"sphinx\" is no kind"},
         {"speech = generic x\n", "speech: after generic"},
         {"speech = openai https://x\n", "speech: openai wants a model"},
@@ -351,6 +356,58 @@ TEST_F(ProgramTest, ASocketThatAServiceManagerHandsOverIsServed) {
     BackendProgram two(folder_, usual(), "two", hand("2"));
     EXPECT_EQ(two.wait(), 1);
     EXPECT_NE(two.log().find("LISTEN_FDS is 2"), std::string::npos) << two.log();
+    ::close(listening);
+}
+
+// One after the other, as a service manager does, and also side by side.
+TEST_F(ProgramTest, ARestartWithAHandedOverSocketLosesNobody) {
+    const int listening = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    ASSERT_EQ(::bind(listening, reinterpret_cast<sockaddr*>(&address), size), 0);
+    ASSERT_EQ(::listen(listening, 1000), 0);
+    ::getsockname(listening, reinterpret_cast<sockaddr*>(&address), &size);
+    const auto at = ntohs(address.sin_port);
+    const auto hand = [listening] {
+        ::dup2(listening, 3);
+        ::setenv("LISTEN_FDS", "1", 1);
+        ::setenv("LISTEN_PID", std::to_string(::getpid()).c_str(), 1);
+    };
+    std::atomic<bool> ending = false;
+    std::atomic<int> good = 0;
+    std::atomic<int> lost = 0;
+    std::vector<std::thread> clients;
+    clients.reserve(4);
+    for (int i = 0; i < 4; ++i)
+        clients.emplace_back([&] {
+            while (!ending)
+                ++(request(at, {"GET", "/healthz", "", "", "", "", ""}).status == 200 ? good : lost);
+        });
+    auto running = std::make_unique<BackendProgram>(folder_, usual(), "run0", hand);
+    for (int restart = 1; restart <= 6; ++restart) {
+        const int before = good;
+        EXPECT_TRUE(eventually([&] { return good > before + 50; })) << running->log();
+        std::unique_ptr<BackendProgram> next;
+        const auto start = [&] {
+            next = std::make_unique<BackendProgram>(folder_, usual(), "run" + std::to_string(restart), hand);
+        };
+        if (restart % 2 == 0)
+            start();
+        ::kill(running->pid(), SIGTERM);
+        EXPECT_EQ(running->wait(), 0) << running->log();
+        if (restart % 2 == 1)
+            start();
+        running = std::move(next);
+    }
+    const int before = good;
+    EXPECT_TRUE(eventually([&] { return good > before + 50; })) << running->log();
+    ending = true;
+    for (auto& client : clients)
+        client.join();
+    std::printf("%d answered, %d lost over six restarts\n", good.load(), lost.load());
+    EXPECT_EQ(lost, 0);
     ::close(listening);
 }
 
