@@ -63,7 +63,10 @@ std::string grouped(std::int64_t value) {
     return digits;
 }
 
-std::string twoDigits(std::int64_t value) { return (value < 10 ? "0" : "") + std::to_string(value); }
+std::string twoDigits(std::int64_t value) {
+    auto digits = std::to_string(value);
+    return value < 10 ? '0' + digits : digits;
+}
 
 std::string ordinal(std::int64_t value) {
     const auto unit = value % 10;
