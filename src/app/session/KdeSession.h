@@ -1,7 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "app/session/SeatKeymap.h"
 #include "app/session/SessionPorts.h"
+#include "platform/linux/kde/FakeInput.h"
+#include "platform/linux/kde/HelperLink.h"
+#include "platform/linux/kde/InputMethodV1Poster.h"
+#include "platform/linux/kde/KdeEditingKeys.h"
+#include "platform/linux/kde/KdeHoldRoad.h"
+#include "platform/linux/kde/KdeLayout.h"
+#include "platform/linux/kde/KdePasteKeys.h"
 
 namespace lorvane {
 
@@ -12,6 +20,22 @@ class KdeSession {
     explicit KdeSession(const SessionParts& parts);
 
     [[nodiscard]] SessionPorts ports();
+
+ private:
+    [[nodiscard]] KdeKeyboard keyboard();
+    [[nodiscard]] std::vector<std::uint32_t> chordFor(PasteRoute route) const;
+    [[nodiscard]] QString fakeInputObstacle() const;
+    [[nodiscard]] QString helperObstacle();
+
+    const Localisation& words_;
+    FakeInput input_;
+    SeatKeymap keymap_;
+    KdeLayout layout_;
+    KdeHoldRoad shortcuts_;
+    KdePasteKeys pasteKeys_;
+    KdeEditingKeys editingKeys_;
+    HelperLink helper_;
+    InputMethodV1Poster inputMethod_;
 };
 
 } // namespace lorvane

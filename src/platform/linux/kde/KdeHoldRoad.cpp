@@ -2,6 +2,7 @@
 #include "platform/linux/kde/KdeHoldRoad.h"
 
 #include "base/PreferenceCatalogue.h"
+#include "input/HoldKeys.h"
 #include "input/KeyEvents.h"
 
 #include <algorithm>
@@ -24,9 +25,11 @@ bool contains(const std::vector<int>& codes, int code) {
 
 } // namespace
 
-KdeHoldRoad::KdeHoldRoad(const QDBusConnection& session, const Foundation& foundation)
+KdeHoldRoad::KdeHoldRoad(const QDBusConnection& session, const Foundation& foundation,
+                         std::function<bool()> areKeysOurs)
     : clock_(foundation.clock), preferences_(foundation.preferences), words_(foundation.words),
-      log_(foundation.log), shortcuts_(session, foundation.log, allActions()) {
+      log_(foundation.log), areKeysOurs_(std::move(areKeysOurs)),
+      shortcuts_(session, foundation.log, allActions()) {
     edges_ = shortcuts_.onEdge([this](const QString& action, bool isDown) { onEdge(action, isDown); });
     service_ = shortcuts_.onChange([this] { onServiceChange(); });
     extraKey_ = preferences_.subscribe(preference::extraKey, [this] {
@@ -121,8 +124,9 @@ void KdeHoldRoad::stayOnGuard() {
 void KdeHoldRoad::onEdge(const QString& action, bool isDown) {
     for (auto taken = taken_.begin(); taken != taken_.end(); ++taken) {
         const int code = taken.key();
-        if (taken->name != action || down_.contains(code) == isDown) {
-            continue; // the repeat of a key that is held
+        const bool isRepeat = down_.contains(code) == isDown;
+        if (taken->name != action || isRepeat || (isDown && areKeysOurs_())) {
+            continue;
         }
         if (isDown) {
             down_.insert(code);
@@ -132,6 +136,14 @@ void KdeHoldRoad::onEdge(const QString& action, bool isDown) {
         tell({code, isDown ? HoldEdgeKind::down : HoldEdgeKind::up, clock_.now()});
         return;
     }
+}
+
+std::uint32_t KdeHoldRoad::heldModifiers() const {
+    std::uint32_t held = 0;
+    for (const int code : down_) {
+        held |= modifierMaskOf(code);
+    }
+    return held & ~modifierFlag::function;
 }
 
 void KdeHoldRoad::onServiceChange() {

@@ -18,7 +18,9 @@ namespace lorvane {
 /// key goes down; whether a key is down cannot be asked. Main thread.
 class KdeHoldRoad final : public HoldRoad {
  public:
-    KdeHoldRoad(const QDBusConnection& session, const Foundation& foundation);
+    /// `areKeysOurs`: keys of this program's own making may be going past now; a press is left out then.
+    KdeHoldRoad(const QDBusConnection& session, const Foundation& foundation,
+                std::function<bool()> areKeysOurs);
     KdeHoldRoad(const KdeHoldRoad&) = delete;
     KdeHoldRoad& operator=(const KdeHoldRoad&) = delete;
     ~KdeHoldRoad() override = default;
@@ -28,6 +30,8 @@ class KdeHoldRoad final : public HoldRoad {
     [[nodiscard]] Handle watch(std::vector<int> keyCodes,
                                std::function<void(const HoldEdge&)> observer) override;
     QCoro::Task<std::optional<bool>> isHeld(int keyCode, TaskScope scope) override;
+    /// The modifiers among the watched keys that are down, as bits of `modifierFlag`.
+    [[nodiscard]] std::uint32_t heldModifiers() const;
     [[nodiscard]] Handle onChange(std::function<void()> changed) override {
         return changed_.subscribe(std::move(changed));
     }
@@ -52,6 +56,7 @@ class KdeHoldRoad final : public HoldRoad {
     Preferences& preferences_;
     const Localisation& words_;
     DiagnosticLog& log_;
+    std::function<bool()> areKeysOurs_;
     GlobalShortcuts shortcuts_;
     std::unique_ptr<ShortcutGuard> guard_;
     std::shared_ptr<Watch> watch_;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/linux/kde/helper/InputContext.h"
 
-#include "input-method-unstable-v1-client-protocol.h"
+#include <input-method-unstable-v1-client-protocol.h>
 
 #include <cstdio>
 #include <cstring>

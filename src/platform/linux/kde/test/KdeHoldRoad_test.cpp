@@ -26,7 +26,7 @@ class KdeHoldRoadTest : public ::testing::Test {
     void SetUp() override { ASSERT_TRUE(QDBusConnection::sessionBus().isConnected()); }
 
     void open() {
-        road.emplace(QDBusConnection::sessionBus(), world.foundation);
+        road.emplace(QDBusConnection::sessionBus(), world.foundation, [this] { return areKeysOurs; });
         changes = road->onChange([this] { ++changeCount; });
     }
     void openThere() {
@@ -58,6 +58,7 @@ class KdeHoldRoadTest : public ::testing::Test {
     std::optional<KdeHoldRoad> road;
     Edges edges;
     int changeCount = 0;
+    bool areKeysOurs = false;
     Handle changes;
     Handle handle;
 };
@@ -95,6 +96,21 @@ TEST_F(KdeHoldRoadTest, TellsPressAndReleaseOnceEach) {
     EXPECT_TRUE(told({{keyCode::rightControl, HoldEdgeKind::down},
                       {keyCode::rightControl, HoldEdgeKind::up},
                       {keyCode::fn, HoldEdgeKind::down}}));
+}
+
+TEST_F(KdeHoldRoadTest, LeavesOutPressesOfTheProgramsOwnMaking) {
+    openThere();
+    watch({keyCode::rightControl, keyCode::rightShift});
+    ASSERT_TRUE(has(QStringLiteral("dictate-shift"), {Qt::Key_Shift}));
+    service.tell(control, true);
+    ASSERT_TRUE(told({{keyCode::rightControl, HoldEdgeKind::down}}));
+    EXPECT_EQ(road->heldModifiers(), modifierFlag::control);
+    areKeysOurs = true;
+    service.tell(QStringLiteral("dictate-shift"), true);
+    service.tell(control, false);
+    ASSERT_TRUE(
+        told({{keyCode::rightControl, HoldEdgeKind::down}, {keyCode::rightControl, HoldEdgeKind::up}}));
+    EXPECT_EQ(road->heldModifiers(), 0U);
 }
 
 TEST_F(KdeHoldRoadTest, HearsNothingOfShortcutsThatAreNotItsOwn) {
