@@ -90,9 +90,9 @@ constexpr auto ideas = std::to_array<Keyword>({
 });
 
 constexpr auto tasks = std::to_array<Keyword>({
-    {"to do", 2},      {"todo", 4},         {"remember to", 4},   {"remind me", 4},
+    {"to do", 1},      {"todo", 4},         {"remember to", 4},   {"remind me", 4},
     {"reminder*", 3},  {"don't forget", 4}, {"do not forget", 4}, {"need to", 2},
-    {"have to", 2},    {"has to", 1},       {"must", 1},          {"buy", 3},
+    {"have to", 1},    {"has to", 1},       {"must", 1},          {"buy", 3},
     {"pick up", 3},    {"groceries", 3},    {"shopping list", 4}, {"milk", 2},
     {"pay", 2},        {"bill*", 2},        {"book a", 2},        {"make an appointment", 4},
     {"call the", 2},   {"task*", 3},        {"checklist", 4},     {"errand*", 4},

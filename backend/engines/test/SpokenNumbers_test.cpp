@@ -63,6 +63,10 @@ TEST(SpokenNumbers, Years) {
     EXPECT_EQ(written("nineteen oh five"), "1905");
     EXPECT_EQ(written("in two thousand and five"), "in 2005");
     EXPECT_EQ(written("nineteen hundred"), "1900");
+    EXPECT_EQ(written("in ten sixty six"), "in 1066");
+    EXPECT_EQ(written("the nineteen eighties"), "the nineteen eighties");
+    EXPECT_EQ(written("the nineteen hundreds"), "the nineteen hundreds");
+    EXPECT_EQ(written("thirteen fourteen people"), "thirteen fourteen people");
 }
 
 TEST(SpokenNumbers, OrdinalsWhereTheyCanBeNothingElse) {
