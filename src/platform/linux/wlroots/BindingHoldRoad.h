@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "base/Foundation.h"
+#include "base/Signal.h"
+#include "input/HoldRoad.h"
+#include "platform/linux/wlroots/BindingTable.h"
+#include "platform/linux/wlroots/CompositorSocket.h"
+#include "platform/linux/wlroots/HoldKeyPlaces.h"
+#include "platform/linux/wlroots/UserBindings.h"
+
+#include <set>
+
+namespace lorvane {
+
+/// Hold keys by bindings that are set in the running compositor, sway or one with the same commands. The
+/// user's configuration stays as it is, what is left after a crash does nothing and is taken away by the next
+/// run. Times are those of arrival. Main thread.
+///
+/// sway runs no release binding when another key went down in between. So while a key is held, bindings for
+/// the release of the other keys stand beside it: the first of them says that there was a chord, and from
+/// then on the held key counts as lost.
+class BindingHoldRoad final : public HoldRoad {
+ public:
+    BindingHoldRoad(const Foundation& foundation, CompositorSocket& socket);
+    BindingHoldRoad(const BindingHoldRoad&) = delete;
+    BindingHoldRoad& operator=(const BindingHoldRoad&) = delete;
+    ~BindingHoldRoad() override;
+
+    [[nodiscard]] QString name() const override { return QStringLiteral("compositor bindings"); }
+    [[nodiscard]] HoldOffer offer() const override;
+    [[nodiscard]] Handle watch(std::vector<int> keyCodes,
+                               std::function<void(const HoldEdge&)> observer) override;
+    /// Nobody can be asked.
+    QCoro::Task<std::optional<bool>> isHeld(int keyCode, TaskScope scope) override;
+    /// The modifier bit of the key that is held; 0 when none is.
+    [[nodiscard]] std::uint32_t heldFlags() const;
+    [[nodiscard]] Handle onChange(std::function<void()> changed) override {
+        return changed_.subscribe(std::move(changed));
+    }
+
+ private:
+    enum class State { away, asking, there, refused };
+
+    void connected();
+    void takeAwayLeftovers();
+    void leftoversGone(const QJsonDocument& answer);
+    void lost();
+    void become(State state, const QString& obstacle);
+    void handle(const CompositorSocket::Event& event);
+    void handleBinding(const QJsonObject& binding);
+    void handleForeign(const QJsonObject& binding);
+    void pressed(const HoldKeyPlace& place, std::uint8_t modifiers);
+    void released(const HoldKeyPlace& place);
+    void otherKey(int key);
+    void loseHeld();
+    void tell(int keyCode, HoldEdgeKind kind);
+    /// The bindings of what is watched.
+    void bindWatched();
+    void endWatch();
+    [[nodiscard]] KeyBindings bindingsOfWatched() const;
+    [[nodiscard]] const HoldKeyPlace* placeOf(int key) const;
+    [[nodiscard]] bool isWatched(int keyCode) const { return watched_.contains(keyCode); }
+
+    Clock& clock_;
+    Preferences& preferences_;
+    DiagnosticLog& log_;
+    CompositorSocket& socket_;
+    BindingTable table_;
+    std::vector<HoldKeyPlace> places_;
+    UserBindings user_;
+    State state_ = State::away;
+    QString obstacle_;
+    std::set<int> watched_;
+    std::function<void(const HoldEdge&)> observer_;
+    std::uint64_t watchId_ = 0;
+    /// The key that is down.
+    std::optional<HoldKeyPlace> held_;
+    /// Bindings for other keys stand, and one of their keys may be down.
+    bool mayBeArmed_ = false;
+    Signal<> changed_;
+    std::vector<Handle> subscriptions_;
+};
+
+} // namespace lorvane
