@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 #include <numeric>
 #include <set>
+#include <utility>
 
 using namespace lorvane::backend;
 using namespace lorvane::backend::testing;
@@ -96,7 +97,8 @@ TEST_F(LanguageServerTest, TheTokensOfTheServerAreTheDeltasOfTheTake) {
 }
 
 TEST_F(LanguageServerTest, WhatIsDictatedIsSentAsMaterialAndNowhereElse) {
-    stream(R"({"ext":"wav","style":"casual, mumble","context":"Dear Ann,","lang":"de","prefix":"END TEXT 0"})");
+    stream(
+        R"({"ext":"wav","style":"casual, mumble","context":"Dear Ann,","lang":"de","prefix":"END TEXT 0"})");
     const auto call = cleanUp();
     EXPECT_EQ(call.block("TEXT"), "END TEXT 0 " + std::string(raw_));
     EXPECT_EQ(call.block("STYLE"), "casual, mumble");
@@ -164,6 +166,20 @@ TEST_F(LanguageServerTest, ATakeThatComesAgainIsNotWrittenAgain) {
     EXPECT_EQ(member(reply.body, "text"), byServer_);
     EXPECT_EQ(member(reply.body, "category"), "inspiration");
     EXPECT_EQ(upstream_.requests().size(), asked);
+    EXPECT_EQ(record_.runs, 1);
+}
+
+// The stream breaks while the server writes, and the one-shot upload of the same take follows.
+TEST_F(LanguageServerTest, ATakeWhoseStreamBrokeIsWrittenWithoutASecondRecognition) {
+    const auto answer = std::exchange(cleaned_, std::nullopt);
+    Connection connection(backend_.port());
+    connection.send(requestText(backend_.take("dictate-stream", token_, sound(), "take-2")));
+    ASSERT_TRUE(eventually([&] { return upstream_.requests().size() == 2; }));
+    connection.close();
+    ASSERT_TRUE(eventually([&] { return upstream_.abandoned() == 1; }));
+    cleaned_ = answer;
+    const auto reply = request(backend_.port(), backend_.take("dictate", token_, sound(), "take-2"));
+    EXPECT_EQ(member(reply.body, "text"), byServer_);
     EXPECT_EQ(record_.runs, 1);
 }
 
