@@ -53,6 +53,7 @@ BindingHoldRoad::BindingHoldRoad(const Foundation& foundation, CompositorSocket&
 
 BindingHoldRoad::~BindingHoldRoad() {
     endWatch();
+    socket_.forgetReplies();
     socket_.flush();
 }
 
@@ -77,8 +78,8 @@ Handle BindingHoldRoad::watch(std::vector<int> keyCodes, std::function<void(cons
     observer_ = std::move(observer);
     const std::uint64_t id = ++watchId_;
     bindWatched();
-    return Handle([this, id] {
-        if (watchId_ == id) {
+    return Handle([this, id, alive = std::weak_ptr(alive_)] {
+        if (alive.lock() && watchId_ == id) {
             endWatch();
         }
     });
@@ -154,10 +155,11 @@ void BindingHoldRoad::become(State state, const QString& obstacle) {
 KeyBindings BindingHoldRoad::bindingsOfWatched() const {
     KeyBindings bindings;
     for (const HoldKeyPlace& place : places_) {
-        if (isWatched(place.keyCode)) {
-            // Escape has to reach its application, as always.
-            bindings.merge(place.keyCode == keyCode::escape ? bindingsWithAnyModifiers(Edge::up, place.key)
-                                                            : bothEdges(place.key));
+        if (place.keyCode == keyCode::escape) {
+            // It has to reach its application, as always.
+            bindings.merge(escapeStays_ ? bindingsWithAnyModifiers(Edge::up, place.key) : KeyBindings());
+        } else if (isWatched(place.keyCode)) {
+            bindings.merge(bothEdges(place.key));
         }
     }
     return bindings;
@@ -167,15 +169,12 @@ void BindingHoldRoad::bindWatched() {
     if (state_ != State::there) {
         return;
     }
+    // Escape may be down at this very moment, so its bindings stay until the watch ends.
+    escapeStays_ = !watched_.empty() && (escapeStays_ || isWatched(keyCode::escape));
     KeyBindings bindings = bindingsOfWatched();
-    if (held_ || mayBeArmed_ || (!watched_.empty() && !isWatched(keyCode::escape))) {
-        // Escape may be down at this very moment, so its bindings stay until the watch ends.
-        for (const KeyBinding& present : table_.wanted()) {
-            const bool isEscape = keyCodeOfPlace(present.key) == keyCode::escape;
-            if (held_ || mayBeArmed_ || isEscape) {
-                bindings.insert(present);
-            }
-        }
+    if (held_ || mayBeArmed_) {
+        const KeyBindings& present = table_.wanted();
+        bindings.insert(present.begin(), present.end());
     }
     table_.want(std::move(bindings));
 }

@@ -9,6 +9,7 @@
 #include "platform/linux/wlroots/HoldKeyPlaces.h"
 #include "platform/linux/wlroots/UserBindings.h"
 
+#include <memory>
 #include <set>
 
 namespace lorvane {
@@ -74,10 +75,13 @@ class BindingHoldRoad final : public HoldRoad {
     std::set<int> watched_;
     std::function<void(const HoldEdge&)> observer_;
     std::uint64_t watchId_ = 0;
+    /// A handle may outlive the road.
+    std::shared_ptr<const bool> alive_ = std::make_shared<const bool>(true);
     /// The key that is down.
     std::optional<HoldKeyPlace> held_;
     /// Bindings for other keys stand, and one of their keys may be down.
     bool mayBeArmed_ = false;
+    bool escapeStays_ = false;
     Signal<> changed_;
     std::vector<Handle> subscriptions_;
 };

@@ -116,6 +116,12 @@ void CompositorSocket::run(const QStringList& commands, const Reply& reply) {
     }
 }
 
+void CompositorSocket::forgetReplies() {
+    for (Open& question : open_) {
+        question.reply = nullptr;
+    }
+}
+
 void CompositorSocket::flush() {
     while (isConnected() && socket_.bytesToWrite() > 0 && socket_.waitForBytesWritten(100)) {
     }

@@ -45,6 +45,8 @@ class CompositorSocket {
     /// In several messages where they are many: sway reads none that is larger than its socket's buffer.
     /// `reply` comes once for each message.
     void run(const QStringList& commands, const Reply& reply = {});
+    /// Who waited for answers is gone.
+    void forgetReplies();
     /// Waits until what was sent has left, at most for a moment. For the end of the program.
     void flush();
 

@@ -15,8 +15,17 @@ void ScriptedCompositor::start() {
     QObject::connect(server_.get(), &QLocalServer::newConnection, server_.get(), [this] {
         client_ = server_->nextPendingConnection();
         reader_ = IpcReader();
-        QObject::connect(client_, &QLocalSocket::readyRead, server_.get(), [this] { read(); });
-        QObject::connect(client_, &QLocalSocket::disconnected, server_.get(), [this] { client_ = nullptr; });
+        QLocalSocket* const client = client_;
+        QObject::connect(client, &QLocalSocket::readyRead, server_.get(), [this, client] {
+            if (client == client_) {
+                read();
+            }
+        });
+        QObject::connect(client, &QLocalSocket::disconnected, server_.get(), [this, client] {
+            if (client == client_) {
+                client_ = nullptr;
+            }
+        });
     });
 }
 
@@ -33,8 +42,10 @@ void ScriptedCompositor::hangUp() {
 }
 
 void ScriptedCompositor::send(const QByteArray& bytes) {
-    client_->write(bytes);
-    client_->flush();
+    if (client_ != nullptr) {
+        client_->write(bytes);
+        client_->flush();
+    }
 }
 
 void ScriptedCompositor::tell(std::uint32_t event, const QJsonObject& body) {
