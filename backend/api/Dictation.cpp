@@ -44,7 +44,8 @@ std::string joined(std::string text, const std::string& more) {
     return text + more;
 }
 
-// What an engine has learnt makes a take better. That it cannot be had, or kept, is no reason to lose the take.
+// What an engine has learnt makes a take better. That it cannot be had, or kept, is no reason to lose the
+// take.
 std::string adaptationOf(Storage& storage, DeviceId device, std::string_view engine) {
     try {
         return storage.adaptation(device, engine).value_or("");
