@@ -2,6 +2,13 @@
 #pragma once
 
 #include "app/session/SessionPorts.h"
+#include "platform/linux/wlroots/BindingHoldRoad.h"
+#include "platform/linux/wlroots/CompositorSocket.h"
+#include "platform/linux/wlroots/InputMethodPoster.h"
+#include "platform/linux/wlroots/VirtualKeyboard.h"
+#include "platform/linux/wlroots/VirtualKeyboardPoster.h"
+#include "platform/linux/wlroots/WlrootsEditingKeys.h"
+#include "platform/linux/wlroots/WlrootsPasteKeys.h"
 
 namespace lorvane {
 
@@ -12,6 +19,15 @@ class WlrootsSession {
     explicit WlrootsSession(const SessionParts& parts);
 
     [[nodiscard]] SessionPorts ports();
+
+ private:
+    CompositorSocket socket_;
+    BindingHoldRoad holdRoad_;
+    VirtualKeyboard keyboard_;
+    InputMethodPoster inputMethod_;
+    VirtualKeyboardPoster keyboardPoster_;
+    WlrootsEditingKeys editingKeys_;
+    WlrootsPasteKeys pasteKeys_;
 };
 
 } // namespace lorvane
