@@ -18,7 +18,8 @@ namespace {
 const QString everyScript = QStringLiteral(
     "The Quick (brown) fox, 7 > 3 & \"so\" \\ #1 {a}[b] ~user@host.org; it's 100%! Zażółć gęślą jaźń, ÉTÉ où "
     "ça œuvre — “Straße” ñandú €5… Съешь же ещё этих мягких булок, да выпей чаю. Ξεσκεπάζω τὴν βδελυγμία "
-    "今天下午三点开会，请把报告发给我。これは日本語の文章です。👍🏽 👩‍👩‍👧‍👦 🏳️‍🌈 ❤️ ok "
+    "今天下午三点开会，请把报告发给我。これは日本語の文章です。👍🏽 👩‍👩‍👧‍👦 🏳️‍🌈 ❤️ "
+    "ok "
     "😀😀 "
     "👨‍💻 ");
 

@@ -1,0 +1,185 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/linux/gnome/GnomeEditingKeys.h"
+#include "platform/linux/gnome/GnomePasteKeys.h"
+#include "platform/linux/gnome/test/PrivateBus.h"
+
+#include "input/KeyEvents.h"
+
+#include <QDBusObjectPath>
+
+#include <linux/input-event-codes.h>
+
+namespace lorvane {
+
+namespace {
+
+const QString service = QStringLiteral("org.gnome.Mutter.RemoteDesktop");
+const QString object = QStringLiteral("/org/gnome/Mutter/RemoteDesktop");
+const QString sessionPath = object + QStringLiteral("/Session/u1");
+
+QString pressed(int key) { return QStringLiteral("NotifyKeyboardKeycode:%1,true").arg(key); }
+QString released(int key) { return QStringLiteral("NotifyKeyboardKeycode:%1,false").arg(key); }
+
+class RemoteDesktop : public PrivateBus {
+ protected:
+    void bringShell() {
+        shell = std::make_unique<ScriptedService>(address, object);
+        shell->answer = [this](const QDBusMessage& call) { return answer(call); };
+        shell->take(service);
+        ASSERT_TRUE(waitUntil([this] { return keys.isOffered(); }));
+    }
+    QDBusMessage answer(const QDBusMessage& call) {
+        if (call.member() == silent) {
+            return {};
+        }
+        if (call.member() == refused) {
+            return call.createErrorReply(QStringLiteral("org.freedesktop.DBus.Error.AccessDenied"),
+                                         QStringLiteral("not now"));
+        }
+        return call.member() == QLatin1String("CreateSession")
+                   ? call.createReply(QVariant::fromValue(QDBusObjectPath(sessionPath)))
+                   : call.createReply();
+    }
+    std::optional<bool> paste(PasteRoute route) {
+        std::optional<bool> posted;
+        const TaskHandle task = startTask(
+            [&](TaskScope scope) -> QCoro::Task<void> { posted = co_await pasteKeys.post(route, scope); });
+        EXPECT_TRUE(waitUntil([&] { return !task.isRunning(); }));
+        return posted;
+    }
+
+    QString silent;
+    QString refused;
+    std::uint32_t held = 0;
+    std::vector<int> chord{KEY_LEFTCTRL, KEY_V};
+    QStringList lines;
+    DiagnosticLog log{clock, std::nullopt, [this](const QString& line) { lines.append(line); }};
+    RemoteDesktopKeys keys{bus, clock, log};
+    GnomeKeyboard keyboard{[this] { return held; }, [this](PasteRoute) { return chord; }};
+    GnomePasteKeys pasteKeys{keys, clock, keyboard};
+    GnomeEditingKeys editingKeys{keys, clock, keyboard};
+    std::unique_ptr<ScriptedService> shell;
+};
+
+TEST_F(RemoteDesktop, IsNotOfferedWhereThereIsNoSuchService) {
+    EXPECT_FALSE(editingKeys.canPost());
+    EXPECT_EQ(paste(PasteRoute::standard), false);
+}
+
+TEST_F(RemoteDesktop, TheSessionIsOpenForTheChordAlone) {
+    bringShell();
+    EXPECT_EQ(paste(PasteRoute::standard), true);
+    const QStringList expected{QStringLiteral("CreateSession:"),
+                               QStringLiteral("Start:"),
+                               pressed(KEY_LEFTCTRL),
+                               pressed(KEY_V),
+                               released(KEY_V),
+                               released(KEY_LEFTCTRL),
+                               QStringLiteral("Stop:")};
+    EXPECT_TRUE(waitUntil([&] { return shell->calls() == expected; }))
+        << shell->calls().join(' ').toStdString();
+}
+
+TEST_F(RemoteDesktop, ARefusedSessionIsNotAskedForAgainUntilAnotherShellComes) {
+    refused = QStringLiteral("CreateSession");
+    bringShell();
+    EXPECT_EQ(paste(PasteRoute::standard), false);
+    EXPECT_FALSE(keys.isOffered());
+    EXPECT_EQ(lines.size(), 1);
+    shell->forgetCalls();
+    EXPECT_EQ(paste(PasteRoute::standard), false);
+    EXPECT_TRUE(shell->calls().isEmpty());
+    shell.reset();
+    refused.clear();
+    bringShell();
+    EXPECT_EQ(paste(PasteRoute::standard), true);
+}
+
+TEST_F(RemoteDesktop, ASessionThatDoesNotStartIsEnded) {
+    refused = QStringLiteral("Start");
+    bringShell();
+    EXPECT_EQ(paste(PasteRoute::standard), false);
+    EXPECT_FALSE(keys.isOffered());
+    EXPECT_TRUE(waitUntil([&] { return shell->calls().last() == QLatin1String("Stop:"); }));
+}
+
+TEST_F(RemoteDesktop, AShellThatDoesNotAnswerIsNotWaitedForForLong) {
+    silent = QStringLiteral("CreateSession");
+    bringShell();
+    EXPECT_EQ(paste(PasteRoute::standard), false);
+}
+
+TEST_F(RemoteDesktop, KeysThatAreDownAreLetGoByTheEndOfTheSession) {
+    bringShell();
+    shell->answer = [this](const QDBusMessage& call) {
+        const bool isV = call.arguments().value(0).toInt() == KEY_V;
+        return isV ? call.createErrorReply(QStringLiteral("org.freedesktop.DBus.Error.Failed"), QString())
+                   : answer(call);
+    };
+    EXPECT_EQ(paste(PasteRoute::standard), false);
+    EXPECT_TRUE(waitUntil([&] { return shell->calls().last() == QLatin1String("Stop:"); }));
+}
+
+TEST_F(RemoteDesktop, AShellThatGoesInTheMiddleEndsTheChord) {
+    bringShell();
+    shell->answer = [this](const QDBusMessage& call) {
+        if (call.arguments().value(0).toInt() == KEY_V) {
+            shell->drop(service);
+        }
+        return answer(call);
+    };
+    EXPECT_EQ(paste(PasteRoute::standard), false);
+    EXPECT_FALSE(keys.isOffered());
+}
+
+TEST_F(RemoteDesktop, ModifiersThatStayHeldSpoilNoPaste) {
+    bringShell();
+    held = modifierFlag::option;
+    EXPECT_EQ(paste(PasteRoute::standard), false);
+    EXPECT_TRUE(shell->calls().isEmpty());
+    held = modifierFlag::control;
+    EXPECT_EQ(paste(PasteRoute::standard), true);
+}
+
+TEST_F(RemoteDesktop, ALayoutWithoutAChordIsNotPastedBy) {
+    bringShell();
+    chord.clear();
+    EXPECT_EQ(paste(PasteRoute::standard), false);
+    EXPECT_TRUE(shell->calls().isEmpty());
+}
+
+TEST_F(RemoteDesktop, EditingKeysShareOneSessionThatEndsSoonAfterTheLast) {
+    bringShell();
+    editingKeys.press(EditingKey::deleteBackward);
+    editingKeys.press(EditingKey::rightArrow);
+    const QStringList expected{
+        QStringLiteral("CreateSession:"), QStringLiteral("Start:"), pressed(KEY_BACKSPACE),
+        released(KEY_BACKSPACE),          pressed(KEY_RIGHT),       released(KEY_RIGHT),
+        QStringLiteral("Stop:")};
+    EXPECT_TRUE(waitUntil([&] { return shell->calls() == expected; }))
+        << shell->calls().join(' ').toStdString();
+}
+
+TEST_F(RemoteDesktop, EditingKeysAreDroppedWhileAModifierStaysHeld) {
+    bringShell();
+    held = modifierFlag::control;
+    editingKeys.press(EditingKey::deleteBackward);
+    EXPECT_EQ(editingKeys.modifierFlags(), modifierFlag::control);
+    EXPECT_FALSE(waitUntil([&] { return !shell->calls().isEmpty(); }, std::chrono::milliseconds(800)));
+    held = 0;
+    editingKeys.press(EditingKey::rightArrow);
+    EXPECT_TRUE(waitUntil([&] { return shell->calls().contains(released(KEY_RIGHT)); }));
+    EXPECT_FALSE(shell->calls().contains(pressed(KEY_BACKSPACE)));
+}
+
+TEST_F(RemoteDesktop, KeysOfOursAreKnownToBeOnTheirWay) {
+    bringShell();
+    EXPECT_FALSE(keys.isPosting());
+    EXPECT_EQ(paste(PasteRoute::standard), true);
+    EXPECT_TRUE(keys.isPosting());
+    EXPECT_TRUE(waitUntil([this] { return !keys.isPosting(); }));
+}
+
+} // namespace
+
+} // namespace lorvane

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "support/Wait.h"
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <gtest/gtest.h>
+
+namespace lorvane::gnomeShell {
+
+/// What an expression is inside the shell, which evaluates for everyone as the virtual desktop has it.
+inline QString evaluate(const QString& expression) {
+    auto call =
+        QDBusMessage::createMethodCall(QStringLiteral("org.gnome.Shell"), QStringLiteral("/org/gnome/Shell"),
+                                       QStringLiteral("org.gnome.Shell"), QStringLiteral("Eval"));
+    call << expression;
+    const QDBusMessage answer = QDBusConnection::sessionBus().call(call);
+    EXPECT_TRUE(answer.arguments().value(0).toBool()) << answer.arguments().value(1).toString().toStdString();
+    return answer.arguments().value(1).toString();
+}
+
+inline bool hasExtension() {
+    return QDBusConnection::sessionBus().interface()->isServiceRegistered(
+        QStringLiteral("com.ostrand.tirra.ShellKeys"));
+}
+
+/// Loads our extension as a login would, and switches it on.
+inline void loadExtension(const QString& folder) {
+    evaluate(
+        QStringLiteral("(() => { const {Gio} = imports.gi; const manager = Main.extensionManager;"
+                       "const uuid = 'keys@tirra.ostrand.com';"
+                       "if (manager.lookup(uuid)) { manager.enableExtension(uuid); return; }"
+                       "const made = manager.createExtensionObject(uuid, Gio.File.new_for_path('%1'), 2);"
+                       "manager.loadExtension(made).then(() => manager.enableExtension(uuid)); })()")
+            .arg(folder));
+    EXPECT_TRUE(waitUntil(hasExtension));
+}
+
+inline void switchExtensionOff() {
+    evaluate(QStringLiteral("Main.extensionManager.disableExtension('keys@tirra.ostrand.com')"));
+    EXPECT_TRUE(waitUntil([] { return !hasExtension(); }));
+}
+
+} // namespace lorvane::gnomeShell
