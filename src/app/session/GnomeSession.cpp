@@ -1,10 +1,78 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/session/GnomeSession.h"
 
+#include "app/ControlNames.h"
+#include "base/PreferenceCatalogue.h"
+#include "platform/linux/x11/PasteChord.h"
+
 namespace lorvane {
 
-GnomeSession::GnomeSession(const SessionParts& /*parts*/) {}
+namespace {
 
-SessionPorts GnomeSession::ports() { return {}; }
+/// X counts keys from here, Linux input events from 0.
+constexpr int firstKey = 8;
+const PreferenceKey<QString> usersInputMethod{
+    QLatin1String("tirra.linux.usersInputMethod"), {}, QLatin1String("input method")};
+
+EngineMemory memoryIn(Preferences& preferences) {
+    return {[&preferences] { return preferences.get(usersInputMethod); },
+            [&preferences](const QString& engine) { preferences.set(usersInputMethod, engine); }};
+}
+
+ShellExtensionHoldRoad::Options holdOptions(Preferences& preferences, RemoteDesktopKeys& keys) {
+    ShellExtensionHoldRoad::Options options;
+    options.programName = control::serviceName;
+    options.extraKey = [&preferences]() -> std::optional<int> {
+        const auto key = extraKeyFromName(preferences.get(preference::extraKey));
+        return key ? std::optional(*key - firstKey) : std::nullopt;
+    };
+    options.isPosting = [&keys] { return keys.isPosting(); };
+    return options;
+}
+
+} // namespace
+
+GnomeSession::GnomeSession(const SessionParts& parts)
+    : keymap_(parts.wayland, parts.seat), keys_(parts.bus, parts.foundation.clock, parts.foundation.log),
+      hold_(parts.bus, parts.foundation.clock, holdOptions(parts.foundation.preferences, keys_)),
+      editingKeys_(keys_, parts.foundation.clock, keyboard()),
+      pasteKeys_(keys_, parts.foundation.clock, keyboard()),
+      inputMethod_(parts.foundation.clock, parts.foundation.log, memoryIn(parts.foundation.preferences)) {}
+
+GnomeKeyboard GnomeSession::keyboard() const {
+    return {[this] { return hold_.modifierFlags(); },
+            [this](PasteRoute route) { return pasteChordFor(route); }};
+}
+
+std::vector<int> GnomeSession::pasteChordFor(PasteRoute route) const {
+    const XkbKeymap keymap = keymap_.read();
+    std::vector<int> chord;
+    if (keymap) {
+        for (const XKeyCode key : pasteChord(keymap.get(), 0, route)) {
+            chord.push_back(key - firstKey);
+        }
+    }
+    return chord;
+}
+
+QString GnomeSession::obstacleOfKeys() const {
+    return keys_.isOffered() ? QString()
+                             : QStringLiteral("there is no GNOME Shell that takes keys from programs");
+}
+
+SessionPorts GnomeSession::ports() {
+    const QString remoteDesktop = QStringLiteral("remote desktop session");
+    const auto obstacleOfKeys = [this] { return this->obstacleOfKeys(); };
+    SessionPorts ports;
+    ports.holdRoads = {&hold_};
+    ports.posters = {{&inputMethod_, inputMethod_.name(), [this] {
+                          return inputMethod_.isConnected()
+                                     ? QString()
+                                     : QStringLiteral("the input method IBus is not running");
+                      }}};
+    ports.editingKeys = {{&editingKeys_, remoteDesktop, obstacleOfKeys}};
+    ports.pasteKeys = {{&pasteKeys_, remoteDesktop, obstacleOfKeys}};
+    return ports;
+}
 
 } // namespace lorvane

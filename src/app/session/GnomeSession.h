@@ -1,7 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "app/session/SeatKeymap.h"
 #include "app/session/SessionPorts.h"
+#include "platform/linux/gnome/GnomeEditingKeys.h"
+#include "platform/linux/gnome/GnomePasteKeys.h"
+#include "platform/linux/gnome/RemoteDesktopKeys.h"
+#include "platform/linux/gnome/ShellExtensionHoldRoad.h"
+#include "platform/linux/ibus/IbusPoster.h"
 
 namespace lorvane {
 
@@ -12,6 +18,18 @@ class GnomeSession {
     explicit GnomeSession(const SessionParts& parts);
 
     [[nodiscard]] SessionPorts ports();
+
+ private:
+    [[nodiscard]] GnomeKeyboard keyboard() const;
+    [[nodiscard]] std::vector<int> pasteChordFor(PasteRoute route) const;
+    [[nodiscard]] QString obstacleOfKeys() const;
+
+    SeatKeymap keymap_;
+    RemoteDesktopKeys keys_;
+    ShellExtensionHoldRoad hold_;
+    GnomeEditingKeys editingKeys_;
+    GnomePasteKeys pasteKeys_;
+    IbusPoster inputMethod_;
 };
 
 } // namespace lorvane
