@@ -55,10 +55,12 @@ class Desk:
     def release(self, key):
         self.run("lorvane-key", "release", key)
 
-    @staticmethod
-    def screenshot(path):
-        subprocess.run(["import", "-window", "root", path], check=False)
-        print(f"screenshot: {path}", flush=True)
+    def set_up(self):
+        if self.run("lorvane-session", "set-up") is None:
+            raise Failure("the session cannot be set up as its user does it once")
+
+    def screenshot(self, path):
+        self.run("lorvane-session", "picture", path)
 
 
 def play(speech):
@@ -113,7 +115,8 @@ def wait_for_text(desk, program, field):
 
 
 def keep(program):
-    print(f"it all runs on: DISPLAY={os.environ['DISPLAY']} "
+    wayland = f"WAYLAND_DISPLAY={os.environ['WAYLAND_DISPLAY']} " if "WAYLAND_DISPLAY" in os.environ else ""
+    print(f"it all runs on: DISPLAY={os.environ['DISPLAY']} {wayland}"
           f"DBUS_SESSION_BUS_ADDRESS={os.environ['DBUS_SESSION_BUS_ADDRESS']}")
     print(f"its folders are in {os.environ['LORVANE_DESKTOP']}; lorvane is process {program.process.pid}; "
           f"to end it all: kill {os.getpid()}", flush=True)
@@ -132,6 +135,7 @@ def main():
     text = None
     try:
         skip_introduction()
+        desk.set_up()
         field = desk.open_application(options.app)
         program.start()
         program.wait_until_ready()

@@ -66,6 +66,9 @@ class Desktop:
         self._started[name] = process
         return process
 
+    def pid(self, name):
+        return self._started[name].pid
+
     def fail(self, name, what):
         with open(f"{self.folder}/logs/{name}", encoding="utf-8", errors="replace") as log:
             tail = "".join(log.readlines()[-20:])

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/LorvaneProgram.h"
 
+#include "support/UserSession.h"
+
 #include <QDBusConnection>
 #include <QDBusInterface>
 #include <QDBusReply>
@@ -50,6 +52,7 @@ class LorvaneProgram::PhaseRecorder : public QObject {
 LorvaneProgram::LorvaneProgram(const QString& backend, const QJsonObject& preferences)
     : environment_(QProcessEnvironment::systemEnvironment()),
       recorder_(std::make_unique<PhaseRecorder>(phases_, lastPhaseAt_)) {
+    session::beSetUp();
     environment_.insert(QStringLiteral("XDG_CONFIG_HOME"), home_.filePath(QStringLiteral("config")));
     environment_.insert(QStringLiteral("XDG_DATA_HOME"), home_.filePath(QStringLiteral("data")));
     environment_.insert(QStringLiteral("XDG_STATE_HOME"), home_.filePath(QStringLiteral("state")));

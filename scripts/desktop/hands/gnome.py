@@ -1,10 +1,13 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Hands at GNOME Shell: virtual devices made inside it, since its unsafe mode evaluates what it is given."""
 import json
+import time
 
 from desktop.hands.bus import Service
 
 _LEFT_BUTTON = 1
+_ENABLED = 1
+_BOUND = 10  # seconds
 _EVDEV = 8  # X counts keys from here
 _DEVICES = """
     const {Clutter} = imports.gi;
@@ -18,6 +21,13 @@ _DEVICES = """
         window: id => global.hands.windows().filter(w => w.get_id() === id)[0],
     };
     true"""
+# As at a login after it was installed.
+_EXTENSION = """(async () => {{
+    const folder = imports.gi.Gio.File.new_for_path({folder});
+    const extension = Main.extensionManager.createExtensionObject({uuid}, folder, 2);
+    await Main.extensionManager.loadExtension(extension);
+    Main.extensionManager.enableExtension({uuid});
+}})(); true"""
 _LIST = """global.hands.windows().map(w => ({
     id: w.get_id(), pid: w.get_pid(), title: w.get_title() || '', "class": w.get_wm_class() || '',
     active: w.has_focus(), fullscreen: w.is_fullscreen()}))"""
@@ -70,3 +80,14 @@ class Hands:
                                          "(bbs)", True, False, path)
         if not taken:
             raise RuntimeError(f"the shell takes no picture to {path}")
+
+    def extension(self, folder):
+        with open(f"{folder}/metadata.json", encoding="utf-8") as file:
+            uuid = json.load(file)["uuid"]
+        self._evaluate(_EXTENSION.format(folder=json.dumps(folder), uuid=json.dumps(uuid)))
+        state = f"(Main.extensionManager.lookup({json.dumps(uuid)}) || {{state: 0}}).state"
+        end = time.monotonic() + _BOUND
+        while self._evaluate(state) != _ENABLED:
+            if time.monotonic() > end:
+                raise RuntimeError(f"the shell does not switch {uuid} on: it is in state {self._evaluate(state)}")
+            time.sleep(0.02)

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The hands and eyes of the user of a Wayland session: serve.py SESSION LAYOUT
+"""The hands and eyes of the user of a Wayland session: serve.py SESSION LAYOUT COMPOSITOR
 
 A Wayland client sees and moves nothing but itself, and a key is up again when the client that pressed it goes. So one
 process holds the devices as long as the desktop lasts, and takes requests at the socket $LORVANE_HANDS. A request is a
@@ -10,6 +10,8 @@ line of JSON, a list of the verb and its arguments; the answer is one as well: {
     windows                                 all, each an object
     activate ID, close ID, fullscreen ID WANTED
     picture PATH                            of the whole screen, as PNG
+    extension FOLDER                        switches a GNOME Shell extension on
+    compositor                              its process
 """
 import importlib
 import json
@@ -22,15 +24,18 @@ import time
 sys.dont_write_bytecode = True
 sys.path.insert(0, os.path.dirname(os.path.dirname(os.path.dirname(os.path.realpath(__file__)))))
 
+_VERBS = ("point", "button", "windows", "activate", "close", "fullscreen", "picture", "extension")
+
 
 class Server(socketserver.ThreadingUnixStreamServer):
     daemon_threads = True
 
-    def __init__(self, path, hands):
+    def __init__(self, path, hands, compositor):
         # The name appears when it can be connected to.
         super().__init__(f"{path}.new", Handler)
         os.rename(f"{path}.new", path)
         self._hands = hands
+        self._compositor = compositor
         self._lock = threading.Lock()
         self._down = []
 
@@ -42,7 +47,9 @@ class Server(socketserver.ThreadingUnixStreamServer):
                 return self._key(arguments[0], verb == "press")
             if verb == "down":
                 return self._down
-            if verb not in ("point", "button", "windows", "activate", "close", "fullscreen", "picture"):
+            if verb == "compositor":
+                return self._compositor
+            if verb not in _VERBS:
                 raise ValueError(f"no such request: {verb}")
             return getattr(self._hands, verb)(*arguments)
 
@@ -62,9 +69,9 @@ class Handler(socketserver.StreamRequestHandler):
 
 
 def main():
-    session, layout = sys.argv[1:]
+    session, layout, compositor = sys.argv[1:]
     hands = importlib.import_module(f"desktop.hands.{session}").Hands(layout)
-    Server(os.environ["LORVANE_HANDS"], hands).serve_forever()
+    Server(os.environ["LORVANE_HANDS"], hands, int(compositor)).serve_forever()
 
 
 if __name__ == "__main__":

@@ -26,7 +26,7 @@ class WaylandSession:
         return {"Xwayland": "xwayland", **self.compositor_programs}
 
     def environment(self, folder):
-        return {"XDG_SESSION_TYPE": "wayland", "XDG_CURRENT_DESKTOP": self.current_desktop,
+        return {"LORVANE_SESSION": self.name, "XDG_SESSION_TYPE": "wayland", "XDG_CURRENT_DESKTOP": self.current_desktop,
                 "LORVANE_HANDS": f"{folder}/run/lorvane-hands"}
 
     def bring_up(self, desktop):
@@ -39,7 +39,7 @@ class WaylandSession:
         desktop.hand_to_services(_HANDED_ON)
         desktop.start_keyring()
         desktop.start_accessibility(screen_reader=True)
-        desktop.start("hands", self.hands(desktop))
+        desktop.start("hands", [*self.hands(desktop), str(desktop.pid(self.ends_last[0]))])
         desktop.keyring_ready()
         desktop.audio_ready()
         desktop.wait("hands", "they listen", lambda: os.path.exists(desktop.environment["LORVANE_HANDS"]))

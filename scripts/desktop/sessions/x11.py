@@ -26,7 +26,7 @@ class X11:
                 self._window_manager[0]: self._package}
 
     def environment(self, _folder):
-        return {"XDG_SESSION_TYPE": "x11"}
+        return {"LORVANE_SESSION": "x11", "XDG_SESSION_TYPE": "x11"}
 
     def bring_up(self, desktop):
         """Parts that do not need each other come up at the same time."""

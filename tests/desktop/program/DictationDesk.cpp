@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "DictationDesk.h"
 
+#include "support/UserSession.h"
+
 #include <QElapsedTimer>
 #include <QFile>
 #include <QJsonDocument>
@@ -131,29 +133,52 @@ QString DictationDesk::noticePhase(const QString& text) { return QStringLiteral(
 namespace clipboard {
 
 namespace {
-const QStringList selection{QStringLiteral("-selection"), QStringLiteral("clipboard")};
-} // namespace
 
-QByteArray read(const QString& type) {
-    return runTool(QStringLiteral("xclip"),
-                   selection + QStringList{QStringLiteral("-o"), QStringLiteral("-t"), type})
-        .output;
+/// A Wayland client reaches the clipboard without the focus by data control alone, which GNOME does not have:
+/// there as under X11, an X client does.
+bool isByDataControl() { return session::isWayland() && session::name() != QStringLiteral("gnome"); }
+
+const QStringList xSelection{QStringLiteral("-selection"), QStringLiteral("clipboard")};
+
+QStringList toRead(const QString& type) {
+    if (isByDataControl()) {
+        return {QStringLiteral("wl-paste"), QStringLiteral("--no-newline"), QStringLiteral("--type"), type};
+    }
+    return QStringList{QStringLiteral("xclip")} + xSelection +
+           QStringList{QStringLiteral("-o"), QStringLiteral("-t"), type};
 }
 
+/// In the foreground, until something else is copied.
+QStringList toCopy(const QString& type) {
+    if (isByDataControl()) {
+        return {QStringLiteral("wl-copy"), QStringLiteral("--foreground"), QStringLiteral("--type"), type};
+    }
+    return QStringList{QStringLiteral("xclip")} + xSelection +
+           QStringList{QStringLiteral("-quiet"), QStringLiteral("-i"), QStringLiteral("-t"), type};
+}
+
+QByteArray outputOf(const QStringList& command) { return runTool(command.first(), command.mid(1)).output; }
+
+} // namespace
+
+QByteArray read(const QString& type) { return outputOf(toRead(type)); }
+
 QStringList types() {
-    return QString::fromUtf8(read(QStringLiteral("TARGETS"))).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    const QByteArray listed = isByDataControl()
+                                  ? outputOf({QStringLiteral("wl-paste"), QStringLiteral("--list-types")})
+                                  : read(QStringLiteral("TARGETS"));
+    return QString::fromUtf8(listed).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
 }
 
 Copy::Copy(const QByteArray& content, const QString& type) {
-    // "quiet" keeps it in the foreground.
-    process_.start(
-        QStringLiteral("xclip"),
-        selection + QStringList{QStringLiteral("-quiet"), QStringLiteral("-i"), QStringLiteral("-t"), type});
+    const QStringList command = toCopy(type);
+    process_.start(command.first(), command.mid(1));
     process_.write(content);
     process_.closeWriteChannel();
     if (!process_.waitForStarted() || !waitUntil([&] { return !isOwner() || read(type) == content; }) ||
         !isOwner()) {
-        throw std::runtime_error("xclip did not take the clipboard: " + process_.readAll().toStdString());
+        throw std::runtime_error(command.first().toStdString() +
+                                 " did not take the clipboard: " + process_.readAll().toStdString());
     }
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "DictationDesk.h"
 
+#include "support/UserSession.h"
+
 namespace lorvane {
 
 namespace {
@@ -17,8 +19,10 @@ constexpr milliseconds untilReturn{1600};
 class Insertion : public DictationDesk {
  protected:
     ~Insertion() override {
-        runTool(QStringLiteral("setxkbmap"),
-                {QStringLiteral("-layout"), QStringLiteral("us"), QStringLiteral("-option"), QString()});
+        if (!session::isWayland()) {
+            runTool(QStringLiteral("setxkbmap"),
+                    {QStringLiteral("-layout"), QStringLiteral("us"), QStringLiteral("-option"), QString()});
+        }
     }
 
     void dictate() {
