@@ -40,8 +40,8 @@ class HttpServer::Implementation {
  public:
     Implementation(const ServerOptions& options, std::vector<Route> routes, Authentication authentication,
                    const Pools& pools, OnServed onServed)
-        : shared_(std::make_shared<ServerShared>(options, std::move(routes), std::move(authentication), pools,
-                                                 std::move(onServed),
+        : shared_(std::make_shared<ServerShared>(options, RouteTable(std::move(routes)),
+                                                 std::move(authentication), pools, std::move(onServed),
                                                  std::make_shared<ByteBudget>(options.heldBytes))) {
         for (std::size_t i = 0; i < std::max<std::size_t>(1, options.threads); ++i) {
             lanes_.push_back(std::make_unique<Lane>());

@@ -27,12 +27,12 @@ struct ServerOptions {
     std::size_t threads = 1;
     std::size_t connections = 4096;
     std::size_t heldBytes = std::size_t(512) << 20; // all request bodies in memory together
-    std::size_t backlog = 256 * 1024;               // bytes of lines that wait for one slow client
+    std::size_t backlog = 16 * 1024;                // bytes of lines that wait for one slow client
     std::chrono::milliseconds headerTime = std::chrono::seconds(15);
     std::chrono::milliseconds idleTime = std::chrono::seconds(60);  // between requests of a connection
     std::chrono::milliseconds bodyPause = std::chrono::seconds(20); // longest silence within a body
     std::chrono::milliseconds bodyTime = std::chrono::seconds(240); // longest whole body
-    std::chrono::milliseconds writeTime = std::chrono::seconds(20); // for one line, or one whole answer
+    std::chrono::milliseconds writeTime = std::chrono::seconds(20); // for the lines that wait, or one whole answer
     std::chrono::milliseconds silence = std::chrono::seconds(15);   // of a stream, until a line says it lives
 };
 

@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <boost/asio.hpp>
-#include <boost/asio/experimental/awaitable_operators.hpp>
 #include <boost/beast/http.hpp>
 #include <poll.h>
 #include <sys/socket.h>
@@ -20,12 +19,14 @@ namespace net = boost::asio;
 namespace beast = boost::beast;
 namespace http = boost::beast::http;
 using boost::system::error_code;
-using namespace net::experimental::awaitable_operators;
 
 namespace {
 
 constexpr std::size_t longestHeader = 16 * 1024;
 constexpr std::size_t readStep = 64 * 1024;
+// How long a server that ends waits for a request on a connection that has none.
+constexpr auto firstRequestTime = std::chrono::milliseconds(1000);
+constexpr auto nextRequestTime = std::chrono::milliseconds(50);
 constexpr auto pipelinedPoll = std::chrono::milliseconds(50);
 constexpr auto tupled = net::as_tuple(net::use_awaitable);
 
@@ -72,16 +73,29 @@ net::awaitable<void> HttpSession::run() {
         more = co_await serveOne();
         more = more && keepAlive_ && !shared_->ending;
     }
+    timer_.cancel();
     stream_.socket().shutdown(net::ip::tcp::socket::shutdown_both, ignored);
     stream_.close();
 }
 
 void HttpSession::close(bool everything) {
-    if (!everything && requestUnderWay())
-        return;
+    if (!everything)
+        return closeWhenSilent();
     closed_ = true;
     timer_.cancel();
     stream_.close();
+}
+
+// A request may be on its way already, above all the first one of a connection that was just made. Once it is
+// here the timer serves it.
+void HttpSession::closeWhenSilent() {
+    if (requestUnderWay())
+        return;
+    timer_.expires_after(what_.empty() ? firstRequestTime : nextRequestTime);
+    timer_.async_wait([self = shared_from_this()](error_code error) {
+        if (!error && !self->requestUnderWay())
+            self->close(true);
+    });
 }
 
 // Also one that lies in the socket, or has come in part.
@@ -94,26 +108,6 @@ bool HttpSession::requestUnderWay() {
 HttpWriter::Form HttpSession::form(bool keepAlive) {
     keepAlive_ = keepAlive && !shared_->ending;
     return {version_, keepAlive_, allow_};
-}
-
-// `known` tells whether the path has any route. What the log calls the request is settled here: never by the
-// client's own words.
-const Route* HttpSession::findRoute(std::string_view method, std::string_view target, bool& known) {
-    const auto path = target.substr(0, target.find('?'));
-    const Route* route = nullptr;
-    what_ = "unknown path";
-    for (const auto& candidate : shared_->routes) {
-        if (candidate.path != path)
-            continue;
-        known = true;
-        allow_ = candidate.method;
-        what_ = "another method on " + std::string(path);
-        if (candidate.method == method)
-            route = &candidate;
-    }
-    if (route)
-        what_ = std::string(route->method) + ' ' + std::string(route->path);
-    return route;
 }
 
 // Reads one request and answers it. False when the connection is to be closed.
@@ -135,15 +129,15 @@ net::awaitable<bool> HttpSession::serveOne() {
     }
     const auto& head = parser.get();
     version_ = head.version();
-    bool known = false;
-    const Route* route = findRoute(plain(head.method_string()), plain(head.target()), known);
-    if (!route) {
-        const int status = known ? 405 : 404;
-        const bool more = co_await refuse(status, codeOfStatus(status), !parser.is_done());
+    auto found = shared_->routes.find(plain(head.method_string()), plain(head.target()));
+    what_ = std::move(found.what);
+    allow_ = found.allow;
+    if (!found.route) {
+        const bool more = co_await refuse(found.status, codeOfStatus(found.status), !parser.is_done());
         co_return more;
     }
     keepAlive_ = head.keep_alive();
-    const bool more = co_await serveRoute(parser, *route);
+    const bool more = co_await serveRoute(parser, *found.route);
     co_return more;
 }
 
@@ -199,8 +193,10 @@ net::awaitable<bool> HttpSession::serveRoute(Parser& parser, const Route& route)
         co_return more;
     }
     gone_ = false;
+    watch(++watched_);
     Answer outcome;
-    co_await (answer(pending, outcome) || watch());
+    co_await answer(pending, outcome);
+    endWatch();
     pending->abandon();
     log(what_, outcome.whole ? outcome.status : 0, pending->notes());
     const bool more = outcome.whole && keepAlive_;
@@ -285,7 +281,7 @@ net::awaitable<void> HttpSession::answer(std::shared_ptr<PendingExchange> pendin
             const bool woken = co_await wait();
             if (woken)
                 continue;
-            progress.lines.push_back(pingLine() + '\n');
+            progress.lines = pingLine() + '\n';
         }
         if (progress.response && !started) {
             answer.status = progress.response->status;
@@ -300,9 +296,11 @@ net::awaitable<void> HttpSession::answer(std::shared_ptr<PendingExchange> pendin
             if (!written)
                 co_return;
         }
-        const bool written = co_await writer_.lines(std::move(progress.lines), version_);
-        if (!written)
-            co_return;
+        if (!progress.lines.empty()) {
+            const bool written = co_await writer_.lines(std::move(progress.lines), version_);
+            if (!written)
+                co_return;
+        }
         if (progress.ended) {
             answer.whole = started;
             if (started && version_ >= 11)
@@ -312,21 +310,36 @@ net::awaitable<void> HttpSession::answer(std::shared_ptr<PendingExchange> pendin
     }
 }
 
-// Ends when the client has closed or half-closed the connection.
-net::awaitable<void> HttpSession::watch() {
-    net::steady_timer poll(stream_.get_executor());
-    auto& socket = stream_.socket();
-    for (;;) {
-        const auto [error] = co_await socket.async_wait(net::ip::tcp::socket::wait_read, tupled);
-        if (error || !socket.is_open() || hungUp(socket.native_handle()))
-            break;
+// Beside the answering, until the client has closed or half-closed the connection: then whatever the
+// answering waits for is over. A call that comes too late finds another number.
+void HttpSession::watch(unsigned number) {
+    stream_.socket().async_wait(net::ip::tcp::socket::wait_read,
+                                [self = shared_from_this(), number](error_code error) {
+                                    if (!error && number == self->watched_)
+                                        self->lookAround(number);
+                                });
+}
+
+void HttpSession::lookAround(unsigned number) {
+    if (stream_.socket().is_open() && !hungUp(stream_.socket().native_handle())) {
         // The next request has come already, and the socket stays readable: only look from time to time.
-        poll.expires_after(pipelinedPoll);
-        const auto [cancelled] = co_await poll.async_wait(tupled);
-        if (cancelled)
-            break;
+        poll_.emplace(stream_.get_executor(), pipelinedPoll);
+        poll_->async_wait([self = shared_from_this(), number](error_code error) {
+            if (!error && number == self->watched_)
+                self->lookAround(number);
+        });
+        return;
     }
     gone_ = true;
+    timer_.cancel();
+    stream_.cancel();
+}
+
+void HttpSession::endWatch() {
+    ++watched_;
+    poll_.reset();
+    error_code ignored;
+    stream_.socket().cancel(ignored);
 }
 
 // A refusal before the body was read ends the connection, and what still comes in is thrown away for a while:

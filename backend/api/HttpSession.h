@@ -6,6 +6,7 @@
 #include "api/HttpServer.h"
 #include "api/HttpWriter.h"
 #include "api/PendingExchange.h"
+#include "api/RouteTable.h"
 
 #include <atomic>
 #include <boost/asio/awaitable.hpp>
@@ -21,7 +22,7 @@ namespace lorvane::backend {
 // What all connections share, and the work for them that may outlive the server.
 struct ServerShared {
     ServerOptions options;
-    std::vector<Route> routes;
+    RouteTable routes;
     Authentication authentication;
     Pools pools;
     OnServed onServed;
@@ -49,20 +50,22 @@ class HttpSession : public std::enable_shared_from_this<HttpSession> {
     };
 
     boost::asio::awaitable<bool> serveOne();
-    const Route* findRoute(std::string_view method, std::string_view target, bool& known);
     boost::asio::awaitable<bool> refuseHeader(boost::system::error_code error);
     boost::asio::awaitable<bool> serveRoute(Parser& parser, const Route& route);
     boost::asio::awaitable<int> readBody(Parser& parser, std::size_t limit, std::string& body,
                                          ByteBudget::Share& held);
     boost::asio::awaitable<int> checkToken(std::string token, DeviceId& device);
     boost::asio::awaitable<void> answer(std::shared_ptr<PendingExchange> pending, Answer& answer);
-    boost::asio::awaitable<void> watch();
+    void watch(unsigned number);
+    void lookAround(unsigned number);
+    void endWatch();
     boost::asio::awaitable<bool> answerInstantly(Response response);
     boost::asio::awaitable<bool> refuse(int status, std::string_view code, bool bodyUnread);
     boost::asio::awaitable<bool> wait(); // false: the timer ran out, nobody woke it
     std::function<void()> waker();
     HttpWriter::Form form(bool keepAlive);
     bool requestUnderWay();
+    void closeWhenSilent();
     void log(std::string_view what, int status, const std::string& notes);
 
     boost::beast::tcp_stream stream_;
@@ -72,12 +75,14 @@ class HttpSession : public std::enable_shared_from_this<HttpSession> {
     const std::shared_ptr<ServerShared> shared_;
     std::chrono::steady_clock::time_point began_;
     std::string what_;
-    std::string allow_;
+    std::string_view allow_;
     unsigned version_ = 11;
     bool keepAlive_ = true;
     bool idle_ = true;
     bool closed_ = false;
     bool gone_ = false;
+    unsigned watched_ = 0; // changes with every request and its end
+    std::optional<boost::asio::steady_timer> poll_;
 };
 
 } // namespace lorvane::backend

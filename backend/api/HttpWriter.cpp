@@ -36,12 +36,12 @@ std::string headOf(int status, const HttpWriter::Form& form) {
     return text;
 }
 
-std::string chunkOf(const std::string& line) {
+std::string chunkOf(const std::string& text) {
     std::array<char, 20> size{};
-    const auto end = std::to_chars(size.data(), size.data() + size.size(), line.size(), 16).ptr;
+    const auto end = std::to_chars(size.data(), size.data() + size.size(), text.size(), 16).ptr;
     std::string chunk;
-    chunk.reserve(line.size() + 12);
-    chunk.append(size.data(), end).append("\r\n").append(line).append("\r\n");
+    chunk.reserve(text.size() + 12);
+    chunk.append(size.data(), end).append("\r\n").append(text).append("\r\n");
     return chunk;
 }
 
@@ -78,14 +78,11 @@ net::awaitable<bool> HttpWriter::streamHead(Form form) {
     co_return written;
 }
 
-net::awaitable<bool> HttpWriter::lines(std::deque<std::string> lines, unsigned version) {
-    for (auto& line : lines) {
-        auto text = version < 11 ? std::move(line) : chunkOf(line);
-        const bool written = co_await write(std::move(text));
-        if (!written)
-            co_return false;
-    }
-    co_return true;
+net::awaitable<bool> HttpWriter::lines(std::string lines, unsigned version) {
+    auto text = version < 11 ? std::move(lines) : chunkOf(lines);
+    lines = {};
+    const bool written = co_await write(std::move(text));
+    co_return written;
 }
 
 net::awaitable<bool> HttpWriter::lastChunk() {

@@ -6,7 +6,7 @@
 
 #include <boost/asio/awaitable.hpp>
 #include <boost/beast/core/tcp_stream.hpp>
-#include <deque>
+#include <string>
 
 namespace lorvane::backend {
 
@@ -26,7 +26,7 @@ class HttpWriter {
     boost::asio::awaitable<bool> response(Response response, Form form);
     // An answer of lines; its end is told by lastChunk(), or under HTTP/1.0 by the connection's.
     boost::asio::awaitable<bool> streamHead(Form form);
-    boost::asio::awaitable<bool> lines(std::deque<std::string> lines, unsigned version);
+    boost::asio::awaitable<bool> lines(std::string lines, unsigned version);
     boost::asio::awaitable<bool> lastChunk();
     boost::asio::awaitable<bool> goOn(); // to a client that asks before it sends a body
     // Closes our side, and throws away what still comes for a while.

@@ -29,14 +29,14 @@ void PendingExchange::startLines() {
 }
 
 bool PendingExchange::writeLine(std::string line) {
-    line += '\n';
     {
         std::unique_lock lock(mutex_);
         const auto stop = stop_.get_token();
-        if (!space_.wait(lock, stop, [this] { return waiting_ < backlog_; }) || stop.stop_requested())
+        if (!space_.wait(lock, stop, [this] { return progress_.lines.size() + beingSent_ < backlog_; }) ||
+            stop.stop_requested())
             return false;
-        waiting_ += line.size();
-        progress_.lines.push_back(std::move(line));
+        progress_.lines += line;
+        progress_.lines += '\n';
     }
     slot_.wake();
     return true;
@@ -86,7 +86,7 @@ PendingExchange::Progress PendingExchange::takeProgress() {
         taken.ended = progress_.ended;
         taken.lines.swap(progress_.lines);
         taken.response = std::exchange(progress_.response, std::nullopt);
-        waiting_ = 0;
+        beingSent_ = taken.lines.size();
     }
     space_.notify_all();
     return taken;

@@ -6,7 +6,6 @@
 #include "util/WakeSlot.h"
 
 #include <condition_variable>
-#include <deque>
 #include <mutex>
 
 namespace lorvane::backend {
@@ -29,12 +28,13 @@ class PendingExchange : public Exchange {
     // The connection's side.
     struct Progress {
         bool started = false; // the answer is lines
-        std::deque<std::string> lines;
+        std::string lines;
         std::optional<Response> response;
         bool ended = false;
         bool empty() const { return lines.empty() && !response && !ended; }
     };
-    // What has come since the last call.
+    // What has come since the last call. What the last one gave has been sent by now: only then is there room
+    // for more, so that a client that does not read holds up the worker.
     Progress takeProgress();
     // The client is gone: the worker is asked to stop, and waits for nothing more.
     void abandon();
@@ -52,7 +52,7 @@ class PendingExchange : public Exchange {
     mutable std::mutex mutex_;
     std::condition_variable_any space_;
     Progress progress_;
-    std::size_t waiting_ = 0;
+    std::size_t beingSent_ = 0;
     std::string notes_;
 };
 
