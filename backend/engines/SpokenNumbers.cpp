@@ -29,6 +29,7 @@ constexpr auto tensOrdinals = std::to_array<std::string_view>(
 constexpr auto months =
     std::to_array<std::string_view>({"january", "february", "march", "april", "may", "june", "july", "august",
                                      "september", "october", "november", "december"});
+constexpr auto vague = std::to_array<std::string_view>({"hundreds", "thousands", "millions", "something"});
 constexpr auto beforeTimes = std::to_array<std::string_view>(
     {"at", "by", "until", "till", "around", "before", "after", "from", "since"});
 constexpr auto beforeYears = std::to_array<std::string_view>({"in", "since", "year", "of", "until", "by"});
@@ -205,10 +206,10 @@ class Reader {
     }
 
     std::optional<SpokenNumber> readYear(const Value& century) {
-        if (century.words != 1 || century.value < 11 || century.value > 20)
+        if (century.words != 1 || century.value < 10 || century.value > 20)
             return std::nullopt;
-        if (century.value < 13 && !in(beforeYears, before_))
-            return std::nullopt;
+        if (century.value < 17 && !in(beforeYears, before_))
+            return std::nullopt; // "thirteen fourteen people"
         Value year = word(1) == "oh" || word(1) == "o" ? minutes(1) : small(1);
         if (year.words == 0 || (year.value < 10 && year.words != 2) || continues(1 + year.words))
             return std::nullopt;
@@ -275,6 +276,8 @@ class Reader {
             return readRun();
         if ((next == "to" || next == "past") && value.value < 30 && beginsNumber(word(value.words + 1)))
             return {Kind::words, value.words + 2, {}}; // "ten to five"
+        if (next.ends_with("ties") || in(vague, next))
+            return {Kind::words, value.words + 1, {}}; // "nineteen eighties"
         if (value.value < 10)
             return {Kind::words, value.words, {}};
         return {Kind::figures, value.words, written(value)};
