@@ -3,6 +3,7 @@
 
 #include "base/PreferenceCatalogue.h"
 #include "input/Hotkey.h"
+#include "platform/linux/wayland/LayerPill.h"
 #include "platform/linux/x11/X11PillDesktop.h"
 #include "ui/menu/WaveformIcon.h"
 #include "ui/pill/PillPanel.h"
@@ -42,8 +43,11 @@ DesktopPresence::DesktopPresence(const Foundation& foundation, const QDBusConnec
 }
 
 void DesktopPresence::makePill(const Foundation& foundation, DesktopAdapters& desktop) {
+    if (desktop.choice.pill == PillRoad::layerShell) {
+        pill = LayerPill::open(desktop.wayland, desktop.seat, foundation.clock);
+    }
     if (desktop.choice.pill != PillRoad::xWindow) {
-        pill = std::make_unique<NoPill>();
+        pill = pill ? std::move(pill) : std::make_unique<NoPill>();
         return;
     }
     pillDesktop = std::make_unique<X11PillDesktop>(desktop.display);

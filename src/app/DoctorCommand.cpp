@@ -2,6 +2,7 @@
 #include "app/DoctorCommand.h"
 
 #include "app/BackendChoice.h"
+#include "app/SessionRoads.h"
 #include "app/Stores.h"
 #include "app/doctor/AccessibilityProbes.h"
 #include "app/doctor/Doctor.h"
@@ -29,8 +30,8 @@ class Examination {
  public:
     Examination(const Foundation& foundation, const QDBusConnection& session)
         : foundation_(foundation), session_(session), display_(foundation.log),
-          capabilities_(capabilitiesOf(display_)), bus_(foundation.clock, session), sound_(foundation.clock),
-          http_(foundation.clock) {}
+          capabilities_(capabilitiesOf(display_)), bus_(foundation.clock, session),
+          roads_(foundation, session, display_, bus_), sound_(foundation.clock), http_(foundation.clock) {}
 
     [[nodiscard]] DoctorProbes probes();
 
@@ -45,6 +46,7 @@ class Examination {
     X11Connection display_;
     X11Capabilities capabilities_;
     AtspiBus bus_;
+    SessionRoads roads_;
     PulseConnection sound_;
     QtHttpClient http_;
 };
@@ -56,11 +58,14 @@ DoctorProbes Examination::probes() {
         return sessionKind(qEnvironmentVariable("XDG_SESSION_TYPE"), qEnvironmentVariable("DISPLAY"),
                            qEnvironmentVariable("WAYLAND_DISPLAY"));
     };
-    probes.keyWatching = [this]() -> std::optional<std::pair<int, int>> {
-        const auto version = capabilities_.inputVersion;
-        return version.major == 0 ? std::nullopt : std::optional(std::pair(version.major, version.minor));
-    };
-    probes.syntheticKeys = [this] { return capabilities_.canPostKeys(); };
+    if (!roads_.isWayland()) {
+        probes.keyWatching = [this]() -> std::optional<std::pair<int, int>> {
+            const auto version = capabilities_.inputVersion;
+            return version.major == 0 ? std::nullopt : std::optional(std::pair(version.major, version.minor));
+        };
+        probes.syntheticKeys = [this] { return capabilities_.canPostKeys(); };
+    }
+    probes.roads = [this](TaskScope scope) { return roads_.facts(std::move(scope)); };
     probes.microphone = [this](TaskScope scope) { return microphone(scope); };
     probes.keyStore = [this](TaskScope scope) { return keyStore(scope); };
     probes.backend = [this](TaskScope scope) { return backend(scope); };

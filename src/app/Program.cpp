@@ -199,7 +199,9 @@ int runProgram() {
     }
     if (!session.registerService(control::serviceName)) {
         std::fputs("lorvane: it runs already; \"lorvane status\" tells what it does\n", stderr);
-        return sendCommand({Command::Verb::open});
+        Command open;
+        open.verb = Command::Verb::open;
+        return sendCommand(open);
     }
     bool isToStartAgain = false;
     const int status = run(session, isToStartAgain);

@@ -38,6 +38,7 @@ QCoro::Task<DoctorReport> Doctor::examine(TaskScope scope) {
         accessibility(report, facts);
     }
     co_await services(&report, scope);
+    co_await roads(&report, scope);
     co_await windows(&report, scope);
     co_return report;
 }
@@ -54,9 +55,7 @@ void Doctor::session(DoctorReport& report) const {
     if (kind == SessionKind::x11) {
         add(report, "session", Status::ok, words_.text("The session is X11."));
     } else if (kind == SessionKind::wayland) {
-        add(report, "session", Status::warning,
-            words_.text("The session is Wayland: only X11 applications can be dictated into."),
-            words_.text("Choose an X11 (Xorg) session when you log in."));
+        add(report, "session", Status::ok, words_.text("The session is Wayland."));
     } else {
         add(report, "session", Status::failed, words_.text("There is no display."),
             words_.text("Run this from inside your desktop."));
@@ -79,6 +78,40 @@ void Doctor::keys(DoctorReport& report) const {
                  : words_.text("Keys cannot be posted: there is no X server with the XTEST extension."),
             words_.text("Log in to an X11 (Xorg) session; in a remote one, allow the XTEST extension."));
     }
+}
+
+QCoro::Task<void> Doctor::roads(DoctorReport* report, TaskScope scope) {
+    if (!probes_.roads) {
+        co_return;
+    }
+    const auto isGood = [report](const char* id) {
+        return std::any_of(report->lines.begin(), report->lines.end(), [id](const DoctorLine& line) {
+            return line.id == QLatin1String(id) && line.status == Status::ok;
+        });
+    };
+    RoadFacts facts = co_await probes_.roads(scope);
+    facts.hasTray = isGood("tray");
+    facts.readsFields = isGood("accessibility");
+    if (facts.isWayland) {
+        roadKeys(*report, facts);
+    }
+    report->roads = roadsFrom(facts, words_);
+}
+
+void Doctor::roadKeys(DoctorReport& report, const RoadFacts& facts) const {
+    const bool sees = !facts.hold.isEmpty();
+    add(report, "keys", sees ? Status::ok : Status::warning,
+        sees ? words_.text("The hold key can be seen in every application.")
+             : words_.text("The hold key cannot be seen in this session."),
+        facts.holdSetup.isEmpty() ? words_.text("Bind one to \"lorvane toggle\" in your desktop's settings.")
+                                  : words_.text("Run \"lorvane setup %1\".").arg(QStringLiteral("hold")));
+    const bool posts = !facts.paste.isEmpty() || !facts.typing.isEmpty();
+    add(report, "paste", posts ? Status::ok : Status::warning,
+        posts
+            ? words_.text("Text can be typed or pasted into every application.")
+            : words_.text(
+                  "Text can be inserted through accessibility only; elsewhere it is left on the clipboard."),
+        words_.text("Run \"lorvane setup %1\".").arg(QStringLiteral("typing")));
 }
 
 void Doctor::accessibility(DoctorReport& report, AccessibilityFacts facts) const {

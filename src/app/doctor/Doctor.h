@@ -17,6 +17,9 @@ class Doctor {
  private:
     void session(DoctorReport& report) const;
     void keys(DoctorReport& report) const;
+    /// Of a Wayland session, where the roads decide.
+    void roadKeys(DoctorReport& report, const RoadFacts& facts) const;
+    QCoro::Task<void> roads(DoctorReport* report, TaskScope scope);
     void accessibility(DoctorReport& report, AccessibilityFacts facts) const;
     void microphone(DoctorReport& report, const Result<QString, MicrophoneLack>& found) const;
     void backend(DoctorReport& report, const BackendFacts& facts) const;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "app/doctor/DoctorRoads.h"
 #include "base/Result.h"
 #include "base/Task.h"
 #include "input/Workspace.h"
@@ -64,6 +65,8 @@ struct DoctorProbes {
     /// The version of the X Input extension; 2.2 or later sees every key.
     std::function<std::optional<std::pair<int, int>>()> keyWatching;
     std::function<bool()> syntheticKeys;
+    /// What is known of the session's roads apart from the tray and the fields.
+    std::function<QCoro::Task<RoadFacts>(TaskScope)> roads;
     /// The name of the default microphone.
     std::function<QCoro::Task<Result<QString, MicrophoneLack>>(TaskScope)> microphone;
     std::function<QCoro::Task<bool>(TaskScope)> keyStore;

@@ -45,6 +45,30 @@ QJsonArray jsonOf(const std::vector<DoctorLine>& lines) {
     return array;
 }
 
+QString textOf(const std::vector<DoctorRoad>& roads, const Localisation& words) {
+    QString text;
+    for (const auto& road : roads) {
+        const QString taken = road.taken.isEmpty() ? words.text("none") : road.taken;
+        text += QStringLiteral("  %1 %2\n").arg(idOf(road.need) + QLatin1Char(':'), -8).arg(taken);
+        if (!road.step.isEmpty()) {
+            text += QStringLiteral("           %1\n           %2\n")
+                        .arg(words.text("better: %1").arg(road.better), road.step);
+        }
+    }
+    return text;
+}
+
+QJsonArray jsonOf(const std::vector<DoctorRoad>& roads) {
+    QJsonArray array;
+    for (const auto& road : roads) {
+        array.append(QJsonObject{{QStringLiteral("need"), idOf(road.need)},
+                                 {QStringLiteral("road"), road.taken},
+                                 {QStringLiteral("better"), road.better},
+                                 {QStringLiteral("step"), road.step}});
+    }
+    return array;
+}
+
 } // namespace
 
 bool DoctorReport::dictationWorks() const {
@@ -54,6 +78,9 @@ bool DoctorReport::dictationWorks() const {
 
 QString asText(const DoctorReport& report, const Localisation& words) {
     QString text = words.text("This desktop") + QLatin1Char('\n') + textOf(report.lines);
+    if (!report.roads.empty()) {
+        text += QLatin1Char('\n') + words.text("Roads") + QLatin1Char('\n') + textOf(report.roads, words);
+    }
     if (!report.windows.empty()) {
         text += QLatin1Char('\n') + words.text("Open windows") + QLatin1Char('\n') + textOf(report.windows);
     }
@@ -65,6 +92,7 @@ QString asText(const DoctorReport& report, const Localisation& words) {
 QByteArray asJson(const DoctorReport& report) {
     const QJsonObject object{{QStringLiteral("dictationWorks"), report.dictationWorks()},
                              {QStringLiteral("checks"), jsonOf(report.lines)},
+                             {QStringLiteral("roads"), jsonOf(report.roads)},
                              {QStringLiteral("windows"), jsonOf(report.windows)}};
     return QJsonDocument(object).toJson(QJsonDocument::Indented);
 }

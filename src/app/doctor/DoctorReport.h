@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "app/doctor/DoctorRoads.h"
 #include "base/Localisation.h"
 
 #include <QString>
@@ -25,6 +26,8 @@ struct DoctorLine {
 
 struct DoctorReport {
     std::vector<DoctorLine> lines;
+    /// One for each need; they never decide whether dictation works.
+    std::vector<DoctorRoad> roads;
     /// One for each open window; they never decide whether dictation works.
     std::vector<DoctorLine> windows;
 
@@ -32,8 +35,8 @@ struct DoctorReport {
 };
 
 [[nodiscard]] QString asText(const DoctorReport& report, const Localisation& words);
-/// One object: "dictationWorks", "checks" and "windows", each of these with "id", "status" ("ok", "warn",
-/// "fail"), "what" and "remedy".
+/// One object: "dictationWorks"; "checks" and "windows", each of these with "id", "status" ("ok", "warn",
+/// "fail"), "what" and "remedy"; and "roads", each with "need", "road", "better" and "step".
 [[nodiscard]] QByteArray asJson(const DoctorReport& report);
 
 } // namespace lorvane

@@ -86,7 +86,7 @@ QPainterPath PillView::outline() const {
 void PillView::showTip(const PillButton* about) {
     if (tipped_ != about) {
         tipped_ = about;
-        update();
+        touch();
         if (onShape) {
             onShape();
         }
@@ -108,14 +108,14 @@ void PillView::watchWorld() {
     watches_.push_back(world_.comfort.onChange([this] {
         colours_ = PillColours::of(world_.comfort.wantsMoreContrast());
         motion_.setCalm(world_.comfort.wantsLessMotion());
-        update();
+        touch();
     }));
 }
 
 void PillView::setComposited(bool composited) {
     if (isComposited_ != composited) {
         isComposited_ = composited;
-        update();
+        touch();
     }
 }
 
@@ -216,18 +216,27 @@ void PillView::announce() {
 void PillView::redraw() {
     const QRectF now = capsule();
     for (PillButton* const button : {&language_, &microphone_, &translation_, &cancel_}) {
-        if (button->isVisible()) {
+        if (!button->isHidden()) {
             button->setAppearance(motion_.appearance());
         }
     }
     if (now == drawn_) {
-        update(now.toAlignedRect());
+        touch(now.toAlignedRect());
         return;
     }
-    update(now.united(drawn_).toAlignedRect().adjusted(-shadowReach, -shadowReach, shadowReach, shadowReach));
+    touch(now.united(drawn_).toAlignedRect().adjusted(-shadowReach, -shadowReach, shadowReach, shadowReach));
     drawn_ = now;
     if (onShape) {
         onShape();
+    }
+}
+
+void PillView::touch() { touch(rect()); }
+
+void PillView::touch(const QRect& area) {
+    update(area);
+    if (onRedraw) {
+        onRedraw();
     }
 }
 

@@ -48,6 +48,8 @@ class PillView final : public QWidget {
 
     /// Called when the capsule's shape has changed.
     std::function<void()> onShape;
+    /// Called when anything looks different, for a surface that is no window of the toolkit. May be empty.
+    std::function<void()> onRedraw;
     [[nodiscard]] QRectF capsule() const { return pillLayout::capsule(motion_.size()); }
     /// Of all that is drawn.
     [[nodiscard]] QPainterPath outline() const;
@@ -78,6 +80,8 @@ class PillView final : public QWidget {
     void placeControls();
     void announce();
     void redraw();
+    void touch();
+    void touch(const QRect& area);
     void tap();
     void showTip(const PillButton* about);
     [[nodiscard]] QRectF tipArea() const;

@@ -138,17 +138,61 @@ TEST(Doctor, TellsABackendThatIsAbsentFromAnAddressThatIsNone) {
 
 TEST(Doctor, WhatIsOnlyConvenientWarnsAndDictationWorks) {
     auto probes = healthy();
-    probes.session = [] { return SessionKind::wayland; };
     probes.keyStore = [](TaskScope) { return told(false); };
     probes.tray = [](TaskScope) { return told(false); };
     probes.backend = [](TaskScope) {
         return told(BackendFacts{QStringLiteral("http://127.0.0.1:1"), true, false});
     };
     const auto report = examine(probes);
-    for (const char* id : {"session", "keys-store", "tray", "backend"}) {
+    for (const char* id : {"keys-store", "tray", "backend"}) {
         expectMend(lineOf(report, id), Status::warning);
     }
     EXPECT_TRUE(report.dictationWorks());
+}
+
+DoctorProbes inWayland(RoadFacts facts) {
+    auto probes = healthy();
+    probes.session = [] { return SessionKind::wayland; };
+    probes.keyWatching = nullptr;
+    probes.syntheticKeys = nullptr;
+    facts.isWayland = true;
+    probes.roads = [facts](TaskScope) { return told(facts); };
+    return probes;
+}
+
+TEST(Doctor, AWaylandSessionWithItsRoadsHasNothingToMend) {
+    RoadFacts facts;
+    facts.hold = QStringLiteral("bindings");
+    facts.typing = QStringLiteral("input method");
+    facts.paste = QStringLiteral("virtual keyboard");
+    const auto report = examine(inWayland(facts));
+    for (const auto& line : report.lines) {
+        EXPECT_EQ(line.status, Status::ok) << line.what.toStdString();
+    }
+    EXPECT_EQ(report.roads.size(), 6U);
+}
+
+TEST(Doctor, AWaylandSessionWithoutRoadsSaysHowToOpenThem) {
+    RoadFacts facts;
+    facts.holdSetup = QStringLiteral("An extension is installed.");
+    const auto report = examine(inWayland(facts));
+    expectMend(lineOf(report, "keys"), Status::warning);
+    EXPECT_TRUE(lineOf(report, "keys").remedy.contains("lorvane setup hold"));
+    expectMend(lineOf(report, "paste"), Status::warning);
+    EXPECT_TRUE(report.dictationWorks()) << "fields that take insertion can be dictated into";
+}
+
+TEST(Doctor, JsonHasARoadForEachNeed) {
+    RoadFacts facts;
+    facts.hold = QStringLiteral("bindings");
+    const auto object = QJsonDocument::fromJson(asJson(examine(inWayland(facts)))).object();
+    const QJsonArray roads = object.value(QStringLiteral("roads")).toArray();
+    ASSERT_EQ(roads.size(), 6);
+    EXPECT_EQ(roads.first().toObject().value(QStringLiteral("need")).toString(), "hold");
+    EXPECT_EQ(roads.first().toObject().value(QStringLiteral("road")).toString(), "bindings");
+    for (const auto* key : {"better", "step"}) {
+        EXPECT_TRUE(roads.first().toObject().contains(QLatin1String(key))) << key;
+    }
 }
 
 TEST(Doctor, AProbeThatIsMissingIsLeftOut) {

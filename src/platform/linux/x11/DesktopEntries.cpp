@@ -52,6 +52,12 @@ QString programOf(const QString& exec) {
     return {};
 }
 
+bool isNamedAfterProgram(const DesktopEntry& entry) {
+    const QString id = entry.id.toLower();
+    const QString program = entry.program.toLower();
+    return !program.isEmpty() && (id == program || id.endsWith(u'.' + program));
+}
+
 } // namespace
 
 std::optional<DesktopEntry> parseDesktopEntry(const QString& id, const QByteArray& text,
@@ -129,6 +135,11 @@ void DesktopEntries::readFolder(const QString& folder) {
         note(byWmClass_, entry->startupWmClass);
         note(byProgram_, entry->program);
         entries_.push_back(*entry);
+        // Before one of the same program for its settings, say.
+        if (isNamedAfterProgram(*entry) &&
+            !isNamedAfterProgram(entries_[byProgram_[entry->program.toLower()]])) {
+            byProgram_.insert(entry->program.toLower(), place);
+        }
     }
 }
 

@@ -55,6 +55,13 @@ TEST_F(DesktopEntriesTest, RunningProgramIsTheLastWay) {
     EXPECT_EQ(find({"", "x", "X", "tool-bin"}), "com.example.Tool");
 }
 
+TEST_F(DesktopEntriesTest, OfSeveralWithTheSameProgramTheOneThatIsNamedAfterItCounts) {
+    write(system, "org.xfce.mousepad-settings", "Name=Mousepad settings\nExec=mousepad --preferences\n");
+    write(system, "org.xfce.mousepad", "Name=Mousepad\nExec=mousepad %U\n");
+    write(system, "org.xfce.mousepad.zoo", "Name=Mousepad zoo\nExec=mousepad --zoo\n");
+    EXPECT_EQ(find({"", "", "", "mousepad"}), "org.xfce.mousepad");
+}
+
 TEST_F(DesktopEntriesTest, UnknownWindowHasNoEntry) {
     write(system, "editor", "Name=Editor\n");
     EXPECT_EQ(find({"", "gtkpw", "Gtkpw", "gtkpw"}), "none");

@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/SessionRoads.h"
+
+#include "app/session/SessionProbe.h"
+#include "app/setup/SetupPlan.h"
+#include "app/setup/SetupProbe.h"
+
+namespace lorvane {
+
+namespace {
+
+constexpr Duration patience = std::chrono::seconds(1);
+
+template <typename Port>
+QString openRoads(const std::vector<Road<Port>>& roads) {
+    QStringList names;
+    for (const auto& road : roads) {
+        if (road.isOpen() && !names.contains(road.name)) {
+            names.append(road.name);
+        }
+    }
+    return names.join(QStringLiteral(", "));
+}
+
+QString changesOf(SetupTopic topic, const SetupFacts& facts, const Localisation& words) {
+    const SetupPlan plan = planSetup(topic, facts, words);
+    return plan.changesAnything() ? plan.told.join(QLatin1Char(' ')) : QString();
+}
+
+RoadFacts::PillKind kindOf(PillRoad pill) {
+    switch (pill) {
+    case PillRoad::xWindow:
+        return RoadFacts::PillKind::xWindow;
+    case PillRoad::layerShell:
+        return RoadFacts::PillKind::layerShell;
+    case PillRoad::none:
+        break;
+    }
+    return RoadFacts::PillKind::none;
+}
+
+} // namespace
+
+SessionRoads::SessionRoads(const Foundation& foundation, const QDBusConnection& bus, X11Connection& display,
+                           AtspiBus& accessibilityBus)
+    : foundation_(foundation), bus_(bus), display_(display), capabilities_(capabilitiesOf(display)),
+      wayland_(foundation.log), seat_(wayland_),
+      choice_(chooseSession(factsOf(display, wayland_, foundation.clock))) {
+    if (isWayland()) {
+        const SessionParts parts{foundation, bus, wayland_, seat_, display};
+        session_ = std::make_unique<WaylandSession>(parts, accessibilityBus, ClipboardRoad::none);
+    }
+}
+
+QCoro::Task<RoadFacts> SessionRoads::facts(TaskScope scope) {
+    RoadFacts facts;
+    facts.isWayland = isWayland();
+    facts.hasX = display_.isAlive() && capabilities_.canPostKeys();
+    facts.pill = kindOf(choice_.pill);
+    if (session_) {
+        co_await sleep(foundation_.clock, patience, scope);
+        addWaylandRoads(facts);
+    } else {
+        addXRoads(facts);
+    }
+    co_return facts;
+}
+
+void SessionRoads::addWaylandRoads(RoadFacts& facts) {
+    const SessionPorts& roads = session_->roads();
+    if (const HoldRoad* const road = session_->holdRoad()) {
+        facts.hold = road->name();
+        facts.holdLack = road->offer().obstacle;
+    }
+    facts.typing = openRoads(roads.posters);
+    facts.paste = openRoads(roads.pasteKeys);
+    const SetupFacts setup = probeSetup(bus_);
+    facts.holdSetup = changesOf(SetupTopic::hold, setup, foundation_.words);
+    facts.typingSetup = changesOf(SetupTopic::typing, setup, foundation_.words);
+}
+
+void SessionRoads::addXRoads(RoadFacts& facts) const {
+    if (capabilities_.canWatchKeys()) {
+        facts.hold = foundation_.words.text("raw events of the X server");
+    }
+    if (facts.hasX) {
+        facts.typing = foundation_.words.text("keys of the X server");
+        facts.paste = facts.typing;
+    }
+}
+
+} // namespace lorvane
