@@ -10,7 +10,7 @@ namespace {
 
 using Verb = Command::Verb;
 
-constexpr std::array<std::pair<const char*, Verb>, 13> verbs{{
+constexpr std::array<std::pair<const char*, Verb>, 14> verbs{{
     {"start", Verb::start},
     {"stop", Verb::stop},
     {"toggle", Verb::toggle},
@@ -19,6 +19,7 @@ constexpr std::array<std::pair<const char*, Verb>, 13> verbs{{
     {"open", Verb::open},
     {"quit", Verb::quit},
     {"doctor", Verb::doctor},
+    {"setup", Verb::setup},
     {"help", Verb::help},
     {"--help", Verb::help},
     {"-h", Verb::help},
@@ -36,6 +37,44 @@ std::optional<Verb> verbNamed(const QString& name) {
 }
 
 bool takesJson(Verb verb) { return verb == Verb::status || verb == Verb::doctor; }
+
+std::optional<SetupTopic> topicNamed(const QString& name) {
+    if (name == QLatin1String("hold")) {
+        return SetupTopic::hold;
+    }
+    return name == QLatin1String("typing") ? std::optional(SetupTopic::typing) : std::nullopt;
+}
+
+bool takeSetupOption(const QString& option, Command& command) {
+    if (option == QLatin1String("--undo")) {
+        command.setup.undo = true;
+    } else if (option == QLatin1String("--yes")) {
+        command.setup.yes = true;
+    } else if (option == QLatin1String("--key-devices") && command.setup.topic == SetupTopic::hold) {
+        command.keyDevices = true;
+    } else {
+        return false;
+    }
+    return true;
+}
+
+std::optional<Command> parseSetup(const QStringList& arguments, QString& problem) {
+    const auto topic = topicNamed(arguments.value(1));
+    if (!topic) {
+        problem = QStringLiteral("\"setup\" needs \"hold\" or \"typing\"");
+        return std::nullopt;
+    }
+    Command command;
+    command.verb = Verb::setup;
+    command.setup.topic = *topic;
+    for (const QString& option : arguments.mid(2)) {
+        if (!takeSetupOption(option, command)) {
+            problem = QStringLiteral("\"setup %1\" takes no \"%2\"").arg(arguments[1], option);
+            return std::nullopt;
+        }
+    }
+    return command;
+}
 
 } // namespace
 
@@ -56,6 +95,9 @@ std::optional<Command> parseCommand(const QStringList& arguments, QString& probl
     if (!verb) {
         problem = QStringLiteral("unknown command \"%1\"").arg(arguments.first());
         return std::nullopt;
+    }
+    if (*verb == Verb::setup) {
+        return parseSetup(arguments, problem);
     }
     command.verb = *verb;
     for (const QString& option : arguments.mid(1)) {
@@ -87,6 +129,11 @@ QString usageText() {
         "\n"
         "Commands of their own:\n"
         "  doctor [--json]  what of this desktop works, and how to mend what does not\n"
+        "  setup hold       let a key be held on a desktop that does not show it at once; tells what it "
+        "would\n"
+        "                   do and asks. --undo: take it back; --yes: do not ask; --key-devices: read the\n"
+        "                   keyboards themselves\n"
+        "  setup typing     let text be typed and pasted everywhere; --undo and --yes as above\n"
         "  help, --help     this text\n"
         "  --version        the version\n"
         "\n"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "app/setup/SetupDialogue.h"
+
 #include <QStringList>
 
 #include <optional>
@@ -9,9 +11,12 @@ namespace lorvane {
 
 /// What one call of `lorvane` asks for.
 struct Command {
-    enum class Verb { run, start, stop, toggle, cancel, status, open, quit, doctor, help, version };
+    enum class Verb { run, start, stop, toggle, cancel, status, open, quit, doctor, setup, help, version };
     Verb verb = Verb::run;
     bool json = false;
+    /// What `setup` is asked for, and whether it is to read key devices.
+    SetupRequest setup;
+    bool keyDevices = false;
 };
 
 /// What `main` was called with, without the program's name; needs no application object.

@@ -4,6 +4,7 @@
 #include "app/ControlClient.h"
 #include "app/DoctorCommand.h"
 #include "app/Program.h"
+#include "app/setup/SetupCommand.h"
 
 #include <QCoreApplication>
 
@@ -26,6 +27,8 @@ int perform(const lorvane::Command& command) {
         return lorvane::runProgram();
     case Verb::doctor:
         return lorvane::runDoctor(command.json);
+    case Verb::setup:
+        return lorvane::runSetup(command.setup, command.keyDevices);
     default:
         return lorvane::sendCommand(command);
     }

@@ -1,10 +1,50 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/session/CommonSession.h"
 
+#include "platform/linux/x11/PasteChord.h"
+
+#include <linux/input-event-codes.h>
+
 namespace lorvane {
 
-CommonSession::CommonSession(const SessionParts& /*parts*/) {}
+namespace {
 
-SessionPorts CommonSession::ports() { return {}; }
+/// X key codes are the codes of Linux input events and 8.
+constexpr int xOffset = 8;
+
+// The portal tells no modifiers; the hold key is up by the time that anything is posted.
+std::uint32_t nothingKnownHeld() { return 0; }
+
+} // namespace
+
+CommonSession::CommonSession(const SessionParts& parts)
+    : evdev_(parts.foundation, devices_), portalKeys_(parts.foundation, parts.bus),
+      portalKeyboard_(parts.foundation, parts.bus), layout_(parts.display),
+      paste_(portalKeyboard_, parts.foundation.clock,
+             {nothingKnownHeld, [this](PasteRoute route) { return pasteChordOn(route); }}),
+      editing_(portalKeyboard_, parts.foundation.clock,
+               {nothingKnownHeld, [this](PasteRoute route) { return pasteChordOn(route); }}) {}
+
+// The devices come first: who has switched them on wants the keys that the portal has not.
+SessionPorts CommonSession::ports() {
+    const auto name = QStringLiteral("desktop portal");
+    const auto obstacle = [this] { return portalKeyboard_.obstacle(); };
+    SessionPorts ports;
+    ports.holdRoads = {&evdev_, &portalKeys_};
+    ports.editingKeys = {{&editing_, name, obstacle}};
+    ports.pasteKeys = {{&paste_, name, obstacle}};
+    return ports;
+}
+
+std::vector<int> CommonSession::pasteChordOn(PasteRoute route) {
+    const auto moment = layout_.canPost() ? layout_.moment() : std::nullopt;
+    std::vector<int> codes;
+    if (moment) {
+        for (const XKeyCode key : pasteChord(layout_.keymap(), moment->group, route)) {
+            codes.push_back(key - xOffset);
+        }
+    }
+    return codes.empty() ? std::vector<int>{KEY_LEFTSHIFT, KEY_INSERT} : codes;
+}
 
 } // namespace lorvane

@@ -2,6 +2,11 @@
 #pragma once
 
 #include "app/session/SessionPorts.h"
+#include "platform/linux/evdev/EvdevHoldRoad.h"
+#include "platform/linux/evdev/InputFolder.h"
+#include "platform/linux/portal/PortalHoldRoad.h"
+#include "platform/linux/portal/PortalKeys.h"
+#include "platform/linux/x11/PostingKeyboard.h"
 
 namespace lorvane {
 
@@ -12,6 +17,19 @@ class CommonSession {
     explicit CommonSession(const SessionParts& parts);
 
     [[nodiscard]] SessionPorts ports();
+
+ private:
+    /// By the layout that XWayland has of the compositor; without it, by keys that have one place on every
+    /// layout.
+    [[nodiscard]] std::vector<int> pasteChordOn(PasteRoute route);
+
+    InputFolder devices_;
+    EvdevHoldRoad evdev_;
+    PortalHoldRoad portalKeys_;
+    PortalKeyboard portalKeyboard_;
+    PostingKeyboard layout_;
+    PortalPasteKeys paste_;
+    PortalEditingKeys editing_;
 };
 
 } // namespace lorvane

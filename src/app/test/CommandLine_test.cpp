@@ -46,6 +46,33 @@ TEST(CommandLine, EachCommandIsKnownByItsName) {
     }
 }
 
+TEST(CommandLine, SetupTakesATopicAndItsOptions) {
+    const auto hold = parse({QStringLiteral("setup"), QStringLiteral("hold"), QStringLiteral("--yes"),
+                             QStringLiteral("--key-devices")});
+    ASSERT_TRUE(hold);
+    EXPECT_EQ(hold->verb, Verb::setup);
+    EXPECT_EQ(hold->setup.topic, SetupTopic::hold);
+    EXPECT_TRUE(hold->setup.yes);
+    EXPECT_TRUE(hold->keyDevices);
+    EXPECT_FALSE(hold->setup.undo);
+    const auto typing = parse({QStringLiteral("setup"), QStringLiteral("typing"), QStringLiteral("--undo")});
+    ASSERT_TRUE(typing);
+    EXPECT_EQ(typing->setup.topic, SetupTopic::typing);
+    EXPECT_TRUE(typing->setup.undo);
+    EXPECT_FALSE(typing->setup.yes);
+}
+
+TEST(CommandLine, SetupWithoutATopicOrWithOtherOptionsIsRefused) {
+    EXPECT_FALSE(problemWith({QStringLiteral("setup")}).isEmpty());
+    EXPECT_FALSE(problemWith({QStringLiteral("setup"), QStringLiteral("--yes")}).isEmpty());
+    EXPECT_FALSE(problemWith({QStringLiteral("setup"), QStringLiteral("everything")}).isEmpty());
+    EXPECT_FALSE(
+        problemWith({QStringLiteral("setup"), QStringLiteral("hold"), QStringLiteral("--json")}).isEmpty());
+    EXPECT_FALSE(
+        problemWith({QStringLiteral("setup"), QStringLiteral("typing"), QStringLiteral("--key-devices")})
+            .isEmpty());
+}
+
 TEST(CommandLine, StatusAndDoctorTakeJson) {
     for (const QString& name : {QStringLiteral("status"), QStringLiteral("doctor")}) {
         const auto command = parse({name, QStringLiteral("--json")});

@@ -2,6 +2,7 @@
 #include "platform/linux/portal/PortalRequests.h"
 
 #include <QDBusArgument>
+#include <QDBusError>
 #include <QDBusObjectPath>
 #include <QDBusPendingCallWatcher>
 #include <QDBusVariant>
@@ -111,6 +112,10 @@ Completion<QDBusMessage> PortalRequests::call(const QString& path, const QString
     auto message = QDBusMessage::createMethodCall(serviceName(), path, interface, method);
     message.setArguments(arguments);
     Completion<QDBusMessage> answer;
+    if (!bus_.isConnected()) { // such a call never ends
+        answer.complete(QDBusMessage::createError(QDBusError::Disconnected, QStringLiteral("no bus")));
+        return answer;
+    }
     auto* const watcher = new QDBusPendingCallWatcher(bus_.asyncCall(message, answerBound), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [watcher, answer] {
         watcher->deleteLater();

@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/setup/DiskSetupWorld.h"
+
+#include "base/testing/TestFoundation.h"
+#include "platform/linux/evdev/EvdevHoldRoad.h"
+#include "platform/linux/portal/PortalKeyboard.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+namespace lorvane {
+
+namespace {
+
+class DiskSetupWorldTest : public ::testing::Test {
+ protected:
+    QTemporaryDir folder;
+    TestFoundation base;
+    DiskSetupWorld world{base.foundation, QDBusConnection(QStringLiteral("none"))};
+    const QString path = folder.filePath(QStringLiteral("a/b/file"));
+};
+
+TEST_F(DiskSetupWorldTest, FileIsWrittenWithItsFoldersAndRemovedWithTheEmptyOne) {
+    EXPECT_EQ(world.read(path), std::nullopt);
+    EXPECT_TRUE(world.write(path, QByteArray("x\0y", 3)));
+    EXPECT_EQ(world.read(path), QByteArray("x\0y", 3));
+    EXPECT_TRUE(world.remove(path));
+    EXPECT_FALSE(QFileInfo::exists(folder.filePath(QStringLiteral("a/b"))));
+    EXPECT_TRUE(QFileInfo::exists(folder.filePath(QStringLiteral("a"))));
+    EXPECT_TRUE(world.remove(path));
+}
+
+TEST_F(DiskSetupWorldTest, FolderWithOtherFilesStays) {
+    EXPECT_TRUE(world.write(path, "x"));
+    EXPECT_TRUE(world.write(folder.filePath(QStringLiteral("a/b/other")), "x"));
+    EXPECT_TRUE(world.remove(path));
+    EXPECT_TRUE(QFileInfo::exists(folder.filePath(QStringLiteral("a/b/other"))));
+}
+
+TEST_F(DiskSetupWorldTest, PermissionsAndLinksStay) {
+    EXPECT_TRUE(world.write(path, "x"));
+    const auto owner = QFile::ReadOwner | QFile::WriteOwner;
+    ASSERT_TRUE(QFile::setPermissions(path, owner));
+    const QString link = folder.filePath(QStringLiteral("link"));
+    ASSERT_TRUE(QFile::link(path, link));
+    EXPECT_TRUE(world.write(link, "y"));
+    EXPECT_TRUE(QFileInfo(link).isSymLink());
+    EXPECT_EQ(world.read(path), QByteArray("y"));
+    EXPECT_FALSE(QFile::permissions(path) & (QFile::ReadGroup | QFile::ReadOther));
+}
+
+TEST_F(DiskSetupWorldTest, ProgramsOutputIsGivenWhenItEndsWell) {
+    EXPECT_EQ(world.run({QStringLiteral("echo"), QStringLiteral("hello")}), QByteArray("hello\n"));
+    EXPECT_EQ(world.run({QStringLiteral("false")}), std::nullopt);
+    EXPECT_EQ(world.run({QStringLiteral("/nonexistent/program")}), std::nullopt);
+}
+
+TEST_F(DiskSetupWorldTest, DevicesAreSwitchedByTheirPreference) {
+    world.switchDevices(true);
+    EXPECT_TRUE(base.preferences.get(readKeyDevices));
+    world.switchDevices(false);
+    EXPECT_EQ(base.preferences.stored(readKeyDevices), std::nullopt);
+}
+
+TEST_F(DiskSetupWorldTest, WithoutABusThePortalSaysNoAndItsWordIsForgotten) {
+    EXPECT_FALSE(world.askPortal(true));
+    base.preferences.set(remoteDesktopToken, QStringLiteral("x"));
+    EXPECT_TRUE(world.askPortal(false));
+    EXPECT_EQ(base.preferences.stored(remoteDesktopToken), std::nullopt);
+}
+
+} // namespace
+
+} // namespace lorvane
