@@ -1,6 +1,8 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Hands at GNOME Shell: virtual devices made inside it, since its unsafe mode evaluates what it is given."""
 import json
+import os
+import shutil
 import time
 
 from desktop.hands.bus import Service
@@ -84,7 +86,10 @@ class Hands:
     def extension(self, folder):
         with open(f"{folder}/metadata.json", encoding="utf-8") as file:
             uuid = json.load(file)["uuid"]
-        self._evaluate(_EXTENSION.format(folder=json.dumps(folder), uuid=json.dumps(uuid)))
+        # The shell finds its code by the folder's name.
+        installed = f"{os.environ['XDG_DATA_HOME']}/gnome-shell/extensions/{uuid}"
+        shutil.copytree(folder, installed, dirs_exist_ok=True)
+        self._evaluate(_EXTENSION.format(folder=json.dumps(installed), uuid=json.dumps(uuid)))
         state = f"(Main.extensionManager.lookup({json.dumps(uuid)}) || {{state: 0}}).state"
         end = time.monotonic() + _BOUND
         while self._evaluate(state) != _ENABLED:
