@@ -52,17 +52,17 @@ std::vector<QStringList> kwinLooksAgain() {
              QStringLiteral("/KWin"), QStringLiteral("org.kde.KWin.reconfigure")}};
 }
 
-SetupPlan planEavesdropping(const SetupFacts& facts, const Localisation& words) {
-    SetupPlan plan;
-    plan.told = {words.text(QStringLiteral(
-                     "Ctrl, Alt and Shift can be held as it is, but left and right are not told apart.")),
-                 words.text(QStringLiteral("Lorvane will let programs of the X server see modifier keys "
-                                           "(System Settings, Legacy X11 App Support). Then it can tell left "
-                                           "from right; every other X11 program sees these keys too."))};
-    plan.keys.push_back(
-        {facts.configFolder + QStringLiteral("/kwinrc"), "Xwayland", "XwaylandEavesdrops", "Modifiers"});
-    plan.refreshes = kwinLooksAgain();
-    return plan;
+// KWin reads this one key anew only when it is told of it as KDE's settings do: a dictionary of groups and
+// keys, the names as bytes without an end ("InputMethod").
+QStringList kwinHearsOfInputMethod() {
+    return {QStringLiteral("gdbus"),
+            QStringLiteral("emit"),
+            QStringLiteral("--session"),
+            QStringLiteral("--object-path"),
+            QStringLiteral("/kwinrc"),
+            QStringLiteral("--signal"),
+            QStringLiteral("org.kde.kconfig.notify.ConfigChanged"),
+            QStringLiteral("{'Wayland': [[byte 0x49,0x6e,0x70,0x75,0x74,0x4d,0x65,0x74,0x68,0x6f,0x64]]}")};
 }
 
 SetupPlan planHold(const SetupFacts& facts, const Localisation& words) {
@@ -79,7 +79,10 @@ SetupPlan planHold(const SetupFacts& facts, const Localisation& words) {
     case SetupDesktop::gnome:
         return planShellExtension(facts, words);
     case SetupDesktop::kde:
-        return planEavesdropping(facts, words);
+        return nothingToDo(words.text(QStringLiteral(
+            "Nothing is missing: Ctrl, Alt and Shift can be held as it is. Left and right are not told "
+            "apart; "
+            "to have that, let Lorvane read the keyboards: lorvane setup hold --key-devices")));
     default:
         return nothingToDo(words.text(QStringLiteral(
             "This desktop shows no held keys of its own accord. Either bind start, stop and toggle as below, "
@@ -122,7 +125,12 @@ SetupPlan planKdeTyping(const SetupFacts& facts, const Localisation& words) {
     for (QStringList& command : kwinLooksAgain()) {
         plan.refreshes.push_back(std::move(command));
     }
+    plan.refreshes.push_back(kwinHearsOfInputMethod());
     return plan;
+}
+
+bool isKdeTypingSetUp(const SetupFacts& facts) {
+    return facts.chosenInputMethod.endsWith(QStringLiteral("/com.ostrand.tirra.inputmethod.desktop"));
 }
 
 SetupPlan planTyping(const SetupFacts& facts, const Localisation& words) {
@@ -135,7 +143,11 @@ SetupPlan planTyping(const SetupFacts& facts, const Localisation& words) {
         return nothingToDo(words.text(QStringLiteral("Nothing has to be set: Lorvane types by IBus, which "
                                                      "comes with GNOME, and pastes by the Shell.")));
     case SetupDesktop::kde:
-        return planKdeTyping(facts, words);
+        if (!isKdeTypingSetUp(facts)) {
+            return planKdeTyping(facts, words);
+        }
+        return nothingToDo(
+            words.text(QStringLiteral("Nothing is missing: Lorvane is the virtual keyboard.")));
     default:
         break;
     }

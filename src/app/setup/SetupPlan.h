@@ -32,6 +32,8 @@ struct SetupFacts {
     bool isShellExtensionInPlace = false;
     /// The installed desktop entry of the input method; empty when the program is not installed.
     QString inputMethodEntry;
+    /// What KWin has as its virtual keyboard now.
+    QString chosenInputMethod;
     /// The user asked for key devices.
     bool keyDevices = false;
     bool mayReadDevices = false;

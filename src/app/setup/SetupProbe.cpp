@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/setup/SetupProbe.h"
 
+#include "app/setup/IniEdit.h"
 #include "platform/linux/evdev/InputFolder.h"
 #include "platform/linux/portal/PortalRequests.h"
 
@@ -65,6 +66,13 @@ QString helperBeside(const QString& program) {
     return {};
 }
 
+QString chosenInputMethod(const QString& kwinrc) {
+    QFile file(kwinrc);
+    const QByteArray content = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    const QByteArray line = iniLine(content, "Wayland", "InputMethod").value_or(QByteArray());
+    return QString::fromUtf8(line.mid(line.indexOf('=') + 1)).trimmed();
+}
+
 } // namespace
 
 SetupDesktop desktopFrom(const DesktopSigns& signs) {
@@ -110,6 +118,7 @@ SetupFacts probeSetup(const QDBusConnection& session) {
     facts.dataFolder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
     facts.program = QFileInfo(QCoreApplication::applicationFilePath()).canonicalFilePath();
     facts.inputMethod = helperBeside(facts.program);
+    facts.chosenInputMethod = chosenInputMethod(facts.configFolder + QStringLiteral("/kwinrc"));
     // The user's own folder is not looked at: what stands there is what a setup writes.
     facts.inputMethodEntry = inputMethodEntry(
         facts.inputMethod, QStandardPaths::standardLocations(QStandardPaths::ApplicationsLocation).mid(1));

@@ -33,6 +33,7 @@ TEST(SetupPlan, EveryPlanTellsSomething) {
 }
 
 TEST(SetupPlan, WhereNothingIsMissingNothingIsChanged) {
+    EXPECT_FALSE(holdOn(SetupDesktop::kde).changesAnything());
     for (const SetupDesktop desktop : {SetupDesktop::x11, SetupDesktop::sway}) {
         EXPECT_FALSE(holdOn(desktop).changesAnything());
         EXPECT_FALSE(typingOn(desktop).changesAnything());
@@ -55,14 +56,6 @@ TEST(SetupPlan, GnomeWithoutAnExtensionOrWithOneInPlaceIsLeftAlone) {
     EXPECT_FALSE(planSetup(SetupTopic::hold, facts, {}).changesAnything());
 }
 
-TEST(SetupPlan, KdeLetsXWaylandSeeModifiers) {
-    const SetupPlan plan = holdOn(SetupDesktop::kde);
-    ASSERT_EQ(plan.keys.size(), 1U);
-    EXPECT_EQ(plan.keys[0].path, QStringLiteral("/c/kwinrc"));
-    EXPECT_EQ(plan.keys[0].value, "Modifiers");
-    EXPECT_TRUE(plan.files.empty());
-}
-
 TEST(SetupPlan, KdeTypingNamesTheProgramsByTheirPaths) {
     const SetupPlan plan = typingOn(SetupDesktop::kde);
     ASSERT_EQ(plan.files.size(), 2U);
@@ -81,6 +74,14 @@ TEST(SetupPlan, InstalledKdeEntriesAreUsedAsTheyAre) {
     EXPECT_TRUE(plan.files.empty());
     ASSERT_EQ(plan.keys.size(), 1U);
     EXPECT_EQ(plan.keys[0].value, facts.inputMethodEntry.toUtf8());
+}
+
+TEST(SetupPlan, KdeThatHasTheInputMethodIsLeftAlone) {
+    SetupFacts facts = factsOf(SetupDesktop::kde);
+    facts.chosenInputMethod = QStringLiteral("/usr/share/applications/com.ostrand.tirra.inputmethod.desktop");
+    EXPECT_FALSE(planSetup(SetupTopic::typing, facts, {}).changesAnything());
+    facts.chosenInputMethod = QStringLiteral("/usr/share/applications/other.desktop");
+    EXPECT_TRUE(planSetup(SetupTopic::typing, facts, {}).changesAnything());
 }
 
 TEST(SetupPlan, KdeWithoutTheInputMethodOnlyAllowsKeys) {
