@@ -28,7 +28,9 @@ class Gnome(WaylandSession):
 
     def environment(self, folder):
         return {**super().environment(folder), "WAYLAND_DISPLAY": "wayland-1", "DESKTOP_SESSION": "gnome",
-                "XDG_SESSION_DESKTOP": "gnome", "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={folder}/run/system-bus"}
+                "XDG_SESSION_DESKTOP": "gnome", "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={folder}/run/system-bus",
+                # Else it is sought among the settings, of which a suite has its own.
+                "IBUS_ADDRESS_FILE": f"{folder}/run/ibus-address"}
 
     def start_compositor(self, desktop):
         settings = f"{desktop.folder}/system-bus.conf"

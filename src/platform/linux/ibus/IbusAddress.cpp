@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/linux/ibus/IbusAddress.h"
 
+#include <QFileInfo>
 #include <QList>
 #include <QStandardPaths>
 #include <QSysInfo>
@@ -30,6 +31,7 @@ IbusAddressPlaces ibusAddressPlaces(const QProcessEnvironment& environment, cons
     const QString named = environment.value(QStringLiteral("IBUS_ADDRESS_FILE"));
     if (!named.isEmpty()) {
         places.files.append(named);
+        places.folder = QFileInfo(named).path();
         return places;
     }
     const QString stem = places.folder + QLatin1Char('/') + machineId + QLatin1Char('-');

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "support/SessionHands.h"
 #include "support/Wait.h"
 
 #include <QDBusConnection>
@@ -26,15 +27,14 @@ inline bool hasExtension() {
         QStringLiteral("com.ostrand.tirra.ShellKeys"));
 }
 
-/// Loads our extension as a login would, and switches it on.
+/// Installs our extension, and switches it on as at a login.
 inline void loadExtension(const QString& folder) {
-    evaluate(
-        QStringLiteral("(() => { const {Gio} = imports.gi; const manager = Main.extensionManager;"
-                       "const uuid = 'keys@tirra.ostrand.com';"
-                       "if (manager.lookup(uuid)) { manager.enableExtension(uuid); return; }"
-                       "const made = manager.createExtensionObject(uuid, Gio.File.new_for_path('%1'), 2);"
-                       "manager.loadExtension(made).then(() => manager.enableExtension(uuid)); })()")
-            .arg(folder));
+    hands::ask({QStringLiteral("extension"), folder});
+    EXPECT_TRUE(waitUntil(hasExtension));
+}
+
+inline void switchExtensionOn() {
+    evaluate(QStringLiteral("Main.extensionManager.enableExtension('keys@tirra.ostrand.com')"));
     EXPECT_TRUE(waitUntil(hasExtension));
 }
 

@@ -34,7 +34,12 @@ TEST(IbusAddress, WithoutADisplayThereIsNoFile) {
 }
 
 TEST(IbusAddress, AFileThatIsNamedIsTheOnlyOne) {
-    EXPECT_EQ(filesFor({{"IBUS_ADDRESS_FILE", "/run/x"}, {"DISPLAY", ":0"}}), QStringList("/run/x"));
+    QProcessEnvironment environment;
+    environment.insert(QStringLiteral("IBUS_ADDRESS_FILE"), QStringLiteral("/run/u/x"));
+    environment.insert(QStringLiteral("DISPLAY"), QStringLiteral(":0"));
+    const IbusAddressPlaces places = ibusAddressPlaces(environment, config, QStringLiteral("0123"));
+    EXPECT_EQ(places.files, QStringList("/run/u/x"));
+    EXPECT_EQ(places.folder, QStringLiteral("/run/u"));
 }
 
 TEST(IbusAddress, TheAddressIsReadFromTheFile) {

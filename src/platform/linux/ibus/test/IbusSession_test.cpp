@@ -6,8 +6,6 @@
 #include "support/FieldReader.h"
 #include "support/PhysicalKeyboard.h"
 
-#include <QSysInfo>
-
 #include <cmath>
 #include <iostream>
 
@@ -18,7 +16,10 @@ namespace {
 const QString everyScript = QStringLiteral(
     "The Quick (brown) fox, 7 > 3 & \"so\" \\ #1 {a}[b] ~user@host.org; it's 100%! Zażółć gęślą jaźń, ÉTÉ où "
     "ça œuvre — “Straße” ñandú €5… Съешь же ещё этих мягких булок, да выпей чаю. Ξεσκεπάζω τὴν βδελυγμία "
-    "今天下午三点开会，请把报告发给我。これは日本語の文章です。👍🏽 👩‍👩‍👧‍👦 🏳️‍🌈 ❤️ "
+    "今天下午三点开会，请把报告发给我。これは日本語の文章です。👍🏽 "
+    "👩‍👩‍👧‍👦 "
+    "🏳️‍🌈 "
+    "❤️ "
     "ok "
     "😀😀 "
     "👨‍💻 ");
@@ -36,6 +37,15 @@ QStringList inFragments(const QString& text) {
     return fragments;
 }
 
+const QString askForPassword =
+    QStringLiteral("import gi; gi.require_version('Gtk', '3.0'); from gi.repository import Gtk; window = "
+                   "Gtk.Window(title='password');"
+                   "window.add(Gtk.Entry(visibility=False, input_purpose=Gtk.InputPurpose.PASSWORD)); "
+                   "window.show_all(); Gtk.main()");
+constexpr int letterU = 30;
+constexpr int digit1 = 10;
+constexpr int digit4 = 13;
+
 /// In a session whose shell speaks to the daemon for its applications.
 class IbusSession : public IbusFixture {
  protected:
@@ -44,11 +54,10 @@ class IbusSession : public IbusFixture {
         // The shell sets one a moment after it has come up.
         ASSERT_TRUE(waitUntil([this] { return !(users = inForce()).isEmpty(); }));
     }
-    static QString inForce() {
-        const QStringList command{QStringLiteral("XDG_CONFIG_HOME=") + configFolder(), QStringLiteral("ibus"),
-                                  QStringLiteral("engine")};
-        return QString::fromUtf8(runTool(QStringLiteral("env"), command).output.trimmed());
+    static ToolResult ibus(const QStringList& arguments) {
+        return runTool(QStringLiteral("ibus"), arguments);
     }
+    static QString inForce() { return QString::fromUtf8(ibus({QStringLiteral("engine")}).output.trimmed()); }
     /// What stands in the field without what toolkits add to it.
     static QString read(const FieldReader& reader) {
         QString text = reader.textAgain().value_or(QString());
@@ -79,16 +88,7 @@ class IbusSession : public IbusFixture {
         EXPECT_EQ(remembered, QString());
     }
 
-    /// The session's own; a suite has others.
-    static QString configFolder() {
-        return qEnvironmentVariable("LORVANE_DESKTOP") + QStringLiteral("/home/.config");
-    }
-    static IbusAddressPlaces places() {
-        return ibusAddressPlaces(QProcessEnvironment::systemEnvironment(), configFolder(),
-                                 QString::fromLatin1(QSysInfo::machineUniqueId()));
-    }
-
-    IbusPoster poster{clock, log, memory(), places()};
+    IbusPoster poster{clock, log, memory()};
     QString users;
 };
 
@@ -96,6 +96,52 @@ TEST_F(IbusSession, TypesEveryScriptIntoGtk3) { expectTyped(*DesktopApp::mousepa
 TEST_F(IbusSession, TypesEveryScriptIntoGtk4) { expectTyped(*DesktopApp::gnomeTextEditor()); }
 TEST_F(IbusSession, TypesEveryScriptIntoChromium) { expectTyped(*DesktopApp::chromium()); }
 TEST_F(IbusSession, TypesEveryScriptIntoFirefox) { expectTyped(*DesktopApp::firefox()); }
+
+TEST_F(IbusSession, AModifierThatIsHeldMakesNoDifference) {
+    const auto browser = DesktopApp::chromium();
+    PhysicalKeyboard hand;
+    hand.press(keycode::rightControl);
+    EXPECT_EQ(post(poster, QStringLiteral("a漢 b")), PostOutcome::posted);
+    EXPECT_EQ(browser->waitForText(QStringLiteral("a漢 b")), QStringLiteral("a漢 b"));
+}
+
+TEST_F(IbusSession, NothingIsCommittedIntoAPassword) {
+    const auto dialog =
+        DesktopApp::command(QStringLiteral("/usr/bin/python3"), {QStringLiteral("-c"), askForPassword});
+    EXPECT_EQ(post(poster, QStringLiteral("secret")), PostOutcome::refused);
+    EXPECT_EQ(dialog->text(), QString());
+}
+
+TEST_F(IbusSession, WhatTheUserIsComposingStays) {
+    const auto editor = DesktopApp::gnomeTextEditor();
+    PhysicalKeyboard hand;
+    ASSERT_EQ(canPost(poster), true);
+    // A character by its number: shown as it is composed, until Return.
+    hand.chord({keycode::leftControl, keycode::leftShift, letterU});
+    hand.tap(digit4);
+    ASSERT_TRUE(waitUntil([this] { return canPost(poster) == false; }));
+    EXPECT_EQ(post(poster, QStringLiteral("ours")), PostOutcome::refused);
+    EXPECT_EQ(inForce(), users);
+    hand.tap(digit1);
+    hand.tap(keycode::enter);
+    EXPECT_EQ(editor->waitForText(QStringLiteral("A")), QStringLiteral("A"));
+    EXPECT_TRUE(waitUntil([this] { return canPost(poster) == true; }));
+}
+
+TEST_F(IbusSession, AnApplicationThatDoesNotSpeakToTheDaemonIsRefused) {
+    const auto terminal = DesktopApp::xterm();
+    EXPECT_EQ(post(poster, QStringLiteral("a")), PostOutcome::refused);
+    EXPECT_TRUE(waitUntil([this] { return inForce() == users; }));
+}
+
+TEST_F(IbusSession, ADaemonThatIsEndedInTheMiddleIsFollowedByTheNext) {
+    const auto editor = DesktopApp::mousepad();
+    ASSERT_EQ(post(poster, QStringLiteral("before ")), PostOutcome::posted);
+    EXPECT_EQ(editor->waitForText(QStringLiteral("before ")), QStringLiteral("before "));
+    ASSERT_EQ(ibus({QStringLiteral("restart")}).status, 0);
+    ASSERT_TRUE(waitUntil([this] { return poster.isConnected() && inForce() == users; }));
+    EXPECT_TRUE(waitUntil([this] { return remembered.isEmpty(); }));
+}
 
 } // namespace
 

@@ -45,6 +45,10 @@ bool ScriptedDaemon::handleMessage(const QDBusMessage& call, const QDBusConnecti
             QVariant::fromValue(QDBusVariant(QVariant::fromValue(QDBusObjectPath(context)))));
     } else if (what == QLatin1String("RegisterComponent")) {
         engines_ = call.service();
+        gone_ = std::make_unique<QDBusServiceWatcher>(engines_, connection_,
+                                                      QDBusServiceWatcher::WatchForUnregistration);
+        // As the real one: whatever is in force goes, ours or not.
+        connect(gone_.get(), &QDBusServiceWatcher::serviceUnregistered, this, [this] { inForce.clear(); });
     } else if (what == QLatin1String("SetGlobalEngine")) {
         setEngine(call);
         return true;

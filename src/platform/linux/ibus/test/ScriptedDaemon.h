@@ -7,6 +7,7 @@
 
 #include <QDBusConnection>
 #include <QDBusObjectPath>
+#include <QDBusServiceWatcher>
 #include <QProcess>
 #include <QUuid>
 #include <gtest/gtest.h>
@@ -77,6 +78,7 @@ class ScriptedDaemon final : public QDBusVirtualObject {
     QString name_ = QUuid::createUuid().toString();
     QDBusConnection connection_{QString()};
     QString engines_;
+    std::unique_ptr<QDBusServiceWatcher> gone_;
 };
 
 } // namespace lorvane
