@@ -15,6 +15,7 @@ namespace {
 
 const QString shell = QStringLiteral("org.gnome.Shell");
 const QString shellPath = QStringLiteral("/org/gnome/Shell");
+const QString schema = QStringLiteral("org.gnome.shell");
 const QString enabledKey = QStringLiteral("enabled-extensions");
 const QStringList files{QStringLiteral("extension.js"), QStringLiteral("metadata.json")};
 constexpr int bound = 3000; // milliseconds
@@ -35,7 +36,7 @@ std::optional<QString> gsettings(const QStringList& arguments) {
 
 /// The names in a list as gsettings writes it: ['a', 'b'], @as [] when empty.
 std::optional<QStringList> enabledExtensions() {
-    const auto text = gsettings({QStringLiteral("get"), shell, enabledKey});
+    const auto text = gsettings({QStringLiteral("get"), schema, enabledKey});
     if (!text) {
         return std::nullopt;
     }
@@ -144,7 +145,7 @@ QString ShellExtensionSetup::setEnabled(bool enabled) {
     } else {
         names->removeAll(uuid);
     }
-    return gsettings({QStringLiteral("set"), shell, enabledKey, asList(*names)})
+    return gsettings({QStringLiteral("set"), schema, enabledKey, asList(*names)})
                ? QString()
                : QStringLiteral("the list of extensions cannot be written with gsettings");
 }
