@@ -43,10 +43,11 @@ const MODIFIERS = new Map([
 ]);
 
 class Watch {
-    // `down`: keys that are known to be held already.
-    constructor(sender, keys, kept, down) {
+    constructor(sender, keys, kept) {
         this.sender = sender;
-        this.down = down;
+        this.down = new Set();
+        // The sender is the program, by its name on the bus. Until then nothing is told.
+        this.isProgram = false;
         this._keys = new Set(keys);
         this._monitor = global.backend.get_core_idle_monitor();
         this._grabs = kept.map(key => this._keep(key)).filter(grab => grab !== Meta.KeyBindingAction.NONE);
@@ -97,14 +98,21 @@ class Watch {
     _move(key, isDown, event) {
         if (!this._keys.has(key) && !MODIFIERS.has(key)) {
             if (isDown)
-                tellKey(this.sender, OTHER_KEY, true, event.get_time(), isVirtual(event));
+                this._tell(OTHER_KEY, true, event);
             return;
         }
         if (isDown)
             this.down.add(key);
         else
             this.down.delete(key);
-        tellKey(this.sender, key, isDown, event.get_time(), isVirtual(event));
+        this._tell(key, isDown, event);
+    }
+
+    _tell(key, isDown, event) {
+        if (this.isProgram) {
+            Gio.DBus.session.emit_signal(this.sender, OBJECT, 'com.ostrand.tirra.ShellKeys1', 'Key',
+                new GLib.Variant('(ubub)', [key, isDown, event.get_time(), isVirtual(event)]));
+        }
     }
 }
 
@@ -129,19 +137,15 @@ class ShellKeys {
     }
 
     WatchAsync([keys, kept], invocation) {
+        const sender = invocation.get_sender();
         if (!Clutter.get_current_event) {
             this._refuse(invocation, 'NotSupported', 'this version of the shell does not show the keys');
-            return;
-        }
-        const sender = invocation.get_sender();
-        ownerOf(PROGRAM, owner => {
-            if (owner !== sender || !this._object) {
-                this._refuse(invocation, 'AccessDenied', `keys are told to ${PROGRAM} alone`);
-                return;
-            }
+        } else if (this._watch && this._watch.sender !== sender && this._watch.isProgram) {
+            this._refuse(invocation, 'AccessDenied', `keys are told to ${PROGRAM} alone`);
+        } else {
             this._begin(sender, keys, kept);
             invocation.return_value(null);
-        });
+        }
     }
 
     UnwatchAsync(_parameters, invocation) {
@@ -151,7 +155,7 @@ class ShellKeys {
     }
 
     IsDownAsync([key], invocation) {
-        if (invocation.get_sender() !== this._watch?.sender) {
+        if (invocation.get_sender() !== this._watch?.sender || !this._watch.isProgram) {
             this._refuse(invocation, 'AccessDenied', 'no watch of yours is running');
             return;
         }
@@ -159,20 +163,33 @@ class ShellKeys {
     }
 
     _begin(sender, keys, kept) {
-        // A key that is held while its user asks for another one too goes on being held.
-        const down = this._watch?.sender === sender ? this._watch.down : new Set();
+        const before = this._watch?.sender === sender ? this._watch : null;
+        const watch = new Watch(sender, keys, kept);
+        if (before) {
+            // A key that is held while its user asks for another one too goes on being held.
+            watch.down = before.down;
+            watch.isProgram = before.isProgram;
+        }
         this._endWatch();
-        this._watch = new Watch(sender, keys, kept, down);
-        this._gone = Gio.bus_watch_name_on_connection(Gio.DBus.session, sender, Gio.BusNameWatcherFlags.NONE, null,
-            () => this._endWatch());
+        this._watch = watch;
+        this._gone = watchName(sender, null, () => this._endWatch());
+        // It may take the name a moment later.
+        this._program = watchName(PROGRAM, owner => this._programIs(owner), () => this._programIs(null));
+    }
+
+    _programIs(owner) {
+        this._watch.isProgram = owner === this._watch.sender;
+        if (owner && !this._watch.isProgram)
+            this._endWatch();
     }
 
     _endWatch() {
         if (!this._watch)
             return;
+        Gio.bus_unwatch_name(this._gone);
+        Gio.bus_unwatch_name(this._program);
         this._watch.end();
         this._watch = null;
-        Gio.bus_unwatch_name(this._gone);
     }
 
     _refuse(invocation, error, message) {
@@ -180,21 +197,7 @@ class ShellKeys {
     }
 }
 
-function tellKey(receiver, key, isDown, time, virtual) {
-    Gio.DBus.session.emit_signal(receiver, OBJECT, 'com.ostrand.tirra.ShellKeys1', 'Key',
-        new GLib.Variant('(ubub)', [key, isDown, time, virtual]));
-}
-
-function ownerOf(name, then) {
-    Gio.DBus.session.call('org.freedesktop.DBus', '/org/freedesktop/DBus', 'org.freedesktop.DBus', 'GetNameOwner',
-        new GLib.Variant('(s)', [name]), new GLib.VariantType('(s)'), Gio.DBusCallFlags.NONE, -1, null,
-        (bus, result) => {
-            let owner = null;
-            try {
-                [owner] = bus.call_finish(result).deepUnpack();
-            } catch {
-                // Nobody has that name.
-            }
-            then(owner);
-        });
+function watchName(name, appeared, vanished) {
+    return Gio.bus_watch_name_on_connection(Gio.DBus.session, name, Gio.BusNameWatcherFlags.NONE,
+        appeared && ((_bus, _name, owner) => appeared(owner)), vanished);
 }
