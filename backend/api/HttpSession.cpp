@@ -23,7 +23,7 @@ using boost::system::error_code;
 namespace {
 
 constexpr std::size_t longestHeader = 16 * 1024;
-constexpr std::size_t readStep = 64 * 1024;
+constexpr std::size_t readStep = 16 * 1024;
 // How long a server that ends waits for a request on a connection that has none.
 constexpr auto firstRequestTime = std::chrono::milliseconds(1000);
 constexpr auto nextRequestTime = std::chrono::milliseconds(50);
@@ -183,6 +183,11 @@ net::awaitable<bool> HttpSession::serveRoute(Parser& parser, const Route& route)
     if (refused > 0) {
         const bool more = co_await refuse(refused, codeOfStatus(refused), true);
         co_return more;
+    }
+    if (route.work == Work::take) {
+        // A take is answered for seconds: what its head took is worth more to others.
+        parser.get().clear();
+        buffer_.shrink_to_fit();
     }
     auto pending =
         std::make_shared<PendingExchange>(std::move(request), std::move(held), shared_->options.backlog);
