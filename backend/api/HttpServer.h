@@ -32,8 +32,9 @@ struct ServerOptions {
     std::chrono::milliseconds idleTime = std::chrono::seconds(60);  // between requests of a connection
     std::chrono::milliseconds bodyPause = std::chrono::seconds(20); // longest silence within a body
     std::chrono::milliseconds bodyTime = std::chrono::seconds(240); // longest whole body
-    std::chrono::milliseconds writeTime = std::chrono::seconds(20); // for the lines that wait, or one whole answer
-    std::chrono::milliseconds silence = std::chrono::seconds(15);   // of a stream, until a line says it lives
+    std::chrono::milliseconds writeTime =
+        std::chrono::seconds(20); // for the lines that wait, or one whole answer
+    std::chrono::milliseconds silence = std::chrono::seconds(15); // of a stream, until a line says it lives
 };
 
 // HTTP/1.1 over TCP. Connections live on the server's own threads, handlers run on the pools. A client that
