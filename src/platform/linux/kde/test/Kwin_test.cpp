@@ -81,6 +81,14 @@ void setUpSession() {
                               "XDG_CACHE_HOME=" + QDir::homePath() + "/.cache", "kbuildsycoca5"};
     ASSERT_EQ(runTool("env", folders).status, 0);
     tellOfSetting("Wayland", "InputMethod");
+    // KWin hears of the new entries a moment later, and looks at a program when it connects.
+    TestFoundation world;
+    const QtClock clock;
+    ASSERT_TRUE(waitUntil([&] {
+        WaylandConnection wayland(world.log);
+        return wayland.awaitGlobals(clock, std::chrono::seconds(5)) &&
+               wayland.offers("org_kde_kwin_fake_input");
+    }));
     ASSERT_TRUE(waitUntil([] { return QFileInfo::exists(HelperLink::standardPath()); }));
 }
 
