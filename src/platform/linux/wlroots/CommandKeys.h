@@ -27,7 +27,8 @@ constexpr std::uint32_t control = 4;
            "type \"ALPHABETIC\"{modifiers=Shift;map[Shift]=Level2;level_name[Level1]=\"Base\";"
            "level_name[Level2]=\"Caps\";};};"
            "xkb_compatibility \"lorvane\"{};"
-           "xkb_symbols \"lorvane\"{key <BKSP>{[BackSpace]};key <AB04>{[v,V]};key <RGHT>{[Right]};"
+           "xkb_symbols \"lorvane\"{name[Group1]=\"Lorvane\";key <BKSP>{[BackSpace]};key <AB04>{[v,V]};key "
+           "<RGHT>{[Right]};"
            "key <INS>{[Insert]};};};";
 }
 

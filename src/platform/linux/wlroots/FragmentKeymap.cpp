@@ -27,6 +27,7 @@ const std::vector<std::uint32_t>& keysForText() {
 
 bool isTypeable(QChar unit) { return !unit.isSurrogate() && unit.category() != QChar::Other_Control; }
 
+/// A Chromium that starts while a layout without a name is in force crashes.
 QByteArray describe(const QList<QChar>& characters) {
     QByteArray codes;
     QByteArray symbols;
@@ -38,7 +39,7 @@ QByteArray describe(const QList<QChar>& characters) {
     }
     return "xkb_keymap{xkb_keycodes \"lorvane\"{minimum=8;maximum=255;" + codes +
            "};xkb_types \"lorvane\"{type \"ONE_LEVEL\"{modifiers=none;level_name[Level1]=\"Any\";};};"
-           "xkb_compatibility \"lorvane\"{};xkb_symbols \"lorvane\"{" +
+           "xkb_compatibility \"lorvane\"{};xkb_symbols \"lorvane\"{name[Group1]=\"Lorvane\";" +
            symbols + "};};";
 }
 

@@ -31,6 +31,7 @@ class Reader {
           state_(keymap_ ? xkb_state_new(keymap_.get()) : nullptr) {}
 
     [[nodiscard]] bool understands() const { return state_ != nullptr; }
+    [[nodiscard]] QByteArray layoutName() const { return xkb_keymap_layout_get_name(keymap_.get(), 0); }
     [[nodiscard]] QString textOf(std::uint32_t key) const {
         char text[16] = {};
         xkb_state_key_get_utf8(state_.get(), key + 8, text, sizeof(text));
@@ -56,6 +57,7 @@ TEST(FragmentKeymap, GivesTheTextToAProgramWithoutFiles) {
         ASSERT_TRUE(fragment) << text.toStdString();
         const Reader reader(fragment->keymap);
         ASSERT_TRUE(reader.understands()) << fragment->keymap.toStdString();
+        EXPECT_FALSE(reader.layoutName().isEmpty());
         QString typed;
         for (const std::uint32_t key : fragment->keys) {
             typed += reader.textOf(key);
@@ -89,6 +91,7 @@ TEST(FragmentKeymap, WhatIsNotTypedByKeysIsRefused) {
 TEST(CommandKeys, KeymapHasTheKeysThatEditAndPaste) {
     Reader reader(commandKeys::keymap());
     ASSERT_TRUE(reader.understands());
+    EXPECT_FALSE(reader.layoutName().isEmpty());
     EXPECT_EQ(reader.symbolOf(commandKeys::backSpace, 0), xkb_keysym_t(XKB_KEY_BackSpace));
     EXPECT_EQ(reader.symbolOf(commandKeys::right, 0), xkb_keysym_t(XKB_KEY_Right));
     EXPECT_EQ(reader.symbolOf(commandKeys::insert, commandKeys::shift), xkb_keysym_t(XKB_KEY_Insert));

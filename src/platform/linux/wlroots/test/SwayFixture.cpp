@@ -54,6 +54,13 @@ bool SwayFixture::canPost(FragmentPoster& poster, const DesktopApp& app) {
     return can;
 }
 
+void SwayFixture::settle(WaylandConnection& with) {
+    bool done = false;
+    const Handle served = with.afterServer([&done] { done = true; });
+    with.flush();
+    EXPECT_TRUE(waitClosely([&] { return done; }));
+}
+
 bool SwayFixture::waitClosely(const std::function<bool()>& condition) {
     const Instant deadline = clock.now() + std::chrono::seconds(3);
     while (!condition() && clock.now() < deadline) {

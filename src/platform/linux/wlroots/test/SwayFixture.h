@@ -26,6 +26,8 @@ class SwayFixture : public ::testing::Test {
     /// and how fast it was.
     QString type(FragmentPoster& poster, const DesktopApp& app, const QString& text);
     void expectTyped(FragmentPoster& poster, const DesktopApp& app, const QString& text);
+    /// The compositor has carried out everything so far.
+    void settle(WaylandConnection& with);
     /// Looks every millisecond, for times to be worth something.
     bool waitClosely(const std::function<bool()>& condition);
 

@@ -88,9 +88,11 @@ TEST_F(SwayHold, OtherKeyReachesItsApplicationAndLosesTheHeldOne) {
 }
 
 TEST_F(SwayHold, EscapeReachesItsApplicationAndIsSeen) {
+    const auto terminal = DesktopApp::xfceTerminal();
     watch({keyCode::rightControl, keyCode::escape});
     hand.tap(keycode::escape);
     EXPECT_TRUE(waitForEdges({"53 down", "53 up"}));
+    EXPECT_EQ(terminal->waitForText("\x1b"), "\x1b");
 }
 
 TEST_F(SwayHold, ReloadOfTheConfigurationLosesNothing) {

@@ -55,11 +55,11 @@ TEST_F(SwayTyping, UsersInputMethodIsLeftAloneAndOursIsGoneBetweenTakes) {
         EXPECT_TRUE(canPost(users, *editor));
         EXPECT_FALSE(canPost(inputMethod, *editor));
         users.finish();
-        other.flush();
+        settle(other);
         EXPECT_TRUE(canPost(inputMethod, *editor));
         EXPECT_FALSE(canPost(users, *editor));
         inputMethod.finish();
-        connection.flush();
+        settle(connection);
         EXPECT_TRUE(canPost(users, *editor));
     }
 }
@@ -77,6 +77,16 @@ TEST_F(SwayTyping, VirtualKeyboardTypesIntoChromiumAndRefusesEmoji) {
     const auto browser = DesktopApp::chromium();
     expectTyped(keyPoster, *browser, plane);
     EXPECT_EQ(post(keyPoster, *browser, "😀"), PostOutcome::refused);
+}
+
+TEST_F(SwayTyping, BrowserStartsWhileTheKeyboardOfOursWasTheLastOne) {
+    {
+        const auto editor = DesktopApp::mousepad();
+        expectTyped(keyPoster, *editor, "ж");
+    }
+    // Chromium reads the name of the layout in force when it starts.
+    const auto browser = DesktopApp::chromium();
+    EXPECT_EQ(browser->text(), "");
 }
 
 TEST_F(SwayTyping, HeldKeyIsNotDisturbedAndDoesNotShowInTheText) {
