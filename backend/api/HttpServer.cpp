@@ -64,8 +64,11 @@ class HttpServer::Implementation {
         announceEnd();
         const auto latest = std::chrono::steady_clock::now() + grace;
         // Before the count is looked at: who is in the queue counts.
-        if (lanes_[0]->thread.joinable())
+        if (lanes_[0]->thread.joinable()) {
             net::post(lanes_[0]->context, net::use_future([this] { stopAccepting(); })).get();
+            // And who had been accepted already, of which the handler comes only now.
+            net::post(lanes_[0]->context, net::use_future([] {})).get();
+        }
         closeSessions(false);
         shared_->connections.waitForNone(latest);
         closeSessions(true);
