@@ -122,7 +122,7 @@ QString ShellExtensionSetup::install() {
 }
 
 QString ShellExtensionSetup::remove() {
-    const QString problem = setEnabled(false);
+    QString problem = setEnabled(false);
     if (!problem.isEmpty()) {
         return problem;
     }

@@ -17,7 +17,7 @@ QString IbusBus::addressNow() const {
     }
     for (const QString& path : places_.files) {
         QFile file(path);
-        const QString address = file.open(QIODevice::ReadOnly) ? addressInFile(file.readAll()) : QString();
+        QString address = file.open(QIODevice::ReadOnly) ? addressInFile(file.readAll()) : QString();
         if (!address.isEmpty()) {
             return address;
         }
