@@ -9,31 +9,24 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
-#include <QtCore/QFileInfo>
 
 namespace lorvane::session {
 
 namespace {
 
-QByteArray read(const QString& path) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        throw std::runtime_error("cannot read " + path.toStdString());
-    return file.readAll();
-}
-
-// The entry that the package installs, with the program where this build has it.
-void installDesktopEntry() {
-    const QDir folder(qEnvironmentVariable("XDG_DATA_HOME") + QStringLiteral("/applications"));
-    folder.mkpath(QStringLiteral("."));
-    const QString packaged = QStringLiteral(LORVANE_DESKTOP_ENTRY);
-    const QByteArray entry = read(packaged).replace("Exec=lorvane", "Exec=" LORVANE_PROGRAM);
-    QFile file(folder.filePath(QFileInfo(packaged).fileName()));
-    if (!file.open(QIODevice::WriteOnly) || file.write(entry) != entry.size())
-        throw std::runtime_error("cannot write " + file.fileName().toStdString());
-    file.close();
-    if (runTool(QStringLiteral("kbuildsycoca5"), {}).status != 0)
-        throw std::runtime_error("the desktop entries cannot be gathered");
+// By the program's own command, into the folders of the session, which a suite has others than. KWin starts the
+// input method a moment later.
+void chooseInputMethod() {
+    const QString home = QDir::homePath();
+    const ToolResult done = runTool(
+        QStringLiteral("env"),
+        {QStringLiteral("XDG_CONFIG_HOME=") + home + QStringLiteral("/.config"),
+         QStringLiteral("XDG_DATA_HOME=") + home + QStringLiteral("/.local/share"),
+         QStringLiteral("XDG_CACHE_HOME=") + home + QStringLiteral("/.cache"), QStringLiteral(LORVANE_PROGRAM),
+         QStringLiteral("setup"), QStringLiteral("typing"), QStringLiteral("--yes")});
+    const QString socket = qEnvironmentVariable("XDG_RUNTIME_DIR") + QStringLiteral("/lorvane-input-method");
+    if (done.status != 0 || !waitUntil([&] { return QFile::exists(socket); }))
+        throw std::runtime_error("lorvane setup typing: " + (done.output + done.errors).toStdString());
 }
 
 } // namespace
@@ -67,7 +60,7 @@ void beSetUp() {
     if (name() == QStringLiteral("gnome"))
         hands::ask({QStringLiteral("extension"), QStringLiteral(LORVANE_SHELL_EXTENSION)});
     if (name() == QStringLiteral("kwin"))
-        installDesktopEntry();
+        chooseInputMethod();
 }
 
 } // namespace lorvane::session
