@@ -12,6 +12,8 @@
 #include "app/HistoryRecents.h"
 #include "app/Shell.h"
 #include "app/Stores.h"
+#include "app/UnsentDelivery.h"
+#include "app/UnsentTakes.h"
 #include "base/PreferenceCatalogue.h"
 
 #include <QGuiApplication>
@@ -26,6 +28,16 @@ namespace {
 int fail(const char* reason) {
     std::fprintf(stderr, "lorvane: %s\n", reason);
     return 1;
+}
+
+/// Only when the other has ended: two at once would want the same name, the same keys and the same files.
+/// Whoever reads what this one prints may end with it, so the new one prints nothing.
+void startAnew() {
+    QProcess anew;
+    anew.setProgram(QCoreApplication::applicationFilePath());
+    anew.setStandardOutputFile(QProcess::nullDevice());
+    anew.setStandardErrorFile(QProcess::nullDevice());
+    anew.startDetached();
 }
 
 const auto* const displayGone = "the X display is gone; start lorvane again in the new session";
@@ -58,9 +70,12 @@ class Program {
  private:
     void chooseFirstHoldKey();
     QCoro::Task<void> firstExchange(TaskScope scope);
+    QCoro::Task<void> deliverUnsent(TaskScope scope);
     void useBackend(const QUrl& address);
     void showBackendGone();
     void displayLost();
+    /// The take that has no text yet is kept for the process that is started then; whether there is one.
+    bool keepUnsent();
     void endWithoutDisplay(const char* reason);
     void end(int status);
     void restart();
@@ -78,6 +93,7 @@ class Program {
     std::unique_ptr<Shell> shell_;
     CodecKeeper codec_;
     Handle codecWatch_;
+    TaskHandle unsentDelivery_;
     bool isToStartAgain_ = false;
     std::optional<int> ended_;
     static Program* running;
@@ -100,6 +116,7 @@ void Program::start() {
                                              [this] { showBackendGone(); }};
     backend_ = std::make_unique<BackendChoice>(foundation_, BundledBackend::standardExecutable(), callbacks);
     presence_.windows.onFirstRunOver = [&controller] { controller.finishOnboarding(); };
+    unsentDelivery_ = startTask([this](TaskScope scope) { return deliverUnsent(std::move(scope)); });
     codecWatch_ = controller.subscribePhase([this](const Phase& phase) { codec_.follow(phase); });
     shell_ = std::make_unique<Shell>(foundation_, desktop_, presence_, *dictation_, [this] { end(0); });
     new ControlService(&busObject_, controller, session_, {[this] { end(0); }, [this] { restart(); }});
@@ -112,6 +129,26 @@ void Program::start() {
 QCoro::Task<void> Program::firstExchange(TaskScope scope) {
     co_await backend_->known(scope);
     co_await dictation_->api.registerDevice(scope);
+}
+
+QCoro::Task<void> Program::deliverUnsent(TaskScope scope) {
+    const UnsentTakes unsent(foundation_, UnsentTakes::standardFolder());
+    if (!unsent.isEmpty()) {
+        co_await backend_->known(scope);
+        co_await unsent.deliver(dictation_->api, desktop_.journal, scope);
+    }
+}
+
+bool Program::keepUnsent() {
+    if (!dictation_) {
+        return false;
+    }
+    const UnsentTakes unsent(foundation_, UnsentTakes::standardFolder());
+    if (const auto underWay = dictation_->delivery.underWay()) {
+        return unsent.keep(*underWay);
+    }
+    const bool isRecording = std::holds_alternative<Recording>(dictation_->controller.phase());
+    return isRecording && dictation_->capture.isWorthSending() && unsent.keep(dictation_->capture.finish());
 }
 
 void Program::useBackend(const QUrl& address) {
@@ -130,13 +167,17 @@ void Program::showBackendGone() {
 void Program::displayLost() {
     if (desktop_.choice.windowing == Windowing::wayland && desktop_.wayland.isAlive()) {
         std::fputs("lorvane: the X display beside the compositor is gone; starting anew\n", stderr);
+        keepUnsent();
         restart();
     } else {
         endWithoutDisplay(displayGone);
     }
 }
 
-void Program::endWithoutDisplay(const char* reason) { end(fail(reason)); }
+void Program::endWithoutDisplay(const char* reason) {
+    isToStartAgain_ = keepUnsent();
+    end(fail(reason));
+}
 
 // Before the program's own event loop runs, also in one that a library runs meanwhile, nobody hears an exit.
 void Program::end(int status) {
@@ -153,10 +194,16 @@ void Program::restart() {
 
 // Whoever finds the loss first ends the process; our own connection tells whether that is what happened.
 void Program::sayReasonOfExit() {
-    if (running != nullptr) {
-        running->desktop_.display.sync();
-        running->foundation_.log.drain();
+    if (running == nullptr) {
+        return;
     }
+    running->desktop_.display.sync(); // which acts on it, if it is that
+    running->isToStartAgain_ = running->isToStartAgain_ || running->keepUnsent();
+    if (running->isToStartAgain_) {
+        running->session_.unregisterService(control::serviceName);
+        startAnew();
+    }
+    running->foundation_.log.drain();
 }
 
 /// The exit status.
@@ -165,6 +212,7 @@ int run(const QDBusConnection& session, bool& isToStartAgain) {
         "there is no display (is DISPLAY or WAYLAND_DISPLAY set?); \"lorvane doctor\" tells more";
     // Without one there is no application with windows, and nothing that shows something can be made.
     if (qobject_cast<QGuiApplication*>(QCoreApplication::instance()) == nullptr) {
+        deliverUnsentTakes();
         return fail(noDisplay);
     }
     const UnexpectedExit unexpectedExit(Program::sayReasonOfExit);
@@ -180,21 +228,12 @@ int run(const QDBusConnection& session, bool& isToStartAgain) {
     return status;
 }
 
-/// Only when the other has ended: two at once would want the same name, the same keys and the same files.
-/// Whoever reads what this one prints may end with it, so the new one prints nothing.
-void startAnew() {
-    QProcess anew;
-    anew.setProgram(QCoreApplication::applicationFilePath());
-    anew.setStandardOutputFile(QProcess::nullDevice());
-    anew.setStandardErrorFile(QProcess::nullDevice());
-    anew.startDetached();
-}
-
 } // namespace
 
 int runProgram() {
     QDBusConnection session = QDBusConnection::sessionBus();
     if (!session.isConnected()) {
+        deliverUnsentTakes();
         return fail("there is no session bus (is DBUS_SESSION_BUS_ADDRESS set?)");
     }
     if (!session.registerService(control::serviceName)) {

@@ -4,6 +4,8 @@
 #include "app/session/SessionProbe.h"
 #include "app/setup/SetupPlan.h"
 #include "app/setup/SetupProbe.h"
+#include "base/PreferenceCatalogue.h"
+#include "input/Hotkey.h"
 
 namespace lorvane {
 
@@ -25,6 +27,26 @@ QString openRoads(const std::vector<Road<Port>>& roads) {
 QString changesOf(SetupTopic topic, const SetupFacts& facts, const Localisation& words) {
     const SetupPlan plan = planSetup(topic, facts, words);
     return plan.changesAnything() ? plan.told.join(QLatin1Char(' ')) : QString();
+}
+
+/// The one that a first start chooses where none is stored.
+Hotkey chosenHoldKey(const Preferences& preferences) {
+    if (!preferences.stored(preference::hotkey)) {
+        return Hotkey::rightControl;
+    }
+    return hotkeyFromRawName(preferences.get(preference::hotkey)).value_or(Hotkey::rightCommand);
+}
+
+/// The best that offers the key.
+const HoldRoad* holdRoadIn(const std::vector<HoldRoad*>& roads, Hotkey key) {
+    for (const HoldRoad* const road : roads) {
+        for (const HoldKeyOffer& offer : road->offer().keys) {
+            if (offer.keyCode == codeOf(key)) {
+                return road;
+            }
+        }
+    }
+    return nullptr;
 }
 
 RoadFacts::PillKind kindOf(PillRoad pill) {
@@ -68,7 +90,7 @@ QCoro::Task<RoadFacts> SessionRoads::facts(TaskScope scope) {
 
 void SessionRoads::addWaylandRoads(RoadFacts& facts) {
     const SessionPorts& roads = session_->roads();
-    if (const HoldRoad* const road = session_->holdRoad()) {
+    if (const HoldRoad* const road = holdRoadIn(roads.holdRoads, chosenHoldKey(foundation_.preferences))) {
         facts.hold = road->name();
         facts.holdLack = road->offer().obstacle;
     }

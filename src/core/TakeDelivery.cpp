@@ -42,6 +42,8 @@ TakeDelivery::TakeDelivery(const Foundation& foundation, DictationEndpoints& end
       workspace_(workspace) {}
 
 QCoro::Task<void> TakeDelivery::deliverTake(FinishedTake take, int attempt, TaskScope scope) {
+    const auto own = std::make_shared<const FinishedTake>(take);
+    underWay_ = own;
     const DictationRequest request = requestFor(take);
     status_.isTranslating.set(request.translate.has_value());
     co_await landing_.typing().armTyping(scope);

@@ -9,6 +9,8 @@
 #include "core/TextLanding.h"
 #include "input/Workspace.h"
 
+#include <memory>
+
 namespace lorvane {
 
 /// Carries a finished take to the backend and its text to the user and the journal. Every outcome becomes a
@@ -26,6 +28,8 @@ class TakeDelivery {
     QCoro::Task<void> abandonTyping(QString reason, TaskScope scope);
     /// The take is over, however it ended.
     void endTyping() { landing_.typing().endTyping(); }
+    /// The take that is under way to its text; null when none is.
+    [[nodiscard]] std::shared_ptr<const FinishedTake> underWay() const { return underWay_.lock(); }
     /// Leaves a text on the clipboard.
     void copy(const QString& text) { landing_.copy(text); }
 
@@ -43,6 +47,8 @@ class TakeDelivery {
     TextLanding& landing_;
     TakeJournal& journal_;
     Workspace& workspace_;
+    /// Owned by the delivery itself, so that it is over with it.
+    std::weak_ptr<const FinishedTake> underWay_;
 };
 
 } // namespace lorvane

@@ -41,8 +41,6 @@ class WaylandSession final : public DesktopSession {
 
     /// Every road of every family, for a report.
     [[nodiscard]] const SessionPorts& roads() const { return roads_; }
-    /// The one by which the chosen hold key would come; null when there is none.
-    [[nodiscard]] const HoldRoad* holdRoad() { return keyEvents_.roads().holdRoad(); }
 
  private:
     [[nodiscard]] bool isXInFront() const { return xWorkspace_.frontmostApplication().has_value(); }

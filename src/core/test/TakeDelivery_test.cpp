@@ -45,6 +45,25 @@ TEST_F(TakeDeliveryTest, TakeGoesToTheStreamFirst) {
     EXPECT_EQ(*request.takeID, request.takeID->toUpper());
 }
 
+TEST_F(TakeDeliveryTest, TakeIsUnderWayUntilItsTextHasCome) {
+    backend.streams.push_back(Backend::answer(backend.otherwise, {}, seconds(1)));
+    EXPECT_EQ(delivery.underWay(), nullptr);
+    holdFor(1);
+    ASSERT_NE(delivery.underWay(), nullptr);
+    EXPECT_EQ(delivery.underWay()->take->data, backend.streamRequests[0].audio);
+    advance(2);
+    EXPECT_EQ(delivery.underWay(), nullptr);
+}
+
+TEST_F(TakeDeliveryTest, CancelledTakeIsNotUnderWayAnyMore) {
+    backend.streams.push_back(Backend::answer(backend.otherwise, {}, seconds(5)));
+    holdFor(1);
+    ASSERT_NE(delivery.underWay(), nullptr);
+    controller.cancelProcessing();
+    advance(1);
+    EXPECT_EQ(delivery.underWay(), nullptr);
+}
+
 TEST_F(TakeDeliveryTest, TargetLanguageIsSentTrimmed) {
     backend.streams.push_back(Backend::answer(backend.otherwise, {}, seconds(1)));
     preferences.set(preference::translateLang, QString(" \tde\u00a0"));
