@@ -14,16 +14,16 @@ namespace lorvane::session {
 
 namespace {
 
-// By the program's own command, into the folders of the session, which a suite has others than. KWin starts the
-// input method a moment later.
+// By the program's own command, into the folders of the session, which a suite has others than. KWin starts
+// the input method a moment later.
 void chooseInputMethod() {
     const QString home = QDir::homePath();
     const ToolResult done = runTool(
-        QStringLiteral("env"),
-        {QStringLiteral("XDG_CONFIG_HOME=") + home + QStringLiteral("/.config"),
-         QStringLiteral("XDG_DATA_HOME=") + home + QStringLiteral("/.local/share"),
-         QStringLiteral("XDG_CACHE_HOME=") + home + QStringLiteral("/.cache"), QStringLiteral(LORVANE_PROGRAM),
-         QStringLiteral("setup"), QStringLiteral("typing"), QStringLiteral("--yes")});
+        QStringLiteral("env"), {QStringLiteral("XDG_CONFIG_HOME=") + home + QStringLiteral("/.config"),
+                                QStringLiteral("XDG_DATA_HOME=") + home + QStringLiteral("/.local/share"),
+                                QStringLiteral("XDG_CACHE_HOME=") + home + QStringLiteral("/.cache"),
+                                QStringLiteral(LORVANE_PROGRAM), QStringLiteral("setup"),
+                                QStringLiteral("typing"), QStringLiteral("--yes")});
     const QString socket = qEnvironmentVariable("XDG_RUNTIME_DIR") + QStringLiteral("/lorvane-input-method");
     if (done.status != 0 || !waitUntil([&] { return QFile::exists(socket); }))
         throw std::runtime_error("lorvane setup typing: " + (done.output + done.errors).toStdString());
