@@ -97,7 +97,7 @@ SetupDesktop desktopFrom(const DesktopSigns& signs) {
 
 QString inputMethodEntry(const QString& helper, const QStringList& folders) {
     for (const QString& folder : folders) {
-        const QString entry = folder + QStringLiteral("/com.ostrand.tirra.inputmethod.desktop");
+        QString entry = folder + QStringLiteral("/com.ostrand.tirra.inputmethod.desktop");
         QFile file(entry);
         if (!helper.isEmpty() && file.open(QIODevice::ReadOnly) &&
             file.readAll().contains("\nExec=" + helper.toUtf8() + '\n')) {

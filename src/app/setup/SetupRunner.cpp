@@ -93,11 +93,12 @@ void SetupRunner::replace(const QString& path, const QByteArray& content, QJsonO
 
 QStringList SetupRunner::undo() {
     problems_.clear();
-    QJsonArray done = journal();
+    const QJsonArray done = journal();
     std::vector<QStringList> commands;
     for (qsizetype i = done.size() - 1; i >= 0; --i) {
         const QJsonObject one = done.at(i).toObject();
-        for (const QJsonValue& command : one.value(commandsField).toArray()) {
+        const QJsonArray its = one.value(commandsField).toArray();
+        for (const auto& command : its) {
             commands.push_back(QVariant(command.toArray().toVariantList()).toStringList());
         }
         undoOne(one);
