@@ -36,7 +36,7 @@ struct InputContext::Listeners {
         }
     }
 
-    static constexpr zwp_input_method_context_v1_listener context{
+    static constexpr zwp_input_method_context_v1_listener contextListener{
         [](void*, zwp_input_method_context_v1*, const char*, std::uint32_t, std::uint32_t) {},
         [](void*, zwp_input_method_context_v1*) {},
         contentType,
@@ -102,7 +102,7 @@ void InputContext::activate(zwp_input_method_context_v1* context) {
     serial_ = 0;
     lastContext_ = lastContext_ + 1 == 0 ? 1 : lastContext_ + 1;
     state_ = {lastContext_, false};
-    zwp_input_method_context_v1_add_listener(context_, &Listeners::context, this);
+    zwp_input_method_context_v1_add_listener(context_, &Listeners::contextListener, this);
     changed_();
 }
 
