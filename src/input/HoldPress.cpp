@@ -36,7 +36,7 @@ void HoldPress::handle(HoldEdgeKind kind, Instant told) {
         return release(time);
     case HoldEdgeKind::lost:
         if (state_ == State::down) {
-            return confirmRelease(time, false);
+            return loseSight(time);
         }
         return dropPress();
     }
@@ -135,6 +135,13 @@ void HoldPress::dropPress() {
     stateWatch_.reset();
     limit_.reset();
     query_ = {};
+}
+
+// A little later: what took the key away may be Escape, and its own meaning comes first.
+void HoldPress::loseSight(Instant time) {
+    releasing_ = time;
+    stateWatch_.reset();
+    wait_ = clock_.after(lostGrace, [this, time] { confirmRelease(time, false); });
 }
 
 void HoldPress::confirmRelease(Instant time, bool otherKeyIfHeld) {

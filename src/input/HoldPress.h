@@ -25,6 +25,8 @@ class HoldPress {
  public:
     /// A chord such as Ctrl+C is mostly over in this time.
     static constexpr Duration chordThreshold = std::chrono::milliseconds(250);
+    /// How long a key that cannot be seen any more counts as down yet.
+    static constexpr Duration lostGrace = std::chrono::milliseconds(50);
     static constexpr Duration statePeriod = std::chrono::milliseconds(100);
     /// The longest hold where the release may be lost and nobody can be asked, and the longest where it comes
     /// unless something broke.
@@ -61,6 +63,7 @@ class HoldPress {
     void tellUp(Instant time);
     void dropPress();
     /// The road said that it went up, or that it lost sight of it: true only if it is not still held.
+    void loseSight(Instant time);
     void confirmRelease(Instant time, bool otherKeyIfHeld);
     void watchState();
     void stateIs(std::optional<bool> held, Instant asked);
