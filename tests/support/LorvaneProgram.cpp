@@ -84,6 +84,14 @@ void LorvaneProgram::start() {
     if (!ready || !isRunning()) {
         throw std::runtime_error("lorvane did not come up: " + process_.readAll().toStdString());
     }
+    waitForKeys();
+}
+
+// A compositor is asked for the keys and answers a moment later.
+void LorvaneProgram::waitForKeys() const {
+    if (session::isWayland() && !waitUntil([this] { return log().contains(QLatin1String(" comes by ")); })) {
+        throw std::runtime_error("lorvane hears no key: " + log().toStdString());
+    }
 }
 
 LorvaneProgram::~LorvaneProgram() { end(); }

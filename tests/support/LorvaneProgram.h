@@ -46,6 +46,7 @@ class LorvaneProgram {
 
  private:
     void start();
+    void waitForKeys() const;
     void end();
 
     QProcessEnvironment environment_;
