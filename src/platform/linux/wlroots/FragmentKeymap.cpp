@@ -27,7 +27,6 @@ const std::vector<std::uint32_t>& keysForText() {
 
 bool isTypeable(QChar unit) { return !unit.isSurrogate() && unit.category() != QChar::Other_Control; }
 
-/// A Chromium that starts while a layout without a name is in force crashes.
 QByteArray describe(const QList<QChar>& characters) {
     QByteArray codes;
     QByteArray symbols;

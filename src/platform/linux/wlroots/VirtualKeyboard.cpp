@@ -53,7 +53,7 @@ bool VirtualKeyboard::make() {
 }
 
 bool VirtualKeyboard::useKeymap(const QByteArray& keymap) {
-    if (!make()) {
+    if (keymap.isEmpty() || !make()) {
         return false;
     }
     if (keymap == keymap_) {

@@ -15,6 +15,9 @@ namespace lorvane {
 
 /// A keyboard of our own beside the user's, made at its first use. What the user holds on another keyboard
 /// does not mix with it, and the next key of the user's brings the user's layout back by itself. Main thread.
+///
+/// It lives until the program ends: sway (1.7, as tried) is left without a keyboard when the one that was
+/// used last goes, and a Chromium that starts before the user's next key crashes by that.
 class VirtualKeyboard {
  public:
     VirtualKeyboard(WaylandConnection& connection, WaylandSeat& seat, Clock& clock);

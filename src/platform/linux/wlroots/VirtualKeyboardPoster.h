@@ -19,11 +19,13 @@ class VirtualKeyboardPoster final : public FragmentPoster {
     [[nodiscard]] bool takesLineBreaks() const override { return false; }
     QCoro::Task<bool> canPost(PostingTarget target, TaskScope scope) override;
     QCoro::Task<PostOutcome> post(PostingTarget target, QString text, TaskScope scope) override;
-    void finish() override {}
+    void finish() override;
 
  private:
     VirtualKeyboard& keyboard_;
     WaylandConnection& connection_;
+    /// The keymap in force is one of ours for a few characters.
+    bool isBorrowed_ = false;
 };
 
 } // namespace lorvane

@@ -18,6 +18,8 @@ namespace lorvane {
 /// The adapters in a running sway, as the program has them.
 class SwayFixture : public ::testing::Test {
  protected:
+    /// The user's next key: see VirtualKeyboard.
+    void TearDown() override { hand.tap(keycode::leftShift); }
     void SetUp() override { ASSERT_TRUE(connection.awaitGlobals(clock, std::chrono::seconds(10))); }
 
     std::optional<PostOutcome> post(FragmentPoster& poster, const DesktopApp& app, const QString& fragment);
