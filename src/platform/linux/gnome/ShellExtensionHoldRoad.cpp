@@ -78,7 +78,7 @@ void ShellExtensionHoldRoad::extensionChanged() {
 }
 
 void ShellExtensionHoldRoad::programChanged() {
-    // Until now the extension has refused us.
+    // It may have refused us as long as we did not have the name.
     if (program_.owner() == session_.baseService()) {
         beginWatch();
     }

@@ -32,7 +32,7 @@ QDBusMessage IbusEngine::commit(const QString& text) const {
 
 void IbusEngine::forget() {
     path_.clear();
-    purpose_ = 0;
+    purpose_.reset();
     hasFocus_ = false;
 }
 
@@ -79,11 +79,14 @@ QDBusMessage IbusEngine::create(const QDBusMessage& call) {
 QDBusMessage IbusEngine::answerAboutProperty(const QDBusMessage& call) {
     const QVariantList arguments = call.arguments();
     const QString property = arguments.value(1).toString();
-    if (call.member() == QLatin1String("Get") && property == QLatin1String("FocusId")) {
-        return call.createReply(ibus::inVariant(ibus::Flag{true}));
+    // By the client's name the focus is told from the daemon's stand-in.
+    const QVariantMap properties{{QStringLiteral("FocusId"), true},
+                                 {QStringLiteral("ActiveSurroundingText"), false}};
+    if (call.member() == QLatin1String("GetAll")) {
+        return call.createReply(properties);
     }
     if (call.member() == QLatin1String("Get")) {
-        return call.createReply(ibus::inVariant(ibus::Flag{false}));
+        return call.createReply(QVariant::fromValue(QDBusVariant(properties.value(property, false))));
     }
     if (call.member() == QLatin1String("Set") && property == QLatin1String("ContentType")) {
         const auto type = ibus::contentTypeOf(arguments.value(2).value<QDBusVariant>().variant());

@@ -4,6 +4,8 @@
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
 
+#include <optional>
+
 namespace lorvane {
 
 /// An engine of IBus that passes every key on and commits text: the daemon's calls to
@@ -14,6 +16,8 @@ class IbusEngine final : public QDBusVirtualObject {
 
     /// A field has the focus, and its application listens to this engine.
     [[nodiscard]] bool hasField() const { return hasFocus_; }
+    /// It has been told what that field is for.
+    [[nodiscard]] bool knowsPurpose() const { return purpose_.has_value(); }
     /// That field is for a password or a PIN.
     [[nodiscard]] bool isSecret() const;
     /// The signal that brings a text into the field.
@@ -33,7 +37,7 @@ class IbusEngine final : public QDBusVirtualObject {
     QString path_;
     int made_ = 0;
     bool hasFocus_ = false;
-    uint purpose_ = 0;
+    std::optional<uint> purpose_;
 };
 
 } // namespace lorvane

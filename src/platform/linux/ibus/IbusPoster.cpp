@@ -17,6 +17,7 @@ constexpr Duration changeBound = std::chrono::milliseconds(500);
 constexpr Duration fieldAwaitedFor = std::chrono::milliseconds(200);
 constexpr Duration untilNoticed = std::chrono::milliseconds(300);
 constexpr Duration atTheEnd = std::chrono::seconds(1);
+constexpr Duration purposeAwaitedFor = std::chrono::milliseconds(50);
 constexpr Duration betweenLooks = std::chrono::milliseconds(5);
 /// A stream that has stopped does not keep the user from their input method.
 constexpr Duration longestIdle = std::chrono::seconds(5);
@@ -116,8 +117,11 @@ QCoro::Task<bool> IbusPoster::borrow(TaskScope scope) {
     if (!hasField) {
         log_.diagLog(QStringLiteral("[tirra-type] no field listens to the input method"));
         finish();
+        co_return false;
     }
-    co_return hasField;
+    // The purpose is told right behind the focus.
+    (void)co_await await([this] { return engine_.knowsPurpose(); }, purposeAwaitedFor, scope);
+    co_return true;
 }
 
 QCoro::Task<bool> IbusPoster::bringEngine(TaskScope scope) {

@@ -66,14 +66,6 @@ const QDBusArgument& operator>>(const QDBusArgument& in, AttributeList& /*list*/
 const QDBusArgument& operator>>(const QDBusArgument& in, Text& /*text*/) { return in; }
 const QDBusArgument& operator>>(const QDBusArgument& in, EngineDescription& /*engine*/) { return in; }
 const QDBusArgument& operator>>(const QDBusArgument& in, Component& /*component*/) { return in; }
-const QDBusArgument& operator>>(const QDBusArgument& in, Flag& /*flag*/) { return in; }
-
-QDBusArgument& operator<<(QDBusArgument& out, const Flag& flag) {
-    out.beginStructure();
-    out << flag.value;
-    out.endStructure();
-    return out;
-}
 
 QDBusArgument& operator<<(QDBusArgument& out, const Text& text) {
     begin(out, "IBusText");
@@ -115,7 +107,6 @@ void registerTypes() {
     qDBusRegisterMetaType<Text>();
     qDBusRegisterMetaType<EngineDescription>();
     qDBusRegisterMetaType<Component>();
-    qDBusRegisterMetaType<Flag>();
 }
 
 std::optional<QString> engineName(const QVariant& received) { return firstText(received, "IBusEngineDesc"); }

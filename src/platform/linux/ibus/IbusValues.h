@@ -37,11 +37,6 @@ struct Component {
     EngineDescription engine;
 };
 
-/// A property of an engine that is true or not.
-struct Flag {
-    bool value = false;
-};
-
 /// `ContentType` of an input context: IBusInputPurpose and IBusInputHints.
 struct ContentType {
     uint purpose = 0;
@@ -64,7 +59,6 @@ template <typename Value>
 Q_DECLARE_METATYPE(lorvane::ibus::Text)
 Q_DECLARE_METATYPE(lorvane::ibus::EngineDescription)
 Q_DECLARE_METATYPE(lorvane::ibus::Component)
-Q_DECLARE_METATYPE(lorvane::ibus::Flag)
 
 template <typename Value>
 QVariant lorvane::ibus::inVariant(const Value& value) {

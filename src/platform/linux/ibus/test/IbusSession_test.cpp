@@ -128,12 +128,6 @@ TEST_F(IbusSession, WhatTheUserIsComposingStays) {
     EXPECT_TRUE(waitUntil([this] { return canPost(poster) == true; }));
 }
 
-TEST_F(IbusSession, AnApplicationThatDoesNotSpeakToTheDaemonIsRefused) {
-    const auto terminal = DesktopApp::xterm();
-    EXPECT_EQ(post(poster, QStringLiteral("a")), PostOutcome::refused);
-    EXPECT_TRUE(waitUntil([this] { return inForce() == users; }));
-}
-
 TEST_F(IbusSession, ADaemonThatIsEndedInTheMiddleIsFollowedByTheNext) {
     const auto editor = DesktopApp::mousepad();
     ASSERT_EQ(post(poster, QStringLiteral("before ")), PostOutcome::posted);
