@@ -36,6 +36,9 @@ const FIRST_KEY = 8;
 // What a key that nobody asked for is called, so that nothing that is typed can be told from it.
 const OTHER_KEY = 0;
 const {SHIFT_MASK, CONTROL_MASK, MOD1_MASK, MOD4_MASK, MOD5_MASK} = Clutter.ModifierType;
+// Pause, Menu, ScrollLock and F13 to F24: all that may be held besides modifiers.
+const EXTRA_KEYS = new Set([119, 127, 70, ...Array.from({length: 12}, (_none, index) => 183 + index)]);
+const ESCAPE = 1;
 // Modifiers, both sides, and the bits of the state that each may set. The right Alt may be AltGr.
 const MODIFIERS = new Map([
     [42, SHIFT_MASK], [54, SHIFT_MASK], [29, CONTROL_MASK], [97, CONTROL_MASK],
@@ -116,6 +119,10 @@ class Watch {
     }
 }
 
+function isHoldKey(key) {
+    return key === ESCAPE || MODIFIERS.has(key) || EXTRA_KEYS.has(key);
+}
+
 // A keyboard of another program, such as the one on the screen, has no device.
 function isVirtual(event) {
     return !event.get_source_device()?.get_device_node();
@@ -143,7 +150,8 @@ class ShellKeys {
         } else if (this._watch && this._watch.sender !== sender && this._watch.isProgram) {
             this._refuse(invocation, 'AccessDenied', `keys are told to ${PROGRAM} alone`);
         } else {
-            this._begin(sender, keys, kept);
+            // Whoever has the name may be somebody else, and is not told what is typed either.
+            this._begin(sender, keys.filter(isHoldKey), kept.filter(key => EXTRA_KEYS.has(key)));
             invocation.return_value(null);
         }
     }
@@ -164,13 +172,14 @@ class ShellKeys {
 
     _begin(sender, keys, kept) {
         const before = this._watch?.sender === sender ? this._watch : null;
+        // First, since a key that is kept already cannot be kept once more.
+        this._endWatch();
         const watch = new Watch(sender, keys, kept);
         if (before) {
             // A key that is held while its user asks for another one too goes on being held.
             watch.down = before.down;
             watch.isProgram = before.isProgram;
         }
-        this._endWatch();
         this._watch = watch;
         this._gone = watchName(sender, null, () => this._endWatch());
         // It may take the name a moment later.
