@@ -37,7 +37,11 @@ QCoro::Task<void> GnomeEditingKeys::pressQueued(TaskScope scope) {
             queue_.clear();
         }
     }
-    closing_ = clock_.after(untilClose, [this] { keys_.close(); });
+    closing_ = clock_.after(untilClose, [this] {
+        if (!keys_.isPosting()) { // a paste closes what it uses
+            keys_.close();
+        }
+    });
 }
 
 QCoro::Task<bool> GnomeEditingKeys::awaitBareKeyboard(TaskScope scope) {

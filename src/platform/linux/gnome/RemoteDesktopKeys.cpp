@@ -39,6 +39,11 @@ class ChordGuard {
 
 bool isAnswer(const QDBusMessage& message) { return message.type() == QDBusMessage::ReplyMessage; }
 
+/// A Shell that is busy has not refused.
+bool isRefusal(const QDBusMessage& message) {
+    return message.errorName() != QLatin1String("org.freedesktop.DBus.Error.NoReply");
+}
+
 } // namespace
 
 RemoteDesktopKeys::RemoteDesktopKeys(QDBusConnection session, Clock& clock, DiagnosticLog& log)
@@ -77,7 +82,7 @@ QCoro::Task<bool> RemoteDesktopKeys::open(TaskScope scope) {
     const QDBusMessage created = co_await creating.wait(scope);
     const QString path = created.arguments().value(0).value<QDBusObjectPath>().path();
     if (!isAnswer(created) || path.isEmpty()) {
-        isRefused_ = true;
+        isRefused_ = isRefusal(created);
         log_.diagLog(
             QStringLiteral("[tirra-keys] no session of the remote desktop: %1").arg(created.errorMessage()));
         co_return false;
@@ -87,7 +92,7 @@ QCoro::Task<bool> RemoteDesktopKeys::open(TaskScope scope) {
     const auto starting = call(path, sessionInterface, QStringLiteral("Start"));
     const QDBusMessage started = co_await starting.wait(scope);
     if (!isAnswer(started)) {
-        isRefused_ = true;
+        isRefused_ = isRefusal(started);
         log_.diagLog(QStringLiteral("[tirra-keys] the session of the remote desktop did not start: %1")
                          .arg(started.errorMessage()));
         close();
