@@ -88,6 +88,8 @@ Completion<QDBusMessage> IbusLink::send(QDBusMessage message, const QVariantList
         watcher->deleteLater();
         answer.complete(watcher->reply());
     });
+    // The link may end first.
+    connect(watcher, &QObject::destroyed, watcher, [answer] { answer.complete(QDBusMessage()); });
     return answer;
 }
 
