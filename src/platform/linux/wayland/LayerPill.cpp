@@ -217,13 +217,16 @@ void LayerPill::press(bool isDown) {
         QWidget* const child = view_->childAt(pointerAt_);
         pressed_ = child != nullptr ? child : view_.get();
     }
-    if (pressed_ == nullptr) {
+    if (pressed_.isNull()) {
         return;
     }
     const QPoint at = pressed_->mapFrom(view_.get(), pointerAt_);
     QMouseEvent event(isDown ? QEvent::MouseButtonPress : QEvent::MouseButtonRelease, at, pointerAt_,
                       Qt::LeftButton, isDown ? Qt::LeftButton : Qt::NoButton, Qt::NoModifier);
-    QWidget* const target = isDown ? pressed_ : std::exchange(pressed_, nullptr);
+    QWidget* const target = pressed_;
+    if (!isDown) {
+        pressed_.clear();
+    }
     QCoreApplication::sendEvent(target, &event);
 }
 

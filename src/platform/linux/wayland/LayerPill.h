@@ -5,6 +5,8 @@
 #include "platform/linux/wayland/WaylandSeat.h"
 #include "ui/pill/PillHost.h"
 
+#include <QPointer>
+
 #include <memory>
 
 struct zwlr_layer_shell_v1;
@@ -59,7 +61,7 @@ class LayerPill final : public PillHost {
     bool isDirty_ = false;
     QPoint pointerAt_;
     bool isPointerInside_ = false;
-    QWidget* pressed_ = nullptr;
+    QPointer<QWidget> pressed_;
     Handle drawing_;
     Handle making_;
 };

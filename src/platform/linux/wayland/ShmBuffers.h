@@ -14,7 +14,7 @@ namespace lorvane {
 /// thread.
 class ShmBuffers {
  public:
-    /// Pixels. `isFree` is false of both when the memory cannot be had.
+    /// Pixels. `hasFree` stays false when the memory cannot be had.
     ShmBuffers(wl_shm* shm, QSize size);
     ~ShmBuffers();
     ShmBuffers(const ShmBuffers&) = delete;

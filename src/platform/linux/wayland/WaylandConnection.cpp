@@ -212,6 +212,9 @@ void WaylandConnection::runUntil(const std::function<bool()>& done, const Clock&
 }
 
 void WaylandConnection::lose() {
+    if (isLost_) { // told from inside an event
+        return;
+    }
     isLost_ = true;
     if (readable_ != nullptr) {
         readable_->setEnabled(false);
