@@ -22,13 +22,13 @@ const auto createdKey = QStringLiteral("createdAt");
 
 double inUnixSeconds(WallTime time) { return inSeconds(time.time_since_epoch()); }
 
+/// Empty when the file is no take; absent when it cannot be read.
 std::optional<QJsonObject> objectIn(const QString& path) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         return std::nullopt;
     }
-    const QJsonDocument document = QJsonDocument::fromJson(file.readAll());
-    return document.isObject() ? std::optional(document.object()) : std::nullopt;
+    return QJsonDocument::fromJson(file.readAll()).object();
 }
 
 DeliveredTake deliveredFrom(const QJsonObject& kept, const QString& text, const DictationResponse& response) {
@@ -86,8 +86,8 @@ QCoro::Task<void> UnsentTakes::deliver(DictationEndpoints& endpoints, TakeJourna
 QCoro::Task<bool> UnsentTakes::deliverOne(QString file, DictationEndpoints& endpoints, TakeJournal& journal,
                                           TaskScope scope) const {
     const auto kept = objectIn(file);
-    if (!kept) {
-        co_return true;
+    if (!kept || kept->isEmpty()) {
+        co_return kept.has_value();
     }
     const QString language = foundation_.preferences.get(preference::translateLang).trimmed();
     DictationRequest request;
