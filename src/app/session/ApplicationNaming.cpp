@@ -11,9 +11,13 @@ namespace lorvane {
 
 namespace {
 
+constexpr qint64 mostBytes = 65536;
+
+/// What lies below its root may be anything, a pipe that nobody writes into among it.
 QByteArray contentOf(ProcessId process, const char* name) {
     QFile file(QStringLiteral("/proc/%1/%2").arg(process).arg(QLatin1String(name)));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    const bool isOpen = QFileInfo(file).isFile() && file.open(QIODevice::ReadOnly);
+    return isOpen ? file.read(mostBytes) : QByteArray();
 }
 
 bool isInterpreter(const QString& program) {
