@@ -11,6 +11,9 @@ constexpr Duration untilArrowsTook = std::chrono::milliseconds(200);
 constexpr Duration untilConsistent = std::chrono::milliseconds(100);
 constexpr Duration lateTextAwaited = std::chrono::milliseconds(400);
 constexpr Duration betweenReads = std::chrono::milliseconds(5);
+/// In all, and for each key besides.
+constexpr Duration untilKeysGoOut = std::chrono::seconds(2);
+constexpr Duration untilKeyGoesOut = std::chrono::milliseconds(40);
 constexpr qint64 anywhere = -1;
 } // namespace
 
@@ -120,6 +123,7 @@ QCoro::Task<void> ArmedField::press(TypingAttempt typed, EditingKey key, qint64 
     if (secure || !keys_.canPost()) {
         co_return;
     }
+    const Instant deadline = clock_.now() + untilKeysGoOut + times * untilKeyGoesOut;
     for (qint64 pressed = 0; pressed < times; ++pressed) {
         // The user may have gone elsewhere meanwhile, where the key would work on text that is not ours.
         const bool isOurs = co_await awaitOurs(typed, key, after, scope);
@@ -129,6 +133,13 @@ QCoro::Task<void> ArmedField::press(TypingAttempt typed, EditingKey key, qint64 
         keys_.press(key);
         const Duration pause = key == EditingKey::rightArrow ? afterRightArrow : afterDelete;
         co_await sleep(clock_, pause, scope);
+        // Keys that pile up would work on whatever is there by then.
+        while (keys_.isPending()) {
+            if (clock_.now() >= deadline) {
+                co_return;
+            }
+            co_await sleep(clock_, afterDelete, scope);
+        }
     }
 }
 

@@ -20,6 +20,8 @@ class EditingKeys {
     /// Presses and releases it once, bare: modifiers that the user holds are lifted first, so that it never
     /// acts as a shortcut.
     virtual void press(EditingKey key) = 0;
+    /// A key that was asked for may still have to go out: its way is slow, or waits for something.
+    [[nodiscard]] virtual bool isPending() { return false; }
 };
 
 } // namespace lorvane

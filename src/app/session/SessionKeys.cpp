@@ -40,6 +40,11 @@ void SessionEditingKeys::press(EditingKey key) {
     }
 }
 
+bool SessionEditingKeys::isPending() {
+    return ofX_.isPending() ||
+           std::any_of(roads_.begin(), roads_.end(), [](const auto& road) { return road.port->isPending(); });
+}
+
 bool SessionPasteKeys::canPost() const { return ofX_.isOpen() || firstOpen(roads_) != nullptr; }
 
 QCoro::Task<bool> SessionPasteKeys::post(PasteRoute route, TaskScope scope) {

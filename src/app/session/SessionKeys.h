@@ -22,6 +22,8 @@ class SessionEditingKeys final : public EditingKeys {
     [[nodiscard]] std::uint32_t modifierFlags() override;
     [[nodiscard]] bool canPost() override;
     void press(EditingKey key) override;
+    /// By any way, whichever is the best by now.
+    [[nodiscard]] bool isPending() override;
 
  private:
     /// Null when there is none.

@@ -98,6 +98,29 @@ TEST_F(LiveTypingTest, BackspacingStopsWhenTheUserGoesElsewhere) {
     EXPECT_EQ(w.field.backspaces, 2);
 }
 
+TEST_F(LiveTypingTest, KeysThatGoOutSlowlyAreSentOneAfterTheOther) {
+    armAndType("Hello");
+    constexpr Duration keyTime = std::chrono::milliseconds(20);
+    std::vector<Instant> presses;
+    w.editingKeys.beforePress = [&] { presses.push_back(w.clock.now()); };
+    w.editingKeys.pending = [&] { return w.clock.now() < presses.back() + keyTime; };
+    EXPECT_TRUE(abandon("cancelled"));
+    ASSERT_EQ(presses.size(), 5U);
+    for (std::size_t i = 1; i < presses.size(); ++i) {
+        EXPECT_GE(presses[i] - presses[i - 1], keyTime);
+    }
+}
+
+TEST_F(LiveTypingTest, AKeyThatNeverGoesOutIsFollowedByNoOther) {
+    armAndType("Hello");
+    w.field.ignoresBackspace = true;
+    int presses = 0;
+    w.editingKeys.beforePress = [&] { ++presses; };
+    w.editingKeys.pending = [] { return true; };
+    EXPECT_FALSE(abandon("cancelled"));
+    EXPECT_EQ(presses, 1);
+}
+
 TEST_F(LiveTypingTest, AFieldThatTellsOfTheCaretLaterThanOfTheTextIsWaitedFor) {
     w.showField("Mine. ");
     armAndType("Hello");

@@ -87,7 +87,10 @@ class FakeEditingKeys final : public EditingKeys {
     [[nodiscard]] std::uint32_t modifierFlags() override { return held; }
     [[nodiscard]] bool canPost() override { return possible; }
     void press(EditingKey key) override;
+    [[nodiscard]] bool isPending() override { return pending && pending(); }
 
+    /// Never when not set.
+    std::function<bool()> pending;
     std::uint32_t held = 0;
     bool possible = true;
     /// Before each key.

@@ -18,6 +18,7 @@ class GnomeEditingKeys final : public EditingKeys {
     [[nodiscard]] std::uint32_t modifierFlags() override { return keyboard_.heldModifiers(); }
     [[nodiscard]] bool canPost() override { return keys_.isOffered(); }
     void press(EditingKey key) override;
+    [[nodiscard]] bool isPending() override { return pressing_.isRunning(); }
 
  private:
     QCoro::Task<void> pressQueued(TaskScope scope);

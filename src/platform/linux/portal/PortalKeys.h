@@ -43,6 +43,7 @@ class PortalEditingKeys final : public EditingKeys {
     [[nodiscard]] std::uint32_t modifierFlags() override { return facts_.heldModifiers(); }
     [[nodiscard]] bool canPost() override { return keyboard_.isOffered(); }
     void press(EditingKey key) override;
+    [[nodiscard]] bool isPending() override { return pressing_.isRunning(); }
 
  private:
     QCoro::Task<void> pressQueued(TaskScope scope);

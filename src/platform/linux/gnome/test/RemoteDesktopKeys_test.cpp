@@ -160,6 +160,15 @@ TEST_F(RemoteDesktop, EditingKeysShareOneSessionThatEndsSoonAfterTheLast) {
         << shell->calls().join(' ').toStdString();
 }
 
+TEST_F(RemoteDesktop, AnEditingKeyIsPendingUntilItIsLetGo) {
+    bringShell();
+    EXPECT_FALSE(editingKeys.isPending());
+    editingKeys.press(EditingKey::deleteBackward);
+    EXPECT_TRUE(editingKeys.isPending());
+    ASSERT_TRUE(waitUntil([this] { return !editingKeys.isPending(); }));
+    EXPECT_TRUE(shell->calls().contains(released(KEY_BACKSPACE)));
+}
+
 TEST_F(RemoteDesktop, EditingKeysAreDroppedWhileAModifierStaysHeld) {
     bringShell();
     held = modifierFlag::control;
