@@ -57,8 +57,9 @@ class KdeHoldRoad final : public HoldRoad {
     const Localisation& words_;
     DiagnosticLog& log_;
     std::function<bool()> areKeysOurs_;
-    GlobalShortcuts shortcuts_;
+    /// Before the shortcuts, so that it stands down after they have been let go.
     std::unique_ptr<ShortcutGuard> guard_;
+    GlobalShortcuts shortcuts_;
     std::shared_ptr<Watch> watch_;
     /// What was asked for, by the code of its key.
     QMap<int, GlobalShortcut> taken_;
