@@ -12,8 +12,8 @@ constexpr int notDone = 1;
 bool isYes(const QString& line) {
     static const QStringList words{QStringLiteral("y"),  QStringLiteral("yes"), QStringLiteral("j"),
                                    QStringLiteral("ja"), QStringLiteral("o"),   QStringLiteral("oui"),
-                                   QStringLiteral("s"),  QStringLiteral("si"),  QStringLiteral("д"),
-                                   QStringLiteral("да")};
+                                   QStringLiteral("s"),  QStringLiteral("si"),  QStringLiteral("sí"),
+                                   QStringLiteral("д"),  QStringLiteral("да")};
     return words.contains(line.trimmed().toLower());
 }
 
