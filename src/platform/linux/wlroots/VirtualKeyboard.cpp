@@ -8,7 +8,7 @@ namespace lorvane {
 
 namespace {
 
-/// A file in memory, sealed against change, as the receiver maps it; -1 when there is none to be had.
+/// A file in memory, as the receiver maps it; -1 when there is none to be had.
 int fileOf(const QByteArray& content) {
     const int file = memfd_create("lorvane-keymap", MFD_CLOEXEC);
     if (file >= 0 &&
