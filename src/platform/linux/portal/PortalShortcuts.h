@@ -25,8 +25,8 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, PortalShortcut& s
 /// The list in an answer; nothing when it is none.
 [[nodiscard]] std::optional<QList<PortalShortcut>> shortcutsFrom(const QVariant& value);
 
-/// A name of the preference "tirra.linux.extraKey" in the words of the "shortcuts" specification of XDG,
-/// which uses the names of key symbols; empty for a name that is none.
+/// A name of the preference "tirra.linux.extraKey" in the words of XDG's paper on shortcuts, which
+/// uses the names of key symbols; empty for a name that is none.
 [[nodiscard]] QString triggerFor(const QString& extraKey);
 
 } // namespace lorvane
