@@ -20,7 +20,7 @@ const wl_keyboard_listener SeatKeymap::listener = {
 
 SeatKeymap::SeatKeymap(WaylandConnection& connection, WaylandSeat& seat)
     : seat_(seat), context_(xkb_context_new(XKB_CONTEXT_NO_DEFAULT_INCLUDES)) {
-    seatChanged_ = seat.onChanged([this] { follow(); });
+    capabilitiesChanged_ = seat.onCapabilitiesChanged([this] { follow(); });
     lost_ = connection.onLost([this] { text_.clear(); });
     follow();
 }
@@ -28,16 +28,20 @@ SeatKeymap::SeatKeymap(WaylandConnection& connection, WaylandSeat& seat)
 void SeatKeymap::follow() {
     text_.clear();
     keyboard_.reset();
-    if (seat_.seat() != nullptr) {
+    if (seat_.seat() != nullptr && seat_.hasKeyboard()) {
         keyboard_ = waylandOwned(wl_seat_get_keyboard(seat_.seat()), wl_keyboard_destroy);
         wl_keyboard_add_listener(keyboard_.get(), &listener, this);
     }
 }
 
+// Mapped and not read: its place is shared by all who were given the file.
 void SeatKeymap::takeKeymap(std::uint32_t format, int descriptor, std::uint32_t size) {
     QFile file;
     const bool isOpen = file.open(descriptor, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle);
-    text_ = isOpen && format == WL_KEYBOARD_KEYMAP_FORMAT_XKB_V1 ? file.read(size) : QByteArray();
+    const uchar* const text = isOpen && format == WL_KEYBOARD_KEYMAP_FORMAT_XKB_V1
+                                  ? file.map(0, size, QFileDevice::MapPrivateOption)
+                                  : nullptr;
+    text_ = text != nullptr ? QByteArray(reinterpret_cast<const char*>(text), size) : QByteArray();
 }
 
 XkbKeymap SeatKeymap::read() const {

@@ -29,7 +29,7 @@ class SeatKeymap {
     XkbContext context_;
     QByteArray text_;
     WaylandOwned<wl_keyboard> keyboard_;
-    Handle seatChanged_;
+    Handle capabilitiesChanged_;
     Handle lost_;
 };
 

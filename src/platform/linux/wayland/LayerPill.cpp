@@ -101,11 +101,17 @@ bool LayerPill::bind() {
     if (output_) {
         wl_output_add_listener(output_.get(), &outputListener, this);
     }
-    if (seat_.seat() != nullptr) {
+    capabilitiesChanged_ = seat_.onCapabilitiesChanged([this] { followPointer(); });
+    followPointer();
+    return true;
+}
+
+void LayerPill::followPointer() {
+    pointer_.reset();
+    if (seat_.seat() != nullptr && seat_.hasPointer()) {
         pointer_ = waylandOwned(wl_seat_get_pointer(seat_.seat()), wl_pointer_destroy);
         wl_pointer_add_listener(pointer_.get(), &pointerListener, this);
     }
-    return true;
 }
 
 void LayerPill::host(std::unique_ptr<PillView> view) {

@@ -33,6 +33,7 @@ class LayerPill final : public PillHost {
  private:
     LayerPill(WaylandConnection& connection, WaylandSeat& seat, Clock& clock);
     [[nodiscard]] bool bind();
+    void followPointer();
     void makeSurface();
     void dropSurface();
     void configured(std::uint32_t serial);
@@ -52,6 +53,7 @@ class LayerPill final : public PillHost {
     WaylandOwned<zwlr_layer_shell_v1> shell_;
     WaylandOwned<wl_output> output_;
     WaylandOwned<wl_pointer> pointer_;
+    Handle capabilitiesChanged_;
     int scale_ = 1;
     std::unique_ptr<PillView> view_;
     WaylandOwned<wl_surface> surface_;
