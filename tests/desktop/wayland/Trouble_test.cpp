@@ -26,9 +26,8 @@ TEST_F(CompositorKilled, InTheMiddleOfATakeLosesNothing) {
     LiveStream stream = dictate();
     const QString text = QStringLiteral("Spoken before the screen went away.");
     stream.say(corpus::fragments(text));
-    // Whoever comes after it sends the take again, whole.
-    script("/api/dictate", answer::response(text));
-    // Should it send the take once more, it hears the same.
+    // Should the take be sent once more, in whichever way, it is answered with the same.
+    backend.scriptAnew("/api/dictate", answer::response(text));
     backend.scriptAnew("/api/dictate-stream", answer::done(text));
     const auto compositor = static_cast<pid_t>(session::compositor());
     ASSERT_EQ(::kill(compositor, SIGKILL), 0);
