@@ -54,7 +54,7 @@ BindingHoldRoad::BindingHoldRoad(const Foundation& foundation, CompositorSocket&
 BindingHoldRoad::~BindingHoldRoad() {
     endWatch();
     socket_.forgetReplies();
-    socket_.flush();
+    socket_.settle();
 }
 
 HoldOffer BindingHoldRoad::offer() const {
@@ -116,7 +116,7 @@ void BindingHoldRoad::takeAwayLeftovers() {
 
 void BindingHoldRoad::leftoversGone(const QJsonDocument& answer) {
     const QJsonArray results = answer.array();
-    if (state_ == State::refused) {
+    if (state_ != State::asking) {
         return;
     }
     if (results.isEmpty() || std::all_of(results.begin(), results.end(), isUnknown)) {
@@ -124,15 +124,17 @@ void BindingHoldRoad::leftoversGone(const QJsonDocument& answer) {
                QStringLiteral("the compositor takes no bindings at run time: ") + errorIn(answer));
         return;
     }
+    become(State::there, {});
+    bindWatched();
     if (std::any_of(results.begin(), results.end(), isSuccess)) {
         // A run that was cut short in the middle of a hold has left those of other keys too.
+        std::set<int> ours;
         for (const HoldKeyPlace& place : places_) {
-            socket_.run(removalOf(otherKeys(place.chords, {})));
+            ours.insert(place.key);
         }
-    }
-    if (state_ != State::there) {
-        become(State::there, {});
-        bindWatched();
+        for (const HoldKeyPlace& place : places_) {
+            socket_.run(removalOf(otherKeys(place.chords, ours)));
+        }
     }
 }
 

@@ -12,6 +12,8 @@ namespace {
 constexpr qsizetype longestCommands = 32768;
 /// A compositor that leaves so many questions open answers none any more.
 constexpr std::size_t mostOpen = 256;
+/// Milliseconds.
+constexpr int longestSettling = 200;
 
 } // namespace
 
@@ -122,8 +124,8 @@ void CompositorSocket::forgetReplies() {
     }
 }
 
-void CompositorSocket::flush() {
-    while (isConnected() && socket_.bytesToWrite() > 0 && socket_.waitForBytesWritten(100)) {
+void CompositorSocket::settle() {
+    while (wasConnected_ && !open_.empty() && socket_.waitForReadyRead(longestSettling)) {
     }
 }
 

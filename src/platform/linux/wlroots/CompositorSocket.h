@@ -47,8 +47,9 @@ class CompositorSocket {
     void run(const QStringList& commands, const Reply& reply = {});
     /// Who waited for answers is gone.
     void forgetReplies();
-    /// Waits until what was sent has left, at most for a moment. For the end of the program.
-    void flush();
+    /// Waits until everything that was sent has been answered, at most for a moment. For the end of the
+    /// program: sway drops what it has not read when a connection ends.
+    void settle();
 
     [[nodiscard]] Handle onConnected(std::function<void()> told) {
         return connected_.subscribe(std::move(told));

@@ -106,6 +106,21 @@ TEST_F(SwayHold, ReloadOfTheConfigurationLosesNothing) {
     EXPECT_EQ(edges.first(), "62 down");
 }
 
+TEST_F(SwayHold, NothingIsLeftInTheCompositorAtTheEnd) {
+    {
+        CompositorSocket own{clock, fakes.log, CompositorSocket::standardPlaces};
+        BindingHoldRoad ending{foundation, own};
+        own.start();
+        ASSERT_TRUE(waitUntil([&] { return !ending.offer().keys.empty(); }));
+        const Handle watched = ending.watch({keyCode::rightShift}, [](const HoldEdge&) {});
+    }
+    for (const char* const flags : {"--inhibited", "--release --locked --inhibited"}) {
+        const ToolResult result = runTool("swaymsg", {QStringLiteral("unbindcode %1 62").arg(flags)});
+        EXPECT_NE(result.status, 0);
+        EXPECT_TRUE((result.output + result.errors).contains("Could not find binding"));
+    }
+}
+
 TEST_F(SwayHold, ThousandPressesWithOtherKeysInBetweenAllEnd) {
     watch({keyCode::rightControl, keyCode::rightOption});
     std::mt19937 random(7);
