@@ -6,6 +6,7 @@
 namespace lorvane::backend {
 
 TakeProgress::Turn::Turn(TakeProgress& progress, const std::stop_token& stop) : progress_(progress) {
+    ++progress.users_;
     std::unique_lock lock(progress.mutex_);
     held_ = progress.changed_.wait(lock, stop, [&] { return !progress.running_; });
     if (held_)
@@ -13,6 +14,7 @@ TakeProgress::Turn::Turn(TakeProgress& progress, const std::stop_token& stop) : 
 }
 
 TakeProgress::Turn::~Turn() {
+    --progress_.users_;
     if (!held_)
         return;
     {
@@ -54,6 +56,9 @@ std::size_t TakeMemory::size() const {
 }
 
 void TakeMemory::sweepLocked(TimePoint now) {
+    for (auto& [key, entry] : entries_)
+        if (entry.progress->inUse()) // its time begins when nobody is at it any more
+            entry.until = now + keptFor_;
     std::erase_if(entries_, [&](const auto& entry) { return entry.second.until <= now; });
 }
 

@@ -5,6 +5,7 @@
 #include "storage/Storage.h"
 #include "util/Secrets.h"
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <functional>
@@ -47,8 +48,11 @@ class TakeProgress {
         TakeProgress& progress_;
         bool held_ = false;
     };
+    // Somebody holds it, or waits for it.
+    bool inUse() const { return users_ > 0; }
 
  private:
+    std::atomic<int> users_ = 0;
     std::mutex mutex_;
     std::condition_variable_any changed_;
     bool running_ = false;
@@ -66,8 +70,8 @@ class TakeMemory {
     explicit TakeMemory(std::chrono::seconds keptFor = std::chrono::minutes(2),
                         Now now = &std::chrono::steady_clock::now, std::size_t most = 10'000);
 
-    // The same object for the same device, take id and content within the time kept; a fresh one otherwise,
-    // and for an empty take id always. Any thread.
+    // The same object for the same device, take id and content within the time kept, which does not pass
+    // while somebody is at it; a fresh one otherwise, and for an empty take id always. Any thread.
     std::shared_ptr<TakeProgress> find(DeviceId device, const std::string& takeId, const Digest& content);
     // Drops what is past its time.
     void sweep();

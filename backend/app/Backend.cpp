@@ -4,12 +4,16 @@
 #include "api/Routes.h"
 #include "util/Log.h"
 
+#include <condition_variable>
+#include <mutex>
+
 namespace lorvane::backend {
 
 namespace {
 
 constexpr std::size_t quickThreads = 2;
 constexpr std::size_t quickQueue = 4096;
+constexpr std::chrono::seconds sweepPause{10};
 constexpr std::size_t slowThreads = 16; // they mostly wait for other servers
 constexpr std::size_t slowQueue = 256;
 
@@ -56,8 +60,17 @@ void Backend::start() {
     });
     if (!queued)
         logLine("the speech engine loads with the first take");
+    sweeping_ = std::jthread([this](const std::stop_token& stop) { sweep(stop); });
     if (!slow_.submit([this] { linguist_.prepare(stopping_.get_token()); }))
         logLine("no local translation");
+}
+
+void Backend::sweep(const std::stop_token& stop) {
+    std::mutex mutex;
+    std::condition_variable_any changed;
+    std::unique_lock lock(mutex);
+    while (!changed.wait_for(lock, stop, sweepPause, [&] { return stop.stop_requested(); }))
+        memory_.sweep();
 }
 
 void Backend::announceEnd() {

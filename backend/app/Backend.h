@@ -17,6 +17,7 @@
 #include <memory>
 #include <optional>
 #include <stop_token>
+#include <thread>
 #include <vector>
 
 namespace lorvane::backend {
@@ -59,6 +60,7 @@ class Backend {
  private:
     std::string_view unready() const;
     void addGauges();
+    void sweep(const std::stop_token& stop);
 
     enum class EngineState { loading, ready, failed };
     const std::unique_ptr<Storage> storage_;
@@ -74,6 +76,7 @@ class Backend {
     std::atomic<EngineState> engineState_ = EngineState::loading;
     std::atomic<bool> ending_ = false;
     std::stop_source stopping_; // ends the preparations
+    std::jthread sweeping_;     // what is past its time goes though no other take comes
     const Services services_;
     WorkPool quick_;
     WorkPool slow_;

@@ -50,18 +50,35 @@ TEST_F(TakeMemoryTest, ItIsBoundedAndForgets) {
     EXPECT_EQ(memory_.size(), 0U);
 }
 
+TEST_F(TakeMemoryTest, ATakeThatIsWorkedOnForLongIsKeptAndItsTimeBeginsWithItsEnd) {
+    const auto progress = memory_.find(1, "take", content_);
+    {
+        const TakeProgress::Turn turn(*progress, {});
+        now_ += 150s;
+        memory_.sweep();
+    }
+    now_ += 119s;
+    EXPECT_EQ(memory_.find(1, "take", content_), progress);
+    now_ += 120s;
+    memory_.sweep();
+    EXPECT_EQ(memory_.size(), 0U);
+}
+
 TEST_F(TakeMemoryTest, TheSecondRequestOfATakeWaitsForTheFirst) {
     const auto progress = memory_.find(1, "take", content_);
     std::optional<TakeProgress::Turn> first;
     first.emplace(*progress, std::stop_token());
     auto second = std::async(std::launch::async, [&] {
         TakeProgress::Turn turn(*progress, {});
-        return turn.segments();
+        std::string heard;
+        for (const auto& segment : turn.segments())
+            heard += segment.text + ' ';
+        return heard;
     });
-    first->segments() = {"one", "two"};
+    first->segments() = {{"one", {}}, {"two", {}}};
     EXPECT_EQ(second.wait_for(20ms), std::future_status::timeout);
     first.reset();
-    EXPECT_EQ(second.get(), (std::vector<std::string>{"one", "two"}));
+    EXPECT_EQ(second.get(), "one two ");
 }
 
 TEST_F(TakeMemoryTest, AWaitingRequestCanBeStopped) {

@@ -8,12 +8,13 @@ using namespace lorvane::backend;
 
 TEST(Wire, LinesAreJsonOnOneLine) {
     EXPECT_EQ(deltaLine(" a\n\"b\""), R"({"type":"delta","text":" a\n\"b\""})");
-    EXPECT_EQ(doneLine({"Text.", "text"}, std::nullopt), R"({"type":"done","text":"Text.","raw":"text"})");
+    EXPECT_EQ(doneLine({"Text.", "text", {}, {}}, std::nullopt),
+              R"({"type":"done","text":"Text.","raw":"text"})");
     EXPECT_EQ(errorLine("no_speech"), R"({"type":"error","error":"no_speech"})");
 }
 
 TEST(Wire, BodiesAreJson) {
-    EXPECT_EQ(dictatedBody({"Text.", "text"}, std::nullopt), R"({"text":"Text.","raw":"text"})");
+    EXPECT_EQ(dictatedBody({"Text.", "text", {}, {}}, std::nullopt), R"({"text":"Text.","raw":"text"})");
     EXPECT_EQ(tokenBody("abc"), R"({"token":"abc"})");
     EXPECT_EQ(textBody(""), R"({"text":""})");
     EXPECT_EQ(errorBody("busy"), R"({"error":"busy"})");
