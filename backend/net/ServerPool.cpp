@@ -14,6 +14,7 @@ bool CircuitBreaker::allows(TimePoint now) {
     if (now < *closedUntil_)
         return false;
     closedUntil_ = now + pause_; // one goes through; the others wait for how it ends
+    probing_ = true;
     return true;
 }
 
@@ -21,13 +22,18 @@ void CircuitBreaker::succeeded() {
     failures_ = 0;
     pause_ = firstPause;
     closedUntil_.reset();
+    probing_ = false;
 }
 
 void CircuitBreaker::failed(TimePoint now) {
-    if (++failures_ < failuresToOpen)
+    // Who had been let in before, and fails as the others did, tells nothing new.
+    if (closedUntil_ && !probing_)
         return;
-    if (failures_ > failuresToOpen)
+    if (!closedUntil_ && ++failures_ < failuresToOpen)
+        return;
+    if (closedUntil_)
         pause_ = std::min(pause_ * 2, longestPause);
+    probing_ = false;
     closedUntil_ = now + pause_;
 }
 
@@ -50,7 +56,8 @@ ServerPool::~ServerPool() = default;
 // Everybody may be restarting at once; a second look a moment later is cheap.
 Attempt ServerPool::run(const Ask& ask, const std::stop_token& stop) {
     const auto began = std::chrono::steady_clock::now();
-    auto attempt = tryAll(ask, stop);
+    auto queue = times_.queue;
+    auto attempt = tryAll(ask, queue, stop);
     if (attempt.end != Attempt::End::next || std::chrono::steady_clock::now() - began >= times_.patience)
         return attempt;
     thread_local std::minstd_rand random{std::random_device{}()};
@@ -59,13 +66,13 @@ Attempt ServerPool::run(const Ask& ask, const std::stop_token& stop) {
         std::unique_lock lock(mutex_);
         changed_.wait_for(lock, stop, pause, [] { return false; });
     }
-    return stop.stop_requested() ? Attempt{Attempt::End::stopped, {}} : tryAll(ask, stop);
+    return stop.stop_requested() ? Attempt{Attempt::End::stopped, {}} : tryAll(ask, queue, stop);
 }
 
-Attempt ServerPool::tryAll(const Ask& ask, const std::stop_token& stop) {
+Attempt ServerPool::tryAll(const Ask& ask, std::chrono::milliseconds& queue, const std::stop_token& stop) {
     Attempt last{Attempt::End::next, "no " + kind_ + " server is to be tried now"};
     std::set<const Place*> tried;
-    while (Place* place = enter(tried, stop)) {
+    while (Place* place = enter(tried, queue, stop)) {
         // Whatever happens while asking, the place is free again afterwards.
         struct Leaving {
             ServerPool& pool;
@@ -87,15 +94,19 @@ Attempt ServerPool::tryAll(const Ask& ask, const std::stop_token& stop) {
 }
 
 // The first server, in order, that was not tried and has room; when all of those are full, the first that
-// gets room within the time.
-ServerPool::Place* ServerPool::enter(std::set<const Place*>& tried, const std::stop_token& stop) {
+// gets room within the time that is left of the queue's.
+ServerPool::Place* ServerPool::enter(std::set<const Place*>& tried, std::chrono::milliseconds& queue,
+                                     const std::stop_token& stop) {
     const auto open = [&](const auto& place) { return !tried.contains(place.get()); };
     const auto hasRoom = [&](const auto& place) { return open(place) && place->busy < place->server.atOnce; };
-    const auto latest = std::chrono::steady_clock::now() + times_.queue;
+    const auto latest = std::chrono::steady_clock::now() + queue;
     std::unique_lock lock(mutex_);
     while (std::any_of(places_.begin(), places_.end(), open)) {
         const bool room = changed_.wait_until(
             lock, stop, latest, [&] { return std::any_of(places_.begin(), places_.end(), hasRoom); });
+        queue =
+            std::max(std::chrono::ceil<std::chrono::milliseconds>(latest - std::chrono::steady_clock::now()),
+                     std::chrono::milliseconds(0));
         if (!room || stop.stop_requested())
             break;
         const auto& place = *std::find_if(places_.begin(), places_.end(), hasRoom);

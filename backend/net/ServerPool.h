@@ -31,6 +31,7 @@ class CircuitBreaker {
     int failures_ = 0;
     std::chrono::seconds pause_ = firstPause;
     std::optional<TimePoint> closedUntil_;
+    bool probing_ = false; // the single one is under way
 };
 
 struct PooledServer {
@@ -39,7 +40,7 @@ struct PooledServer {
 };
 
 struct PoolTimes {
-    std::chrono::milliseconds queue = std::chrono::seconds(30);             // for a free place at a server
+    std::chrono::milliseconds queue = std::chrono::seconds(30); // for free places, all waits together
     std::chrono::milliseconds secondRound = std::chrono::milliseconds(200); // before all are tried once more
     std::chrono::milliseconds patience = std::chrono::hours(1); // no second round when the first took longer
 };
@@ -73,8 +74,9 @@ class ServerPool {
 
  private:
     struct Place;
-    Attempt tryAll(const Ask& ask, const std::stop_token& stop);
-    Place* enter(std::set<const Place*>& tried, const std::stop_token& stop);
+    Attempt tryAll(const Ask& ask, std::chrono::milliseconds& queue, const std::stop_token& stop);
+    Place* enter(std::set<const Place*>& tried, std::chrono::milliseconds& queue,
+                 const std::stop_token& stop);
     void leave(Place& place, const Attempt& attempt);
 
     const std::string kind_;

@@ -72,6 +72,9 @@ void PostgresPool::noteFailure(const std::string& reason) {
     if (!pause_.failing())
         logLine(reason + "; trying again from time to time");
     idle_.clear();
+    // Connections that were in use break together: that is one failure.
+    if (pause_.resting(Clock::now()))
+        return;
     trying_ = false;
     pause_.failed(Clock::now(), std::uniform_real_distribution<double>()(random_));
 }

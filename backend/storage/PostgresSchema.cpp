@@ -68,9 +68,14 @@ void takeSteps(PostgresLink& link) {
 } // namespace
 
 void migratePostgres(PostgresLink& link, std::chrono::milliseconds timeout) {
-    link.setTimeout(migrationTime);
-    takeSteps(link);
-    link.setTimeout(timeout);
+    try {
+        link.setTimeout(migrationTime);
+        takeSteps(link);
+        link.setTimeout(timeout);
+    } catch (...) {
+        link.giveUp(); // or it would go on waiting so long
+        throw;
+    }
 }
 
 } // namespace lorvane::backend

@@ -233,9 +233,11 @@ TEST(CircuitBreaker, OpensAfterThreeFailuresForLongerAndLonger) {
     now += 10s;
     breaker.failed(now);
     EXPECT_FALSE(breaker.allows(now + 19s));
-    EXPECT_TRUE(breaker.allows(now + 20s));
-    for (int i = 0; i < 10; ++i)
+    for (int pause = 20; pause < 120; pause *= 2) {
+        now += std::chrono::seconds(pause);
+        EXPECT_TRUE(breaker.allows(now)) << pause;
         breaker.failed(now);
+    }
     EXPECT_FALSE(breaker.allows(now + 119s));
     EXPECT_TRUE(breaker.allows(now + 120s));
     breaker.succeeded();
@@ -243,20 +245,46 @@ TEST(CircuitBreaker, OpensAfterThreeFailuresForLongerAndLonger) {
     EXPECT_TRUE(breaker.allows(now));
 }
 
+TEST(CircuitBreaker, ThoseWhoFailTogetherAreOneFailureOfAnOpenOne) {
+    CircuitBreaker breaker;
+    Clock::time_point now{};
+    for (int i = 0; i < 16; ++i)
+        breaker.failed(now);
+    EXPECT_FALSE(breaker.allows(now + 9s));
+    EXPECT_TRUE(breaker.allows(now + 10s));
+}
+
+TEST(UpstreamEngine, TheQueuesTimeIsTheSameHoweverOftenAServerIsWaitedFor) {
+    ScriptedUpstream busy(never);
+    auto times = quick();
+    times.pool.queue = 1s;
+    UpstreamEngine engine({server(busy, "whispercpp")}, times);
+    std::stop_source stop;
+    std::thread holds([&] { recognise(engine, tone(3, 0.3), {}, stop.get_token()); });
+    ASSERT_TRUE(eventually([&] { return busy.requests().size() == 1; }));
+    const auto began = Clock::now();
+    EXPECT_EQ(heard(engine), "failed");
+    EXPECT_LT(Clock::now() - began, 1900ms) << "a second round would wait a second time";
+    stop.request_stop();
+    holds.join();
+}
+
 TEST(UpstreamEngine, AServerThatWorksOnOneGetsOneAtATimeAndTheOtherOneTheRest) {
-    std::atomic<int> waiting = 0;
-    const auto slow = [&](const std::string&) {
-        ++waiting;
-        std::this_thread::sleep_for(50ms);
+    std::atomic<int> asking = 0;
+    ScriptedUpstream one([&](const std::string&) {
+        // The first answer comes when everybody is there, who would come in if they were let.
+        EXPECT_TRUE(eventually([&] { return asking == 6; }));
         return std::optional(jsonAnswer(200, R"({"text":"x"})"));
-    };
-    ScriptedUpstream one(slow);
+    });
     UpstreamEngine engine({server(one, "whispercpp")}, quick());
     std::vector<std::thread> threads;
     std::atomic<int> good = 0;
     threads.reserve(6);
     for (int i = 0; i < 6; ++i)
-        threads.emplace_back([&] { good += heard(engine) == "x" ? 1 : 0; });
+        threads.emplace_back([&] {
+            ++asking;
+            good += heard(engine) == "x" ? 1 : 0;
+        });
     for (auto& thread : threads)
         thread.join();
     EXPECT_EQ(good, 6);
