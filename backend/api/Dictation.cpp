@@ -186,7 +186,7 @@ std::variant<Dictated, DictationError> Dictation::run(ReadyTake& take, const OnD
     }
     // What will be written anew is not shown before.
     const bool rewritten = linguist_.writer() || translates(take);
-    SegmentText text(take, engine_.writesSentences(), rewritten ? OnDelta() : onDelta);
+    SegmentText text(take, !engine_.wantsRules(take.language), rewritten ? OnDelta() : onDelta);
     if (!take.prefix.empty())
         text.add({take.prefix, {}});
     if (const auto error = recognise(

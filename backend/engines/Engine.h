@@ -40,8 +40,9 @@ class Engine {
     virtual ~Engine() = default;
     virtual std::string_view name() const = 0;
     virtual bool speaks(std::string_view language) const = 0;
-    // Whether its text has capitals and punctuation already, so that no clean-up by rules is wanted.
-    virtual bool writesSentences() const { return false; }
+    // Whether the rules of English are to make sentences of its words, which have neither capitals nor
+    // punctuation then. An empty language: nobody knows.
+    virtual bool wantsRules(std::string_view) const { return true; }
     // Loads what the first recognition would load. Blocks.
     virtual void warmUp() = 0;
     virtual Recognition recognise(const RecognitionJob& job, const OnSegment& onSegment,

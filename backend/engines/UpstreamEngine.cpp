@@ -69,6 +69,8 @@ std::vector<PooledServer> serversOf(const std::vector<SpeechUpstream>& upstreams
     return servers;
 }
 
+bool maybeEnglish(std::string_view language) { return language.empty() || language == "en"; }
+
 void putNumber(std::string& out, std::uint32_t value, int bytes) {
     for (int i = 0; i < bytes; ++i)
         out += static_cast<char>(value >> (8 * i) & 0xffU);
@@ -77,7 +79,12 @@ void putNumber(std::string& out, std::uint32_t value, int bytes) {
 } // namespace
 
 UpstreamEngine::UpstreamEngine(std::vector<SpeechUpstream> upstreams, UpstreamTimes times)
-    : upstreams_(std::move(upstreams)), times_(times), pool_("speech", serversOf(upstreams_), times.pool) {}
+    : upstreams_(std::move(upstreams)), times_(times),
+      plain_(std::none_of(upstreams_.begin(), upstreams_.end(),
+                          [](const SpeechUpstream& upstream) { return upstream.profile->sentences; })),
+      pool_("speech", serversOf(upstreams_), times.pool) {}
+
+bool UpstreamEngine::wantsRules(std::string_view language) const { return plain_ && maybeEnglish(language); }
 
 Recognition UpstreamEngine::recognise(const RecognitionJob& job, const OnSegment& onSegment,
                                       std::stop_token stop) try {
@@ -110,8 +117,8 @@ Attempt UpstreamEngine::ask(const SpeechUpstream& upstream, Samples part, const 
     const auto attempt = upstream.profile->protocol == SpeechProtocol::openai
                              ? askHttp(upstream, part, job, before, text, stop)
                              : askSocket(upstream, part, job, text, stop);
-    const bool english = job.language.empty() || job.language == "en";
-    if (attempt.end == Attempt::End::done && !upstream.profile->sentences && english) {
+    const bool ruled = !plain_ && !upstream.profile->sentences && maybeEnglish(job.language);
+    if (attempt.end == Attempt::End::done && ruled) {
         CleanUp cleanUp(before);
         text = cleanUp.add(text);
         text += cleanUp.finish();

@@ -38,8 +38,10 @@ class Conversation {
         socket_.set_option(
             beast::websocket::stream_base::timeout{call_.connectTime, call_.answerTime, false});
         socket_.read_message_max(longestAnswer);
-        co_await socket_.async_handshake(call_.address.host + ':' + call_.address.port, call_.address.path,
-                                         asio::use_awaitable);
+        const bool six = call_.address.host.find(':') != std::string::npos;
+        const auto host =
+            (six ? '[' + call_.address.host + ']' : call_.address.host) + ':' + call_.address.port;
+        co_await socket_.async_handshake(host, call_.address.path, asio::use_awaitable);
     }
 
     asio::awaitable<void> sendText(std::string text) {
@@ -64,6 +66,8 @@ class Conversation {
         const auto* text = value.as_object().if_contains("text");
         if (text && text->is_string() && !text->as_string().empty())
             words += (words.empty() ? "" : " ") + std::string(text->as_string());
+        if (words.size() > longestSocketText)
+            throw std::runtime_error("a transcript without end");
     }
 
  private:

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engines/SocketSpeech.h"
 
+#include <algorithm>
 #include <bit>
 #include <boost/asio/read.hpp>
 #include <boost/asio/read_until.hpp>
@@ -143,6 +144,8 @@ asio::awaitable<void> listen(Conversation& conversation, std::string& text) {
             text = pieces;
         if (event.type == "transcript")
             text = textIn(event.data, "text");
+        if (std::max(pieces.size(), text.size()) > longestSocketText)
+            throw std::runtime_error("a transcript without end");
         if (event.type == "transcript" || event.type == "transcript-stop")
             co_return;
     }

@@ -149,8 +149,12 @@ const Apertium::Pair* Apertium::likeliest(const std::vector<Pair>& pairs, std::s
     const auto own = unknownIn(text);
     const Pair* best = nullptr;
     double least = mostUnknown;
+    const auto latest = std::chrono::steady_clock::now() + seconds(8);
     for (const auto& pair : pairs) {
-        const auto marked = run(pair.mode, text, true, seconds(8), stop);
+        const auto left = latest - std::chrono::steady_clock::now();
+        if (left <= seconds(0))
+            break;
+        const auto marked = run(pair.mode, text, true, std::chrono::ceil<milliseconds>(left), stop);
         const auto stars = unknownIn(marked);
         const double unknown = static_cast<double>(stars - std::min(own, stars)) / words;
         if (marked.empty() || unknown >= least)

@@ -27,7 +27,7 @@ class Apertium {
 
     // Codes as clients send them: "en", "pt-BR". Without a source, the one whose words are known best.
     bool speaks(std::string_view source, std::string_view target) const;
-    // Blocks for up to 20 s.
+    // Blocks for up to 20 s, and 8 s more to find out the source.
     Translation translate(std::string_view text, std::string_view source, std::string_view target,
                           const std::stop_token& stop) const;
 

@@ -107,10 +107,10 @@ std::optional<std::string> readAll(int from, int stopped, Clock::time_point late
 }
 
 // A program that has closed its output is about to end; who does not is helped.
-int statusOf(pid_t pid, Clock::time_point latest) {
+int statusOf(pid_t pid, Clock::time_point latest, const std::stop_token& stop) {
     siginfo_t info{};
     while (waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOHANG | WNOWAIT) == 0 &&
-           info.si_pid == 0 && Clock::now() < latest)
+           info.si_pid == 0 && Clock::now() < latest && !stop.stop_requested())
         ::poll(nullptr, 0, 1);
     ::kill(-pid, SIGKILL); // before it is reaped, so that the number is still its own
     int status = -1;
@@ -137,7 +137,7 @@ std::optional<std::string> filter(const std::vector<std::string>& command, std::
         return std::nullopt;
     const std::stop_callback wake(stop, [&] { eventfd_write(stopped.get(), 1); });
     auto output = readAll(from.get(), stopped.get(), latest, bounds.bytes);
-    const int status = statusOf(pid, output ? latest : Clock::now());
+    const int status = statusOf(pid, output ? latest : Clock::now(), stop);
     if (!WIFEXITED(status) || WEXITSTATUS(status) != 0)
         return std::nullopt;
     return output;

@@ -30,7 +30,7 @@ class ScriptedEngine : public Engine {
 
     std::string_view name() const override { return "scripted"; }
     bool speaks(std::string_view language) const override { return language != "ru"; }
-    bool writesSentences() const override { return record_.sentences; }
+    bool wantsRules(std::string_view) const override { return !record_.sentences; }
     void warmUp() override {}
     Recognition recognise(const RecognitionJob& job, const OnSegment& onSegment,
                           std::stop_token stop) override {

@@ -134,6 +134,17 @@ TEST(Wyoming, ABrokenServerLeavesTheTakeToTheNext) {
     }
 }
 
+TEST(Wyoming, ATranscriptWithoutEndLeavesTheTakeToTheNext) {
+    const auto piece = wyomingEvent("transcript-chunk", R"({"text":")" + std::string(50'000, 'x') + "\"}");
+    std::string endless;
+    for (int i = 0; i < 30; ++i)
+        endless += piece;
+    const ScriptedWyoming first(endless + wyomingEvent("transcript-stop", "{}"));
+    const ScriptedWyoming second(wyomingEvent("transcript", R"({"text":"Second."})"));
+    UpstreamEngine engine({wyoming(first), wyoming(second)}, quick());
+    EXPECT_EQ(recognise(engine, tone(1, 0.3)).segments, std::vector<std::string>{"Second."});
+}
+
 TEST(Wyoming, AnEmptyTranscriptIsNoSpeech) {
     const ScriptedWyoming server(wyomingEvent("transcript", R"({"text":""})"));
     UpstreamEngine engine({wyoming(server)}, quick());
@@ -157,17 +168,30 @@ TEST(Vosk, ATakeGoesOutInPiecesAndEndsWithTheVeryWordThatTheServerCompares) {
     const ScriptedVosk server({R"({"partial":"hel"})", R"({"text":"hello there"})", R"({"partial":""})",
                                R"({"text":"how are you"})"});
     const auto samples = tone(2.5, 0.3);
-    EXPECT_EQ(heard(vosk(server), samples), "Hello there how are you.");
+    EXPECT_EQ(heard(vosk(server), samples), "hello there how are you");
     const auto request = server.requests().at(0);
     EXPECT_EQ(request.texts,
               (std::vector<std::string>{R"({"config":{"sample_rate":16000}})", R"({"eof" : 1})"}));
     EXPECT_EQ(request.sound, bytesOf(samples));
 }
 
-TEST(Vosk, WordsOfAnotherLanguageThanEnglishAreLeftAsTheyCome) {
-    const ScriptedVosk server({R"({"partial":""})", R"({"text":"привет мир"})"});
-    UpstreamEngine engine({vosk(server)}, quick());
-    EXPECT_EQ(recognise(engine, tone(1, 0.3), "ru").segments, std::vector<std::string>{"привет мир"});
+TEST(Vosk, AloneItLeavesEnglishToTheRulesOfTheTake) {
+    const ScriptedVosk server({R"({"partial":""})", R"({"text":"x"})"});
+    const ScriptedWyoming other(wyomingEvent("transcript", R"({"text":"X."})"));
+    EXPECT_TRUE(UpstreamEngine({vosk(server)}, quick()).wantsRules("en"));
+    EXPECT_TRUE(UpstreamEngine({vosk(server)}, quick()).wantsRules(""));
+    EXPECT_FALSE(UpstreamEngine({vosk(server)}, quick()).wantsRules("ru"));
+    EXPECT_FALSE(UpstreamEngine({vosk(server), wyoming(other)}, quick()).wantsRules("en"));
+}
+
+TEST(Vosk, AmongServersThatWriteSentencesItsEnglishBecomesOnesAndOtherLanguagesAreLeftAsTheyCome) {
+    const ScriptedVosk server(std::vector<std::string>(4, R"({"text":"hello there"})"));
+    const ScriptedWyoming broken("");
+    for (const auto& [language, text] :
+         {std::pair("en", "Hello there hello there."), std::pair("ru", "hello there hello there")}) {
+        UpstreamEngine engine({wyoming(broken), vosk(server)}, quick());
+        EXPECT_EQ(recognise(engine, tone(1, 0.3), language).segments, std::vector<std::string>{text});
+    }
 }
 
 TEST(Vosk, ABrokenServerLeavesTheTakeToTheNext) {
@@ -177,8 +201,16 @@ TEST(Vosk, ABrokenServerLeavesTheTakeToTheNext) {
         const ScriptedVosk first(answers);
         const ScriptedVosk second({R"({"partial":""})", R"({"text":"second"})"});
         UpstreamEngine engine({vosk(first), vosk(second)}, quick());
-        EXPECT_EQ(recognise(engine, tone(1, 0.3)).segments, std::vector<std::string>{"Second"});
+        EXPECT_EQ(recognise(engine, tone(1, 0.3)).segments, std::vector<std::string>{"second"});
     }
+}
+
+TEST(Vosk, ATranscriptWithoutEndLeavesTheTakeToTheNext) {
+    const ScriptedVosk first(std::vector<std::string>(4, R"({"text":")" + std::string(500'000, 'x') + "\"}"));
+    const ScriptedVosk second(std::vector<std::string>(4, R"({"text":"second"})"));
+    UpstreamEngine engine({vosk(first), vosk(second)}, quick());
+    const auto outcome = recognise(engine, tone(3, 0.3), "ru");
+    EXPECT_EQ(outcome.segments, std::vector<std::string>{"second second second second"});
 }
 
 TEST(Vosk, AServerOfAnotherProtocolIsNoVosk) {
