@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t shortText = 6;    // words
 constexpr double sharedWhenShort = 0.5; // one word in two may be put right there
-constexpr std::size_t someLength = 10;  // words
+constexpr std::size_t someLength = 4;   // words; of fewer, one may be all that was meant
 
 bool hasDigit(const std::string& word) {
     return std::any_of(word.begin(), word.end(), [](char c) { return c >= '0' && c <= '9'; });
