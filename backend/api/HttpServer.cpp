@@ -29,9 +29,13 @@ struct Lane {
 };
 
 net::awaitable<void> keepSession(std::shared_ptr<HttpSession> session, Lane& lane) {
+    struct Kept { // until the end, whatever is thrown
+        Lane& lane;
+        HttpSession* session;
+        ~Kept() { lane.sessions.erase(session); }
+    } const kept{lane, session.get()};
     lane.sessions.insert(session.get());
     co_await session->run();
-    lane.sessions.erase(session.get());
 }
 
 } // namespace

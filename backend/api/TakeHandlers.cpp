@@ -68,16 +68,29 @@ bool takeAdmitted(const Services& services, const Request& request, std::string_
     }
 }
 
-// Counts the words of a take that came from a telephone, each take once, and tells how the day stands. What
+// Each take once; a take of which the words could not be added is not counted yet.
+void countWords(Storage& storage, const Request& request, const std::string& text) {
+    const auto take = sha256(request.takeId);
+    if (!request.takeId.empty() && !storage.firstOfTake(request.device, take, "words"))
+        return;
+    try {
+        storage.addPhoneWords(request.device, static_cast<std::int64_t>(wordCount(text)));
+    } catch (const StorageError&) {
+        if (!request.takeId.empty())
+            storage.forgetTake(request.device, take, "words");
+        throw;
+    }
+}
+
+// Counts the words of a take that came from a telephone, and tells how the day stands. What
 // the store cannot do is no reason to lose a take.
 std::optional<DailyGoal> goalAfter(const Services& services, const Request& request,
                                    const std::string& text) {
     auto& storage = services.storage;
     try {
         const bool phone = !request.platform.empty() && request.platform != "mac";
-        if (phone &&
-            (request.takeId.empty() || storage.firstOfTake(request.device, sha256(request.takeId), "words")))
-            storage.addPhoneWords(request.device, static_cast<std::int64_t>(wordCount(text)));
+        if (phone)
+            countWords(storage, request, text);
         return goalOf(storage.phoneWords(request.device), storage.today(), services.options.phoneGoal);
     } catch (const StorageError& error) {
         logLine(std::string("no goal, the store failed: ") + error.what());
