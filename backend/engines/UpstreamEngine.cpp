@@ -114,9 +114,9 @@ Recognition UpstreamEngine::recognise(const RecognitionJob& job, const OnSegment
 
 Attempt UpstreamEngine::ask(const SpeechUpstream& upstream, Samples part, const RecognitionJob& job,
                             std::string_view before, std::string& text, const std::stop_token& stop) const {
-    const auto attempt = upstream.profile->protocol == SpeechProtocol::openai
-                             ? askHttp(upstream, part, job, before, text, stop)
-                             : askSocket(upstream, part, job, text, stop);
+    auto attempt = upstream.profile->protocol == SpeechProtocol::openai
+                       ? askHttp(upstream, part, job, before, text, stop)
+                       : askSocket(upstream, part, job, text, stop);
     const bool ruled = !plain_ && !upstream.profile->sentences && maybeEnglish(job.language);
     if (attempt.end == Attempt::End::done && ruled) {
         CleanUp cleanUp(before);
