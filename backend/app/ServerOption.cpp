@@ -34,6 +34,11 @@ bool isAddress(const ChatProfile&, const std::string& url) {
     return isSpeechAddress(SpeechProtocol::openai, url);
 }
 
+bool namesUser(std::string_view url) {
+    const auto host = url.substr(url.find("://") + 3);
+    return host.substr(0, host.find('/')).find('@') != std::string_view::npos;
+}
+
 template <class Server, class Profile>
 void readSetting(const List<Profile>& list, const std::string& word, Server& server) {
     if (word.starts_with("model="))
@@ -41,7 +46,8 @@ void readSetting(const List<Profile>& list, const std::string& word, Server& ser
     else if (word.starts_with("key-file="))
         server.key = firstLineOf(word.substr(9), list.key);
     else
-        list.fail('"' + word + "\" is neither model=NAME nor key-file=FILE");
+        // What stands after the sign may be a key.
+        list.fail('"' + word.substr(0, word.find('=')) + "\" is neither model=NAME nor key-file=FILE");
 }
 
 template <class Server, class Profile>
@@ -58,6 +64,8 @@ Server readServer(const List<Profile>& list, const std::string& entry) {
                   (kind == "wyoming" ? "tcp://"
                    : kind == "vosk"  ? "ws://"
                                      : "http:// or https://"));
+    if (namesUser(server.url))
+        list.fail("no user and password in an address, which the log tells; use key-file=FILE");
     while (server.url.ends_with('/'))
         server.url.pop_back();
     for (std::string word; words >> word;)

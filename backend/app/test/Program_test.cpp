@@ -282,7 +282,9 @@ TEST_F(ProgramTest, AnErrorNamesTheKeyAndWhereItStands) {
         {"speech = sphinx http://x\n", "speech: \"sphinx\" is no kind"},
         {"speech = generic x\n", "speech: after generic"},
         {"speech = openai https://x\n", "speech: openai wants a model"},
-        {"speech = generic http://x lang=en\n", "speech: \"lang=en\" is neither"},
+        {"speech = generic http://x lang=en\n", "speech: \"lang\" is neither"},
+        {"speech = generic http://me:hunter2@x\n", "speech: no user and password"},
+        {"language = generic https://me:hunter2@x/y\n", "language: no user and password"},
         {"speech = generic http://x key-file=/absent\n", "speech: /absent cannot be read"},
         {"language = whispercpp http://x\n", "language: \"whispercpp\" is no kind"},
         {"language = vllm http://x\n", "language: vllm wants a model"},
@@ -293,6 +295,7 @@ TEST_F(ProgramTest, AnErrorNamesTheKeyAndWhereItStands) {
         EXPECT_GT(ended.status, 100) << text;
         EXPECT_NE(ended.log.find(expected), std::string::npos) << text << ended.log;
         EXPECT_EQ(ended.out, "") << text;
+        EXPECT_EQ(ended.log.find("hunter2"), std::string::npos) << text << ended.log;
     }
     EXPECT_NE(ran(folder_, {}, {{"LORVANE_BACKEND_IO_THREADS", "900"}})
                   .log.find("LORVANE_BACKEND_IO_THREADS: io-threads: "),
