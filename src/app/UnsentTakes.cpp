@@ -20,6 +20,9 @@ const auto prefixKey = QStringLiteral("prefix");
 const auto secondsKey = QStringLiteral("seconds");
 const auto createdKey = QStringLiteral("createdAt");
 
+/// The history gathers its changes for a moment before it writes them; only then may the take go.
+constexpr Duration untilWritten = std::chrono::milliseconds(500);
+
 double inUnixSeconds(WallTime time) { return inSeconds(time.time_since_epoch()); }
 
 /// Empty when the file is no take; absent when it cannot be read.
@@ -108,6 +111,7 @@ QCoro::Task<bool> UnsentTakes::deliverOne(QString file, DictationEndpoints& endp
     const QString text = result->text.trimmed();
     if (!text.isEmpty()) {
         journal.add(deliveredFrom(*kept, text, *result));
+        co_await sleep(foundation_.clock, untilWritten, scope);
         foundation_.log.diagLog(
             QStringLiteral("[tirra-dictate] the text of a take of before is in the history"));
     }
