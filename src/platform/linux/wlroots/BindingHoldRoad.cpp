@@ -126,15 +126,17 @@ void BindingHoldRoad::leftoversGone(const QJsonDocument& answer) {
     }
     become(State::there, {});
     bindWatched();
-    if (std::any_of(results.begin(), results.end(), isSuccess)) {
-        // A run that was cut short in the middle of a hold has left those of other keys too.
-        std::set<int> ours;
-        for (const HoldKeyPlace& place : places_) {
-            ours.insert(place.key);
-        }
-        for (const HoldKeyPlace& place : places_) {
-            socket_.run(removalOf(otherKeys(place.chords, ours)));
-        }
+    // A run that was cut short in the middle of a hold has left those of other keys too.
+    hasLeftovers_ = std::any_of(results.begin(), results.end(), isSuccess);
+}
+
+void BindingHoldRoad::takeAwayLeftoverChords() {
+    std::set<int> ours;
+    for (const HoldKeyPlace& place : places_) {
+        ours.insert(place.key);
+    }
+    for (const HoldKeyPlace& place : places_) {
+        socket_.run(removalOf(otherKeys(place.chords, ours)));
     }
 }
 
@@ -276,6 +278,9 @@ void BindingHoldRoad::released(const HoldKeyPlace& place) {
     held_.reset();
     mayBeArmed_ = false;
     bindWatched();
+    if (std::exchange(hasLeftovers_, false)) {
+        takeAwayLeftoverChords();
+    }
     if (isWatched(place.keyCode)) {
         tell(place.keyCode, HoldEdgeKind::up);
     }

@@ -46,6 +46,7 @@ class BindingHoldRoad final : public HoldRoad {
     void connected();
     void takeAwayLeftovers();
     void leftoversGone(const QJsonDocument& answer);
+    void takeAwayLeftoverChords();
     void lost();
     void become(State state, const QString& obstacle);
     void handle(const CompositorSocket::Event& event);
@@ -82,6 +83,8 @@ class BindingHoldRoad final : public HoldRoad {
     /// Bindings for other keys stand, and one of their keys may be down.
     bool mayBeArmed_ = false;
     bool escapeStays_ = false;
+    /// Of an earlier run, for other keys: they do nothing, and go at a moment when no key is down.
+    bool hasLeftovers_ = false;
     Signal<> changed_;
     std::vector<Handle> subscriptions_;
 };

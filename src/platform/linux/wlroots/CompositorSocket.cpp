@@ -102,6 +102,8 @@ void CompositorSocket::request(std::uint32_t type, const QByteArray& payload, Re
     }
     open_.push_back({type, std::move(reply)});
     socket_.write(encodeIpc({type, payload}));
+    // Not when the event loop comes round to it: the next key may be down by then.
+    socket_.flush();
 }
 
 void CompositorSocket::run(const QStringList& commands, const Reply& reply) {

@@ -195,7 +195,13 @@ TEST_F(BindingHoldRoadTest, LeftoversOfACrashedRunAreTakenAway) {
     compositor.bound = {upFlags + "105", downFlags + "Shift+134", upFlags + "Control+54"};
     begin();
     waitForOffer();
-    EXPECT_TRUE(waitUntil([&] { return compositor.bound.isEmpty(); }));
+    EXPECT_TRUE(waitUntil([&] { return compositor.bound == QSet<QString>{upFlags + "Control+54"}; }));
+    watch({keyCode::rightControl});
+    ASSERT_TRUE(waitForBound(upFlags + "105"));
+    compositor.press(105);
+    compositor.release(105);
+    EXPECT_TRUE(waitForEdges({"62 down", "62 up"}));
+    EXPECT_TRUE(waitUntil([&] { return !compositor.bound.contains(upFlags + "Control+54"); }));
 }
 
 TEST_F(BindingHoldRoadTest, KeyOfTheUsersOwnIsNotOffered) {
