@@ -251,7 +251,7 @@ TEST_P(DatabaseOutage, KnownPeopleDictateAndNobodyRegisters) {
     const auto status = [this](const char* path) {
         return request(ports_[0], {"GET", path, "", "", "", "", ""}).status;
     };
-    const auto registering = [this](std::uint16_t port) {
+    const auto registering = [](std::uint16_t port) {
         return request(port, {"POST", "/api/register", "", "application/json", "", "",
                               R"({"device":"00000000-0000-4000-8000-000000000002"})"})
             .status;

@@ -111,16 +111,11 @@ TEST(Wyoming, ABrokenServerLeavesTheTakeToTheNext) {
         "",
         "no json\n",
         "[1]\n",
-        R"({"type":"transcript","data_length":-1})"
-        "\n",
-        R"({"type":"transcript","data_length":99999999999})"
-        "\n",
-        R"({"type":"transcript","payload_length":"x"})"
-        "\n",
-        R"({"type":"transcript","data_length":20})"
-        "\n{}",
-        R"({"type":"transcript","data_length":3})"
-        "\nabc",
+        "{\"type\":\"transcript\",\"data_length\":-1}\n",
+        "{\"type\":\"transcript\",\"data_length\":99999999999}\n",
+        "{\"type\":\"transcript\",\"payload_length\":\"x\"}\n",
+        "{\"type\":\"transcript\",\"data_length\":20}\n{}",
+        "{\"type\":\"transcript\",\"data_length\":3}\nabc",
         wyomingEvent("error", R"({"text":"out of memory"})"),
         wyomingEvent("transcript-chunk", R"({"text":"half"})"),
         std::string(70'000, 'x'),
