@@ -4,6 +4,8 @@
 #include "base/PreferenceCatalogue.h"
 #include "input/HoldKeys.h"
 
+#include <QStringList>
+
 #include <algorithm>
 
 namespace lorvane {
@@ -90,6 +92,7 @@ void HoldRoadKeyEvents::roadChanged(HoldRoad& road) {
 void HoldRoadKeyEvents::follow() {
     const std::vector<Choice> choices = wanted();
     dropAllBut(choices);
+    QStringList taken;
     std::map<HoldRoad*, std::vector<int>> keys;
     for (const Choice& choice : choices) {
         const int code = choice.key.keyCode;
@@ -101,7 +104,7 @@ void HoldRoadKeyEvents::follow() {
                     HoldPressListener{
                         [this, code](bool isDown, Instant time) { moved(code, isDown, time); },
                         [this](Instant time) { deliver(KeyEventKind::keyDown, firstOtherKeyCode, time); }});
-                log_.diagLog(
+                taken.append(
                     QStringLiteral("[tirra-keys] key %1 comes by %2").arg(code).arg(choice.road->name()));
             }
             watched_.emplace(code, Watched{choice, std::move(press)});
@@ -110,6 +113,10 @@ void HoldRoadKeyEvents::follow() {
     }
     for (HoldRoad* const road : roads_) {
         watch(*road, std::move(keys[road]));
+    }
+    // Whoever reads it may count on the key.
+    for (const QString& line : taken) {
+        log_.diagLog(line);
     }
     roadsChanged_.emit();
 }
