@@ -21,8 +21,8 @@ void writeEmptyArray(QDBusArgument& out) {
     out.endArray();
 }
 
-/// The fields of the structure, behind class name and attachments; absent when it is not of that class.
-std::optional<QDBusArgument> fieldsOf(const QVariant& received, const char* className) {
+/// The text behind class name and attachments; absent when it is not of that class.
+std::optional<QString> firstText(const QVariant& received, const char* className) {
     QVariant value = received;
     while (value.metaType() == QMetaType::fromType<QDBusVariant>()) {
         value = value.value<QDBusVariant>().variant();
@@ -36,19 +36,15 @@ std::optional<QDBusArgument> fieldsOf(const QVariant& received, const char* clas
     }
     QString name;
     QVariantMap attachments;
-    in.beginStructure();
-    in >> name >> attachments;
-    return name == QLatin1String(className) ? std::optional(in) : std::nullopt;
-}
-
-std::optional<QString> firstText(const QVariant& received, const char* className) {
-    const auto fields = fieldsOf(received, className);
-    if (!fields) {
-        return std::nullopt;
-    }
     QString text;
-    *fields >> text;
-    return text;
+    in.beginStructure();
+    in >> name >> attachments >> text;
+    // Qt loses memory where a structure is left before its end.
+    while (!in.atEnd()) {
+        in.asVariant();
+    }
+    in.endStructure();
+    return name == QLatin1String(className) ? std::optional(text) : std::nullopt;
 }
 
 QDBusArgument& operator<<(QDBusArgument& out, const AttributeList& /*list*/) {
