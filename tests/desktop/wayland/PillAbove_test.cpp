@@ -17,6 +17,7 @@ constexpr QColor recording(200, 89, 62);
 constexpr QColor resting(199, 194, 186); // of the bars at rest
 constexpr QRect capsule(572, 774, 136, 22);
 constexpr QPoint middle(640, 785);
+constexpr std::chrono::milliseconds twiceATap{700};
 
 bool isNear(const QColor& seen, const QColor& wanted) {
     constexpr int tolerance = 14;
@@ -44,6 +45,14 @@ class PillAbove : public DictationDesk {
                     : ::testing::AssertionFailure() << "not in the picture " << name.toStdString();
     }
 
+    /// The recording has gone on for longer than a tap lasts, so that its end sends it.
+    [[nodiscard]] bool isMoreThanATap() const {
+        return waitUntil([this] {
+            return program->phase() == QStringLiteral("recording") &&
+                   std::chrono::steady_clock::now() - program->lastPhaseAt() > twiceATap;
+        });
+    }
+
     static void fillScreen(const DesktopApp& editor) {
         session::makeFullscreen(editor.window());
         ASSERT_TRUE(waitUntil([] {
@@ -61,6 +70,7 @@ TEST_F(PillAbove, ItShowsATakeAboveAFullscreenWindowWhichKeepsTheKeyboard) {
     hand.press(holdKey);
     EXPECT_TRUE(shows(recording, QStringLiteral("pill-recording")));
     EXPECT_EQ(windows::active().id, editor->window());
+    EXPECT_TRUE(isMoreThanATap());
     hand.release(holdKey);
     EXPECT_TRUE(goesThrough(delivered));
     EXPECT_EQ(editor->waitForText(heard), heard);
