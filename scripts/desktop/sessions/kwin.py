@@ -22,6 +22,12 @@ Use=true
 LayoutList={layouts}
 VariantList={variants}
 """
+# Else the wallet's dialog for the first use comes up and takes the focus.
+_WALLET = """\
+[Wallet]
+Enabled=false
+First Use=false
+"""
 
 
 class Kwin(WaylandSession):
@@ -65,6 +71,8 @@ class Kwin(WaylandSession):
         layouts, variants = split(self.options.layout)
         with open(f"{desktop.environment['XDG_CONFIG_HOME']}/kxkbrc", "w", encoding="utf-8") as file:
             file.write(_LAYOUT.format(layouts=layouts, variants=variants))
+        with open(f"{desktop.environment['XDG_CONFIG_HOME']}/kwalletrc", "w", encoding="utf-8") as file:
+            file.write(_WALLET)
 
     def compositor_ready(self, desktop):
         self.take_told(desktop, "kwin_wayland", ("DISPLAY", "WAYLAND_DISPLAY", "XAUTHORITY"))
