@@ -49,12 +49,28 @@ class Watch {
     constructor(sender, keys, kept) {
         this.sender = sender;
         this.down = new Set();
-        // The sender is the program, by its name on the bus. Until then nothing is told.
-        this.isProgram = false;
+        // The sender is the program, by its name on the bus; undefined until the bus has said so, and what moves
+        // meanwhile is told then.
+        this.isProgram = undefined;
+        this._untold = [];
         this._keys = new Set(keys);
         this._monitor = global.backend.get_core_idle_monitor();
         this._grabs = kept.map(key => this._keep(key)).filter(grab => grab !== Meta.KeyBindingAction.NONE);
         this._awaitInput();
+    }
+
+    // A key that is held while its user asks for another one too goes on being held.
+    follow(before) {
+        this.down = before.down;
+        this.isProgram = before.isProgram;
+        this._untold = before._untold;
+    }
+
+    know(isProgram) {
+        this.isProgram = isProgram;
+        const untold = this._untold;
+        this._untold = [];
+        untold.forEach(moved => this._send(moved));
     }
 
     end() {
@@ -112,9 +128,17 @@ class Watch {
     }
 
     _tell(key, isDown, event) {
+        const moved = [key, isDown, event.get_time(), isVirtual(event)];
+        if (this.isProgram === undefined)
+            this._untold.push(moved);
+        else
+            this._send(moved);
+    }
+
+    _send(moved) {
         if (this.isProgram) {
             Gio.DBus.session.emit_signal(this.sender, OBJECT, 'com.ostrand.tirra.ShellKeys1', 'Key',
-                new GLib.Variant('(ubub)', [key, isDown, event.get_time(), isVirtual(event)]));
+                new GLib.Variant('(ubub)', moved));
         }
     }
 }
@@ -175,11 +199,8 @@ class ShellKeys {
         // First, since a key that is kept already cannot be kept once more.
         this._endWatch();
         const watch = new Watch(sender, keys, kept);
-        if (before) {
-            // A key that is held while its user asks for another one too goes on being held.
-            watch.down = before.down;
-            watch.isProgram = before.isProgram;
-        }
+        if (before)
+            watch.follow(before);
         this._watch = watch;
         this._gone = watchName(sender, null, () => this._endWatch());
         // It may take the name a moment later.
@@ -187,7 +208,7 @@ class ShellKeys {
     }
 
     _programIs(owner) {
-        this._watch.isProgram = owner === this._watch.sender;
+        this._watch.know(owner === this._watch.sender);
         if (owner && !this._watch.isProgram)
             this._endWatch();
     }
