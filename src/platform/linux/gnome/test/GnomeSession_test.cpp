@@ -168,6 +168,16 @@ TEST_F(InTheShell, AnExtensionThatIsSwitchedOffAndOnAgainIsFollowed) {
     EXPECT_TRUE(sees(4));
 }
 
+TEST_F(InTheShell, AKeyIsToldThatMovesBeforeABusyShellKnowsWhoWatches) {
+    gnomeShell::keepBusy(std::chrono::milliseconds(300));
+    const Handle watching =
+        road.watch({keyCode::rightControl}, [this](const HoldEdge& edge) { edges.push_back(edge); });
+    hand.tap(keycode::rightControl);
+    ASSERT_TRUE(sees(2));
+    const decltype(seen()) expected{{keyCode::rightControl, down}, {keyCode::rightControl, up}};
+    EXPECT_EQ(seen(), expected);
+}
+
 TEST_F(InTheShell, AThousandPressesWithOtherKeysInBetweenLoseNoEdge) {
     const Handle watching = watch({keyCode::rightControl});
     std::size_t expected = 0;

@@ -11,15 +11,25 @@
 
 namespace lorvane::gnomeShell {
 
-/// What an expression is inside the shell, which evaluates for everyone as the virtual desktop has it.
-inline QString evaluate(const QString& expression) {
+inline QDBusMessage evaluation(const QString& expression) {
     auto call =
         QDBusMessage::createMethodCall(QStringLiteral("org.gnome.Shell"), QStringLiteral("/org/gnome/Shell"),
                                        QStringLiteral("org.gnome.Shell"), QStringLiteral("Eval"));
     call << expression;
-    const QDBusMessage answer = QDBusConnection::sessionBus().call(call);
+    return call;
+}
+
+/// What an expression is inside the shell, which evaluates for everyone as the virtual desktop has it.
+inline QString evaluate(const QString& expression) {
+    const QDBusMessage answer = QDBusConnection::sessionBus().call(evaluation(expression));
     EXPECT_TRUE(answer.arguments().value(0).toBool()) << answer.arguments().value(1).toString().toStdString();
     return answer.arguments().value(1).toString();
+}
+
+/// Has it do nothing else for so long; returns at once.
+inline void keepBusy(std::chrono::milliseconds time) {
+    QDBusConnection::sessionBus().asyncCall(evaluation(
+        QStringLiteral("const end = Date.now() + %1; while (Date.now() < end); true").arg(time.count())));
 }
 
 inline bool hasExtension() {
