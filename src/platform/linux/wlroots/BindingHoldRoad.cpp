@@ -38,7 +38,8 @@ bool isUnknown(const QJsonValue& result) { return result.toObject()[QLatin1Strin
 BindingHoldRoad::BindingHoldRoad(const Foundation& foundation, CompositorSocket& socket)
     : clock_(foundation.clock), preferences_(foundation.preferences), log_(foundation.log), socket_(socket),
       table_(socket), places_(holdKeyPlaces(preferences_.get(preference::extraKey))),
-      obstacle_(QStringLiteral("the compositor has no command socket")) {
+      obstacle_(QStringLiteral("the compositor has no command socket")),
+      repeats_(clock_, socket, [this](bool hadRepeats) { repeatsEnded(hadRepeats); }) {
     subscriptions_.push_back(socket.onConnected([this] { connected(); }));
     subscriptions_.push_back(socket.onLost([this] { lost(); }));
     subscriptions_.push_back(socket.onEvent([this](const CompositorSocket::Event& event) { handle(event); }));
@@ -101,9 +102,14 @@ void BindingHoldRoad::connected() {
         table_.modeEntered(mode.isEmpty() ? QStringLiteral("default") : mode);
     });
     socket_.request(ipcType::getConfig, {}, [this](const QJsonDocument& answer) {
-        user_ = UserBindings::read(answer.object()[QLatin1String("config")].toString());
+        readConfiguration(answer);
         takeAwayLeftovers();
     });
+}
+
+void BindingHoldRoad::readConfiguration(const QJsonDocument& answer) {
+    user_ = UserBindings::read(answer.object()[QLatin1String("config")].toString());
+    repeats_.setDelay(std::chrono::milliseconds(user_.repeatDelay));
 }
 
 void BindingHoldRoad::takeAwayLeftovers() {
@@ -206,7 +212,7 @@ void BindingHoldRoad::handle(const CompositorSocket::Event& event) {
         mayBeArmed_ = false;
         table_.forgotten();
         socket_.request(ipcType::getConfig, {}, [this](const QJsonDocument& answer) {
-            user_ = UserBindings::read(answer.object()[QLatin1String("config")].toString());
+            readConfiguration(answer);
             changed_.emit();
         });
     }
@@ -247,10 +253,22 @@ void BindingHoldRoad::handleForeign(const QJsonObject& binding) {
 }
 
 void BindingHoldRoad::pressed(const HoldKeyPlace& place, std::uint8_t modifiers) {
-    if (held_ && held_->key != place.key) {
-        loseHeld();
+    if (held_ && held_->key == place.key) {
+        if (repeats_.canBeRepeat()) {
+            repeats_.repeated();
+            return;
+        }
+        repeatsEnded(false);
     }
+    loseHeld();
     held_ = place;
+    heldSince_ = clock_.now();
+    repeats_.pressed();
+    lookForOthers(place, modifiers);
+    tell(place.keyCode, HoldEdgeKind::down);
+}
+
+void BindingHoldRoad::lookForOthers(const HoldKeyPlace& place, std::uint8_t modifiers) {
     std::set<std::uint8_t> chords(place.chords.begin(), place.chords.end());
     for (const std::uint8_t mask : place.chords) {
         chords.insert(mask | modifiers);
@@ -267,7 +285,16 @@ void BindingHoldRoad::pressed(const HoldKeyPlace& place, std::uint8_t modifiers)
     KeyBindings bindings = table_.wanted();
     bindings.merge(otherKeys({chords.begin(), chords.end()}, watchedKeys));
     table_.want(std::move(bindings));
-    tell(place.keyCode, HoldEdgeKind::down);
+}
+
+/// Without a single repeat the other key came before the first one was due.
+void BindingHoldRoad::repeatsEnded(bool hadRepeats) {
+    if (held_ && !hadRepeats && observer_) {
+        const auto observer = observer_;
+        observer(
+            {firstOtherKeyCode, HoldEdgeKind::down, std::min(clock_.now(), heldSince_ + repeats_.delay())});
+    }
+    loseHeld();
 }
 
 /// No other key went down since the press, and this one is up: now nothing of ours is in use.
@@ -276,6 +303,7 @@ void BindingHoldRoad::released(const HoldKeyPlace& place) {
         return;
     }
     held_.reset();
+    repeats_.stop();
     mayBeArmed_ = false;
     bindWatched();
     if (std::exchange(hasLeftovers_, false)) {
@@ -296,6 +324,7 @@ void BindingHoldRoad::otherKey(int key) {
 }
 
 void BindingHoldRoad::loseHeld() {
+    repeats_.stop();
     if (const auto lost = std::exchange(held_, std::nullopt)) {
         mayBeArmed_ = true;
         tell(lost->keyCode, HoldEdgeKind::lost);

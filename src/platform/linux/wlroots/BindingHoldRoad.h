@@ -7,6 +7,7 @@
 #include "platform/linux/wlroots/BindingTable.h"
 #include "platform/linux/wlroots/CompositorSocket.h"
 #include "platform/linux/wlroots/HoldKeyPlaces.h"
+#include "platform/linux/wlroots/RepeatWatch.h"
 #include "platform/linux/wlroots/UserBindings.h"
 
 #include <memory>
@@ -20,7 +21,8 @@ namespace lorvane {
 ///
 /// sway runs no release binding when another key went down in between. So while a key is held, bindings for
 /// the release of the other keys stand beside it: the first of them says that there was a chord, and from
-/// then on the held key counts as lost.
+/// then on the held key counts as lost. A chord that was quicker than those bindings shows by the repeats of
+/// the held key, which end with it.
 class BindingHoldRoad final : public HoldRoad {
  public:
     BindingHoldRoad(const Foundation& foundation, CompositorSocket& socket);
@@ -55,6 +57,9 @@ class BindingHoldRoad final : public HoldRoad {
     void pressed(const HoldKeyPlace& place, std::uint8_t modifiers);
     void released(const HoldKeyPlace& place);
     void otherKey(int key);
+    void lookForOthers(const HoldKeyPlace& place, std::uint8_t modifiers);
+    void repeatsEnded(bool hadRepeats);
+    void readConfiguration(const QJsonDocument& answer);
     void loseHeld();
     void tell(int keyCode, HoldEdgeKind kind);
     /// The bindings of what is watched.
@@ -80,6 +85,8 @@ class BindingHoldRoad final : public HoldRoad {
     std::shared_ptr<const bool> alive_ = std::make_shared<const bool>(true);
     /// The key that is down.
     std::optional<HoldKeyPlace> held_;
+    Instant heldSince_;
+    RepeatWatch repeats_;
     /// Bindings for other keys stand, and one of their keys may be down.
     bool mayBeArmed_ = false;
     bool escapeStays_ = false;

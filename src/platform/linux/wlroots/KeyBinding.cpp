@@ -55,9 +55,8 @@ std::uint8_t bindingModifierFromName(const QString& name) {
 
 QString KeyBinding::addCommand() const {
     const bool isDown = edge == Edge::down;
-    return QStringLiteral("bindcode --no-warn %1%2 %3 nop lorvane-%4-%5-%6")
-        .arg(isDown ? QLatin1String("--no-repeat ") : QLatin1String(), flagsOf(edge), combination(*this),
-             isDown ? QLatin1String("down") : QLatin1String("up"))
+    return QStringLiteral("bindcode --no-warn %1 %2 nop lorvane-%3-%4-%5")
+        .arg(flagsOf(edge), combination(*this), isDown ? QLatin1String("down") : QLatin1String("up"))
         .arg(key)
         .arg(modifiers);
 }

@@ -29,7 +29,7 @@ constexpr std::uint8_t all = 31;
 /// the user's comes first where both are there (sway(5), `bindsym`).
 struct KeyBinding {
     enum class Edge {
-        down, ///< keeps the press from applications; not while the screen is locked
+        down, ///< keeps the press from applications, and repeats; not while the screen is locked
         up,   ///< a release after a press with no other key in between; keeps nothing from anyone
     };
     Edge edge = Edge::down;

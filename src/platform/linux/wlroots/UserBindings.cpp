@@ -8,6 +8,8 @@
 #include <QRegularExpression>
 #include <QStringList>
 
+#include <algorithm>
+
 namespace lorvane {
 
 namespace {
@@ -25,6 +27,17 @@ void readBinding(bool byCode, const QStringList& words, UserBindings& bindings) 
     }
     if (words.mid(1).join(QLatin1Char(' ')).contains(QLatin1String("reload"))) {
         bindings.reloading.insert(modifiers);
+    }
+}
+
+void readRepeat(const QStringList& words, UserBindings& bindings) {
+    const qsizetype delay = words.indexOf(QStringLiteral("repeat_delay"));
+    const qsizetype rate = words.indexOf(QStringLiteral("repeat_rate"));
+    if (delay >= 0 && bindings.repeatDelay > 0) {
+        bindings.repeatDelay = std::max(bindings.repeatDelay, words.value(delay + 1).toInt());
+    }
+    if (rate >= 0 && words.value(rate + 1).toInt() <= 0) {
+        bindings.repeatDelay = 0;
     }
 }
 
@@ -56,6 +69,7 @@ UserBindings UserBindings::read(const QString& config) {
         if (!words.isEmpty() && !words.first().startsWith(QLatin1Char('#'))) {
             words = block + words;
         }
+        readRepeat(words, bindings);
         const bool byCode = words.value(0) == QLatin1String("bindcode");
         if (!byCode && words.value(0) != QLatin1String("bindsym")) {
             continue;

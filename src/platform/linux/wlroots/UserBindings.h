@@ -15,6 +15,8 @@ struct UserBindings {
     std::set<int> keys;
     /// Modifiers with which some key loads the configuration anew.
     std::set<std::uint8_t> reloading;
+    /// Until a held key repeats, in milliseconds: the longest of any keyboard's; 0 when one never repeats.
+    int repeatDelay = 600;
 
     /// `config`: as sway's command GET_CONFIG gives it.
     [[nodiscard]] static UserBindings read(const QString& config);

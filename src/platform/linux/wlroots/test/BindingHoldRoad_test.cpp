@@ -44,6 +44,12 @@ class BindingHoldRoadTest : public ::testing::Test, public TestFoundation {
         EXPECT_EQ(edges, wanted);
         return came;
     }
+    /// All that the compositor has said has been heard.
+    void settle() {
+        bool answered = false;
+        socket->request(ipcType::getVersion, {}, [&](const QJsonDocument&) { answered = true; });
+        ASSERT_TRUE(waitUntil([&] { return answered; }));
+    }
     [[nodiscard]] bool offers(int key) const {
         const HoldOffer offer = road->offer();
         return std::any_of(offer.keys.begin(), offer.keys.end(),
@@ -123,6 +129,46 @@ TEST_F(BindingHoldRoadTest, AnotherWatchedKeyTakesTheFirstAway) {
     compositor.press(108);
     compositor.release(108);
     EXPECT_TRUE(waitForEdges({"62 down", "62 lost", "61 down", "61 up"}));
+}
+
+TEST_F(BindingHoldRoadTest, HeldKeyThatNeverRepeatsWasPartOfAChord) {
+    waitForOffer();
+    watch({keyCode::rightControl});
+    ASSERT_TRUE(waitForBound(upFlags + "105"));
+    compositor.press(105);
+    ASSERT_TRUE(waitForEdges({"62 down"}));
+    clock.advance(std::chrono::milliseconds(849));
+    EXPECT_TRUE(waitForEdges({"62 down"}));
+    clock.advance(std::chrono::milliseconds(1));
+    EXPECT_TRUE(waitForEdges({"62 down", "256 down", "62 lost"}));
+}
+
+TEST_F(BindingHoldRoadTest, KeyThatRepeatsIsHeldUntilItsRepeatsEnd) {
+    waitForOffer();
+    watch({keyCode::rightControl});
+    ASSERT_TRUE(waitForBound(upFlags + "105"));
+    compositor.press(105);
+    ASSERT_TRUE(waitForEdges({"62 down"}));
+    Duration step = std::chrono::milliseconds(600);
+    for (int i = 0; i < 100; ++i) {
+        clock.advance(step);
+        step = std::chrono::milliseconds(40);
+        compositor.press(105);
+        settle();
+        ASSERT_EQ(edges, QStringList("62 down")) << i;
+    }
+    clock.advance(std::chrono::milliseconds(250));
+    EXPECT_TRUE(waitForEdges({"62 down", "62 lost"}));
+}
+
+TEST_F(BindingHoldRoadTest, PressRightAfterAPressIsANewOne) {
+    waitForOffer();
+    watch({keyCode::rightControl});
+    ASSERT_TRUE(waitForBound(upFlags + "105"));
+    compositor.press(105);
+    compositor.press(105);
+    compositor.release(105);
+    EXPECT_TRUE(waitForEdges({"62 down", "256 down", "62 lost", "62 down", "62 up"}));
 }
 
 TEST_F(BindingHoldRoadTest, ModifierOfALeftHandIsToldAsSuch) {

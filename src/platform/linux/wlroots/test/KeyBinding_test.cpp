@@ -13,8 +13,7 @@ using Edge = KeyBinding::Edge;
 
 TEST(KeyBinding, CommandsSayKeyModifiersAndFlags) {
     const KeyBinding down{Edge::down, 105, bindingModifier::shift | bindingModifier::mod4};
-    EXPECT_EQ(down.addCommand(),
-              "bindcode --no-warn --no-repeat --inhibited Shift+Mod4+105 nop lorvane-down-105-9");
+    EXPECT_EQ(down.addCommand(), "bindcode --no-warn --inhibited Shift+Mod4+105 nop lorvane-down-105-9");
     EXPECT_EQ(down.removeCommand(), "unbindcode --inhibited Shift+Mod4+105");
     const KeyBinding up{Edge::up, 9, 0};
     EXPECT_EQ(up.addCommand(), "bindcode --no-warn --release --locked --inhibited 9 nop lorvane-up-9-0");
@@ -63,6 +62,17 @@ TEST(UserBindings, CombinationsOtherKeysAndCommentsDoNotCount) {
     EXPECT_TRUE(keysOf("bindsym Return exec term\nbindsym F1 nop").empty());
     EXPECT_TRUE(keysOf("# bindsym Control_R exec menu\n#bindsym Menu nop").empty());
     EXPECT_TRUE(keysOf("bindsym\nbindcode --release\n{\n}\n} }\nset $x").empty());
+}
+
+TEST(UserBindings, SlowestRepeatIsFound) {
+    const auto delayOf = [](const char* config) {
+        return UserBindings::read(QString::fromLatin1(config)).repeatDelay;
+    };
+    EXPECT_EQ(delayOf(""), 600);
+    EXPECT_EQ(delayOf("input * repeat_delay 300"), 600);
+    EXPECT_EQ(delayOf("input type:keyboard {\n repeat_delay 900\n repeat_rate 30\n}"), 900);
+    EXPECT_EQ(delayOf("input * repeat_rate 0\ninput * repeat_delay 700"), 0);
+    EXPECT_EQ(delayOf("repeat_delay"), 600);
 }
 
 TEST(UserBindings, ModifiersOfReloadAreFound) {

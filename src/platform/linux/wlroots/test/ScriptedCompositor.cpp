@@ -63,7 +63,7 @@ void ScriptedCompositor::runBinding(const QString& command, const QStringList& m
 }
 
 bool ScriptedCompositor::press(int key, const QString& modifiers) {
-    return runBound(QStringLiteral("--no-repeat --inhibited"), QStringLiteral("down"), key, modifiers);
+    return runBound(QStringLiteral("--inhibited"), QStringLiteral("down"), key, modifiers);
 }
 
 bool ScriptedCompositor::release(int key, const QString& modifiers) {
@@ -72,8 +72,7 @@ bool ScriptedCompositor::release(int key, const QString& modifiers) {
 
 bool ScriptedCompositor::runBound(const QString& flags, const QString& edge, int key,
                                   const QString& modifiers) {
-    const QString plainFlags = QString(flags).remove(QStringLiteral("--no-repeat "));
-    if (!bound.contains(plainFlags + ' ' + modifiers + QString::number(key))) {
+    if (!bound.contains(flags + ' ' + modifiers + QString::number(key))) {
         return false;
     }
     runBinding(QStringLiteral("nop lorvane-%1-%2-0").arg(edge).arg(key), {}, key);
@@ -116,7 +115,6 @@ QJsonObject ScriptedCompositor::carryOut(const QString& command) {
     QStringList words = command.split(' ');
     const bool adds = words.takeFirst() == QLatin1String("bindcode");
     words.removeAll(QStringLiteral("--no-warn"));
-    words.removeAll(QStringLiteral("--no-repeat"));
     const qsizetype name = words.indexOf(QStringLiteral("nop"));
     const QString what = words.mid(0, name).join(' ');
     if (adds) {
