@@ -13,7 +13,9 @@ namespace lorvane {
 
 namespace {
 
-constexpr Duration patience = std::chrono::seconds(2);
+/// A compositor that is busy at the login answers late, and without its answer the roads would be those of
+/// X11 as long as the program runs.
+constexpr Duration patience = std::chrono::seconds(15);
 
 bool hasWaylandPlugin() {
     return QFileInfo::exists(QLibraryInfo::path(QLibraryInfo::PluginsPath) +
