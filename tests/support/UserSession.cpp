@@ -14,19 +14,25 @@ namespace lorvane::session {
 
 namespace {
 
-// By the program's own command, into the folders of the session, which a suite has others than. KWin starts
-// the input method a moment later.
-void chooseInputMethod() {
+// The program's command with the folders of the session, which a suite has others than.
+ToolResult runProgram(const QStringList& arguments) {
     const QString home = QDir::homePath();
-    const ToolResult done = runTool(
-        QStringLiteral("env"), {QStringLiteral("XDG_CONFIG_HOME=") + home + QStringLiteral("/.config"),
-                                QStringLiteral("XDG_DATA_HOME=") + home + QStringLiteral("/.local/share"),
-                                QStringLiteral("XDG_CACHE_HOME=") + home + QStringLiteral("/.cache"),
-                                QStringLiteral(LORVANE_PROGRAM), QStringLiteral("setup"),
-                                QStringLiteral("typing"), QStringLiteral("--yes")});
+    const QStringList folders{QStringLiteral("XDG_CONFIG_HOME=") + home + QStringLiteral("/.config"),
+                              QStringLiteral("XDG_DATA_HOME=") + home + QStringLiteral("/.local/share"),
+                              QStringLiteral("XDG_CACHE_HOME=") + home + QStringLiteral("/.cache"),
+                              QStringLiteral(LORVANE_PROGRAM)};
+    return runTool(QStringLiteral("env"), folders + arguments);
+}
+
+// KWin starts the input method a moment later, and lets the program press keys when it has read the entries.
+void chooseInputMethod() {
+    const ToolResult done =
+        runProgram({QStringLiteral("setup"), QStringLiteral("typing"), QStringLiteral("--yes")});
     const QString socket = qEnvironmentVariable("XDG_RUNTIME_DIR") + QStringLiteral("/lorvane-input-method");
     if (done.status != 0 || !waitUntil([&] { return QFile::exists(socket); }))
         throw std::runtime_error("lorvane setup typing: " + (done.output + done.errors).toStdString());
+    if (!waitUntil([] { return runProgram({QStringLiteral("doctor")}).output.contains("KWin fake input"); }))
+        throw std::runtime_error("KWin lets the program press no keys");
 }
 
 } // namespace

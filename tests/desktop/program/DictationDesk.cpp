@@ -80,6 +80,10 @@ const QStringList DictationDesk::delivered{QStringLiteral("recording"), QStringL
 const QStringList DictationDesk::dropped{QStringLiteral("recording"), QStringLiteral("idle")};
 const QString DictationDesk::secretToken = QStringLiteral("token-that-nobody-may-read");
 
+QStringList DictationDesk::tapped() {
+    return session::name() == QLatin1String("kwin") ? QStringList() : dropped;
+}
+
 void DictationDesk::startHearing(const QString& text, const QJsonObject& preferences) {
     backend.script("/api/register", answer::token(secretToken));
     backend.script("/api/dictate-stream", answer::done(text));

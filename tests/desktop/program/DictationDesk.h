@@ -45,6 +45,8 @@ class DictationDesk : public ::testing::Test {
     static constexpr int handsFreeKey = keycode::rightAlt;
     static const QStringList delivered; // recording, processing, done, idle
     static const QStringList dropped;   // recording, idle
+    /// What a tap of the hold key goes through: in KWin, where it may be any command, nothing.
+    static QStringList tapped();
     static const QString secretToken;
 
     /// The program with a backend that knows everyone and hears `text` in every take.
