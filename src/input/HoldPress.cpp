@@ -36,7 +36,7 @@ void HoldPress::handle(HoldEdgeKind kind, Instant told) {
         return release(time);
     case HoldEdgeKind::lost:
         if (state_ == State::down) {
-            return loseSight(time);
+            return loseSight(time, false);
         }
         return dropPress();
     }
@@ -87,7 +87,7 @@ void HoldPress::release(Instant time) {
             tellUp(time);
         }
     } else if (key_.chords == ChordSight::endsHold) {
-        confirmRelease(time, true);
+        loseSight(time, true);
     } else {
         tellUp(time);
     }
@@ -138,10 +138,10 @@ void HoldPress::dropPress() {
 }
 
 // A little later: what took the key away may be Escape, and its own meaning comes first.
-void HoldPress::loseSight(Instant time) {
+void HoldPress::loseSight(Instant time, bool otherKeyIfHeld) {
     releasing_ = time;
     stateWatch_.reset();
-    wait_ = clock_.after(lostGrace, [this, time] { confirmRelease(time, false); });
+    wait_ = clock_.after(lostGrace, [this, time, otherKeyIfHeld] { confirmRelease(time, otherKeyIfHeld); });
 }
 
 void HoldPress::confirmRelease(Instant time, bool otherKeyIfHeld) {

@@ -63,7 +63,7 @@ class HoldPress {
     void tellUp(Instant time);
     void dropPress();
     /// The road said that it went up, or that it lost sight of it: true only if it is not still held.
-    void loseSight(Instant time);
+    void loseSight(Instant time, bool otherKeyIfHeld);
     void confirmRelease(Instant time, bool otherKeyIfHeld);
     void watchState();
     void stateIs(std::optional<bool> held, Instant asked);
