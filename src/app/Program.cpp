@@ -74,7 +74,8 @@ class Program {
     void useBackend(const QUrl& address);
     void showBackendGone();
     void displayLost();
-    /// The take that has no text yet is kept for the process that is started then; whether there is one.
+    /// The take that has no text yet is kept for the process that is started then; whether there is one. What
+    /// is in the history by now is written.
     bool keepUnsent();
     void endWithoutDisplay(const char* reason);
     void end(int status);
@@ -140,6 +141,7 @@ QCoro::Task<void> Program::deliverUnsent(TaskScope scope) {
 }
 
 bool Program::keepUnsent() {
+    desktop_.history.writeNow(); // the take before may have landed a moment ago
     if (!dictation_) {
         return false;
     }

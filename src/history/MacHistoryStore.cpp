@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "history/MacHistoryStore.h"
 
+#include <utility>
+
 namespace lorvane {
 
 namespace {
@@ -69,12 +71,19 @@ void MacHistoryStore::finishChange(qint64 assignments) {
 }
 
 void MacHistoryStore::persist() {
-    const auto snapshot =
-        std::make_shared<const Backup>(Backup{FileDate::of(clock_.wallNow()), items_, deletedIDs_});
+    unwritten_ = std::make_shared<const Backup>(Backup{FileDate::of(clock_.wallNow()), items_, deletedIDs_});
     if (submitted_) {
         submitted_->store(true);
     }
-    pendingPersist_ = clock_.after(persistDelay, [this, snapshot] { submit(snapshot); });
+    pendingPersist_ = clock_.after(persistDelay, [this] { submit(std::exchange(unwritten_, nullptr)); });
+}
+
+void MacHistoryStore::writeNow() {
+    pendingPersist_.reset();
+    if (const auto snapshot = std::exchange(unwritten_, nullptr)) {
+        submit(snapshot);
+    }
+    persistQueue_.drain();
 }
 
 void MacHistoryStore::submit(const std::shared_ptr<const Backup>& snapshot) {

@@ -47,6 +47,8 @@ class MacHistoryStore {
     void remove(const QUuid& id);
     /// The same for each id, in one change; the revision rises by one for each.
     void remove(const QSet<QUuid>& ids);
+    /// Writes what waits to be written, and waits for it: for an end that the user has not asked for.
+    void writeNow();
 
  private:
     using Cancelled = std::shared_ptr<std::atomic<bool>>;
@@ -62,6 +64,8 @@ class MacHistoryStore {
     qint64 revision_ = 0;
     QSet<QUuid> deletedIDs_;
     Signal<HistoryList> assigned_;
+    /// What the pending write will write.
+    std::shared_ptr<const Backup> unwritten_;
     Handle pendingPersist_;
     // Of the write that was submitted last; it stops one that has not begun.
     Cancelled submitted_;

@@ -177,6 +177,16 @@ TEST_F(Store, AChangeLessThanAQuarterSecondBeforeTheEndIsLost) {
     EXPECT_EQ(file.attempts(), 0U);
 }
 
+TEST_F(Store, WhatWaitsToBeWrittenIsWrittenAtOnceWhenAskedForAndNotAgain) {
+    store->add(bareItem(1));
+    store->writeNow();
+    EXPECT_EQ(file.attempts(), 1U);
+    clock.advance(std::chrono::seconds(1));
+    store->writeNow();
+    EXPECT_EQ(file.attempts(), 1U);
+    EXPECT_EQ(lastWritten()->history.size(), 1U);
+}
+
 TEST_F(Store, AWriteThatHasBegunFinishesBeforeTheNextOne) {
     file.setHeld(true);
     store->add(bareItem(1));
