@@ -62,7 +62,8 @@ class Watch {
     // A key that is held while its user asks for another one too goes on being held.
     follow(before) {
         this.down = before.down;
-        this.isProgram = before.isProgram;
+        // It may have taken the name since it was last asked for.
+        this.isProgram = before.isProgram || undefined;
         this._untold = before._untold;
     }
 
