@@ -6,6 +6,7 @@
 #include <exception>
 #include <string_view>
 
+#include <QCoreApplication>
 #include <QtCore/QFile>
 #include <QtCore/QProcess>
 
@@ -40,6 +41,7 @@ int act(int count, char** words) {
 } // namespace
 
 int main(int argc, char** argv) {
+    const QCoreApplication application(argc, argv); // what is waited for needs its events
     try {
         return act(argc, argv);
     } catch (const std::exception& error) {
