@@ -25,7 +25,7 @@ std::unique_ptr<DataControlPasteboard> DataControlPasteboard::open(WaylandConnec
 
 DataControlPasteboard::DataControlPasteboard(WaylandConnection& connection,
                                              std::unique_ptr<DataControlDevice> device, Clock& clock)
-    : device_(std::move(device)), clock_(clock), writers_(clock),
+    : device_(std::move(device)), writers_(clock),
       clipboard_(connection, *device_, writers_, clock, WaylandSelection::clipboard),
       primary_(connection, *device_, writers_, clock, WaylandSelection::primary) {}
 

@@ -34,7 +34,6 @@ class DataControlPasteboard final : public Pasteboard {
     void returnPrimary();
 
     std::unique_ptr<DataControlDevice> device_;
-    Clock& clock_;
     PipeWriters writers_;
     ControlledSelection clipboard_;
     ControlledSelection primary_;
