@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Seen by HttpServer.cpp and HttpSession.cpp only: the two that know the HTTP library.
+// Seen by HttpServer.cpp, HttpSession.cpp and HttpSessionAnswer.cpp only: they know the HTTP library.
 #pragma once
 
 #include "api/ConnectionCount.h"
