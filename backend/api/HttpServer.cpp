@@ -19,6 +19,8 @@ namespace {
 constexpr auto tupled = net::as_tuple(net::use_awaitable);
 // After a failed accept (no file descriptors left, mostly): waiting beats spinning.
 constexpr auto acceptPause = std::chrono::milliseconds(100);
+// How late a connection may be closed that sends no header.
+constexpr auto sweepPause = std::chrono::milliseconds(500);
 
 // One thread with its connections; `sessions` is touched on that thread only.
 struct Lane {
@@ -26,7 +28,19 @@ struct Lane {
     std::optional<net::executor_work_guard<net::io_context::executor_type>> guard;
     std::set<HttpSession*> sessions;
     std::thread thread;
+    net::steady_timer sweep{context};
 };
+
+void keepSweeping(Lane& lane) {
+    lane.sweep.expires_after(sweepPause);
+    lane.sweep.async_wait([&lane](boost::system::error_code error) {
+        if (error || !lane.guard)
+            return;
+        for (auto* session : lane.sessions)
+            session->closeOverdue(std::chrono::steady_clock::now());
+        keepSweeping(lane);
+    });
+}
 
 net::awaitable<void> keepSession(std::shared_ptr<HttpSession> session, Lane& lane) {
     struct Kept { // until the end, whatever is thrown
@@ -57,8 +71,10 @@ class HttpServer::Implementation {
 
     void start() {
         net::co_spawn(lanes_[0]->context, accept(), net::detached);
-        for (auto& lane : lanes_)
+        for (auto& lane : lanes_) {
+            keepSweeping(*lane);
             lane->thread = std::thread([&context = lane->context] { context.run(); });
+        }
     }
 
     void stop(std::chrono::milliseconds grace) {
@@ -77,7 +93,10 @@ class HttpServer::Implementation {
         shared_->connections.waitForNone(latest);
         closeSessions(true);
         for (auto& lane : lanes_)
-            lane->guard.reset();
+            net::post(lane->context, [lane = lane.get()] {
+                lane->sweep.cancel();
+                lane->guard.reset();
+            });
         for (auto& lane : lanes_)
             if (lane->thread.joinable())
                 lane->thread.join();

@@ -61,6 +61,7 @@ HttpSession::~HttpSession() { shared_->connections.remove(); }
 net::awaitable<void> HttpSession::run() {
     error_code ignored;
     stream_.socket().set_option(net::ip::tcp::no_delay(true), ignored);
+    stream_.socket().non_blocking(true, ignored);
     bool more = true;
     while (more && !closed_) {
         more = co_await serveOne();
@@ -77,6 +78,11 @@ void HttpSession::close(bool everything) {
     closed_ = true;
     timer_.cancel();
     stream_.close();
+}
+
+void HttpSession::closeOverdue(std::chrono::steady_clock::time_point now) {
+    if (now >= headDue_)
+        close(true);
 }
 
 // A request may be on its way already, above all the first one of a connection that was just made. Once it is
@@ -103,9 +109,11 @@ net::awaitable<bool> HttpSession::serveOne() {
     parser.header_limit(longestHeader);
     parser.body_limit(boost::none);
     idle_ = buffer_.size() == 0;
-    stream_.expires_after(what_.empty() ? shared_->options.headerTime : shared_->options.idleTime);
+    headDue_ = std::chrono::steady_clock::now() +
+               (what_.empty() ? shared_->options.headerTime : shared_->options.idleTime);
     const auto [error, size] = co_await http::async_read_header(stream_, buffer_, parser, tupled);
     idle_ = false;
+    headDue_ = std::chrono::steady_clock::time_point::max();
     began_ = std::chrono::steady_clock::now();
     what_ = "unreadable";
     version_ = 11;
@@ -148,7 +156,9 @@ net::awaitable<bool> HttpSession::serveRoute(Parser& parser, const Route& route)
     Request request;
     if (route.access == Access::token) {
         auto given = bearerToken(plain(head[http::field::authorization]));
-        const int refused = co_await checkToken(std::move(given), request.device);
+        int refused = 0;
+        if (!recallToken(given, request.device))
+            refused = co_await checkToken(std::move(given), request.device);
         if (refused != 0) {
             const bool more = co_await refuse(refused, codeOfStatus(refused), !parser.is_done());
             co_return more;
@@ -210,6 +220,7 @@ net::awaitable<int> HttpSession::readBody(Parser& parser, std::size_t limit, std
         parser.get().body().size = step.size();
         stream_.expires_at(std::min(std::chrono::steady_clock::now() + shared_->options.bodyPause, latest));
         auto [error, size] = co_await http::async_read_some(stream_, buffer_, parser, tupled);
+        stream_.expires_never();
         if (error && error != http::error::need_buffer) {
             const bool malformed =
                 error.category() == http::make_error_code(http::error::bad_chunk).category() &&
@@ -229,15 +240,17 @@ net::awaitable<int> HttpSession::readBody(Parser& parser, std::size_t limit, std
     co_return 0;
 }
 
+bool HttpSession::recallToken(const std::string& token, DeviceId& device) const {
+    const auto& recall = shared_->authentication.recall;
+    const auto known = recall && !token.empty() ? recall(token) : std::nullopt;
+    device = known.value_or(device);
+    return known.has_value();
+}
+
 // 0 for a known token, else the status to refuse with.
 net::awaitable<int> HttpSession::checkToken(std::string token, DeviceId& device) {
     if (token.empty())
         co_return 401;
-    const auto& authentication = shared_->authentication;
-    if (const auto known = authentication.recall ? authentication.recall(token) : std::nullopt) {
-        device = *known;
-        co_return 0;
-    }
     const auto call = std::make_shared<TokenCall>();
     const ArmedSlot armed(call->slot(), waker());
     const bool queued = shared_->pools.quick.submit(

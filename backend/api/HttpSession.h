@@ -41,6 +41,9 @@ class HttpSession : public std::enable_shared_from_this<HttpSession> {
     // Closes a connection that has no request under way, or with `everything` any; the running coroutine then
     // ends by itself.
     void close(bool everything);
+    // Closes a connection whose next header has been waited for too long. To be called now and then: a timer
+    // for each request costs more than all the rest of a short one.
+    void closeOverdue(std::chrono::steady_clock::time_point now);
 
  private:
     using Parser = boost::beast::http::request_parser<boost::beast::http::buffer_body>;
@@ -54,6 +57,7 @@ class HttpSession : public std::enable_shared_from_this<HttpSession> {
     boost::asio::awaitable<bool> serveRoute(Parser& parser, const Route& route);
     boost::asio::awaitable<int> readBody(Parser& parser, std::size_t limit, std::string& body,
                                          ByteBudget::Share& held);
+    bool recallToken(const std::string& token, DeviceId& device) const;
     boost::asio::awaitable<int> checkToken(std::string token, DeviceId& device);
     boost::asio::awaitable<void> answer(std::shared_ptr<PendingExchange> pending, Answer& answer);
     void watch(unsigned number);
@@ -74,6 +78,7 @@ class HttpSession : public std::enable_shared_from_this<HttpSession> {
     boost::beast::flat_buffer buffer_;
     const std::shared_ptr<ServerShared> shared_;
     std::chrono::steady_clock::time_point began_;
+    std::chrono::steady_clock::time_point headDue_ = std::chrono::steady_clock::time_point::max();
     std::string what_;
     std::string_view allow_;
     unsigned version_ = 11;

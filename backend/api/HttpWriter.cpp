@@ -47,9 +47,10 @@ std::string chunkOf(const std::string& text) {
 
 } // namespace
 
-net::awaitable<bool> HttpWriter::write(std::string text) {
+net::awaitable<bool> HttpWriter::write(std::string text, std::size_t from) {
     stream_.expires_after(writeTime_);
-    const auto [error, size] = co_await net::async_write(stream_, net::buffer(text), tupled);
+    const auto [error, size] = co_await net::async_write(stream_, net::buffer(text) + from, tupled);
+    stream_.expires_never();
     co_return !error;
 }
 
@@ -63,7 +64,15 @@ net::awaitable<bool> HttpWriter::response(Response response, Form form) {
         addField(text, "Allow", form.allow);
     addField(text, "Content-Length", std::to_string(response.body.size()));
     text.append("\r\n").append(response.body);
-    const bool written = co_await write(std::move(text));
+    // Nearly always the socket takes an answer at once, and no deadline has to be kept. Lines are never sent
+    // like this: a worker that is quick enough would keep the thread from everybody else.
+    boost::system::error_code error;
+    const auto sent = stream_.socket().write_some(net::buffer(text), error);
+    if (sent == text.size())
+        co_return true;
+    if (error && error != net::error::would_block)
+        co_return false;
+    const bool written = co_await write(std::move(text), sent);
     co_return written;
 }
 

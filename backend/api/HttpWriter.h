@@ -10,8 +10,8 @@
 
 namespace lorvane::backend {
 
-// What goes out on one connection. Each operation is done when the socket has taken all of it, and false when
-// that took longer than the write time or the client is gone.
+// What goes out on one connection, whose socket does not block. Each operation is done when the socket has
+// taken all of it, and false when that took longer than the write time or the client is gone.
 class HttpWriter {
  public:
     struct Form {
@@ -33,7 +33,7 @@ class HttpWriter {
     boost::asio::awaitable<void> linger();
 
  private:
-    boost::asio::awaitable<bool> write(std::string text);
+    boost::asio::awaitable<bool> write(std::string text, std::size_t from = 0);
 
     boost::beast::tcp_stream& stream_;
     const std::chrono::milliseconds writeTime_;

@@ -84,6 +84,20 @@ TEST(HttpServerClients, AClientThatReadsSlowlyGetsEverything) {
     EXPECT_TRUE(connection.bodyEnded());
 }
 
+TEST(HttpServerClients, AnAnswerLargerThanTheSocketTakesComesWhole) {
+    const std::string large(std::size_t(16) << 20, 'x');
+    ServerUnderTest server({route("/large", [&](const Request&, Exchange& exchange) {
+        exchange.respond({200, large});
+    })});
+    Connection connection(server.port(), 4096);
+    for (int i = 0; i < 2; ++i) { // the connection is as good as before
+        connection.send(get("/large"));
+        const auto reply = connection.readReply();
+        EXPECT_EQ(reply.status, 200);
+        EXPECT_TRUE(reply.body == large);
+    }
+}
+
 TEST(HttpServerClients, ALineIsThereBeforeTheNextIsMade) {
     std::latch read(1);
     ServerUnderTest server({route("/two", [&](const Request&, Exchange& exchange) {
@@ -258,6 +272,22 @@ TEST(HttpServerClients, AHeaderThatNeverEndsIsCut) {
             break;
     }
     EXPECT_LT(milliseconds(Clock::now() - began), 3000);
+}
+
+TEST(HttpServerClients, AConnectionWithoutAnotherRequestIsClosed) {
+    ServerOptions options;
+    options.idleTime = 300ms;
+    ServerUnderTest server({route("/get",
+                                  [](const Request&, Exchange& exchange) {
+                                      exchange.respond({200, ""});
+                                  })},
+                           options);
+    Connection connection(server.port());
+    connection.send(get("/get"));
+    EXPECT_EQ(connection.readReply().status, 200);
+    const auto answered = Clock::now();
+    EXPECT_TRUE(connection.closedWithin(10s));
+    EXPECT_GE(milliseconds(Clock::now() - answered), 250);
 }
 
 TEST(HttpServerClients, ABodyThatStopsComingIsCut) {
