@@ -4,6 +4,8 @@
 #include "base/Task.h"
 #include "input/Workspace.h"
 
+#include <functional>
+
 namespace lorvane {
 
 /// Which keys paste in an application.
@@ -16,13 +18,23 @@ enum class PasteRoute {
 /// The route for an application, from the one table of terminals.
 [[nodiscard]] PasteRoute pasteRouteFor(const RunningApplication& application);
 
+enum class KeysOutcome {
+    posted,
+    notPosted, ///< nothing of them has gone out, and nothing will
+    unknown,   ///< they may have gone out, or may do so yet: to post them again could paste twice
+};
+
 /// Posts the keys that paste. Main thread.
 class PasteKeys {
  public:
+    /// Asked right before the keys go out, when nothing is waited for any more: whoever has the keyboard then
+    /// gets them. Once for each try.
+    using Aim = std::function<PasteRoute()>;
+
     virtual ~PasteKeys() = default;
-    /// Waits at most 0.5 s for modifiers that the user still holds, lifts what is held then, posts the chord.
-    /// False when the keys could not be made. Not cut short by a cancellation when given a shielded scope.
-    virtual QCoro::Task<bool> post(PasteRoute route, TaskScope scope) = 0;
+    /// Waits at most 0.5 s for modifiers that the user still holds, lifts what is held then, takes aim and
+    /// posts the chord. Not cut short by a cancellation when given a shielded scope.
+    virtual QCoro::Task<KeysOutcome> post(Aim aim, TaskScope scope) = 0;
 };
 
 } // namespace lorvane

@@ -10,6 +10,8 @@ namespace {
 /// So that the target finds the new content when the keys arrive.
 constexpr Duration beforeKeys = std::chrono::milliseconds(150);
 constexpr Duration untilReturn = std::chrono::milliseconds(1600);
+/// How long keys that nobody confirms are given to show an effect.
+constexpr Duration untilDoubted = std::chrono::seconds(1);
 /// Some applications use the answer to the last of several requests.
 constexpr Duration quiet = std::chrono::milliseconds(150);
 /// Against an application that never stops asking.
@@ -24,46 +26,84 @@ long long milliseconds(Duration duration) {
 TextInsertion::TextInsertion(const Foundation& foundation, Pasteboard& pasteboard, PasteKeys& keys,
                              FieldAccess& fields, Workspace& workspace)
     : clock_(foundation.clock), log_(foundation.log), pasteboard_(pasteboard), keys_(keys), fields_(fields),
-      workspace_(workspace) {}
+      workspace_(workspace), watch_(fields, workspace, foundation.clock) {}
 
 QCoro::Task<PasteOutcome> TextInsertion::pasteText(QString text, TaskScope scope) {
-    PasteOutcome outcome;
+    const auto loan = std::make_shared<Loan>();
+    loan->text = text;
+    loan->answered = std::exchange(answered_, std::nullopt);
     const bool secure = co_await fields_.isSecureEventInputEnabled(scope);
     if (secure) {
+        PasteOutcome outcome;
         outcome.kind = PasteOutcome::Kind::secure;
         co_return outcome;
     }
-    const auto loan = std::make_shared<Loan>();
-    loan->text = text;
     loan->before = co_await pasteboard_.snapshot(scope);
     if (scope.isCancelled()) {
         throw TaskCancelled();
     }
     const TaskScope onward = scope.shielded();
-    const bool posted = co_await postKeys(loan, onward);
+    co_await postKeys(loan, onward);
     returns_.start([this, loan](TaskScope own) { return giveBack(loan, std::move(own)); });
-    if (!posted) {
-        outcome.kind = PasteOutcome::Kind::failed;
-        outcome.reason = QStringLiteral("paste event failed");
-        log_.diagLog(QStringLiteral("[tirra-paste] the keys could not be posted"));
-    }
-    co_return outcome;
+    co_return outcomeOf(*loan);
 }
 
-QCoro::Task<bool> TextInsertion::postKeys(std::shared_ptr<Loan> loan, TaskScope scope) {
+QCoro::Task<void> TextInsertion::postKeys(std::shared_ptr<Loan> loan, TaskScope scope) {
     loan->target = frontmost();
     current_ = loan;
     lend(*loan);
-    co_await sleep(clock_, beforeKeys, scope);
-    // The keys go to whoever is in front now, and it must find the text and not the old content.
+    const Instant ready = clock_.now() + beforeKeys;
+    loan->field = co_await watch_.look(loan->target.processId, scope);
+    if (clock_.now() < ready) {
+        co_await sleep(clock_, ready - clock_.now(), scope);
+    }
+    const PasteKeys::Aim aimed = [this, loan] { return aim(loan); };
+    loan->keys = co_await keys_.post(aimed, scope);
+    if (loan->keys == KeysOutcome::unknown) {
+        co_await lookAtField(loan, untilDoubted, scope);
+    }
+}
+
+PasteRoute TextInsertion::aim(const std::shared_ptr<Loan>& loan) {
     const RunningApplication now = frontmost();
     if (current_ == loan && !(now == loan->target)) {
         loan->target = now;
+        loan->field.reset();
         lend(*loan);
     }
     loan->posted = clock_.now();
-    const bool posted = co_await keys_.post(pasteRouteFor(loan->target), scope);
-    co_return posted;
+    return pasteRouteFor(now);
+}
+
+PasteOutcome TextInsertion::outcomeOf(const Loan& loan) const {
+    const bool isWithoutEffect = loan.keys == KeysOutcome::unknown && loan.sight == PasteSight::untouched;
+    if (loan.keys != KeysOutcome::notPosted && !isWithoutEffect) {
+        return {};
+    }
+    log_.diagLog(isWithoutEffect ? QStringLiteral("[tirra-paste] the keys had no effect")
+                                 : QStringLiteral("[tirra-paste] the keys could not be posted"));
+    return {PasteOutcome::Kind::failed, QStringLiteral("paste event failed")};
+}
+
+QCoro::Task<void> TextInsertion::lookAtField(std::shared_ptr<Loan> loan, Duration patience, TaskScope scope) {
+    loan->sight = co_await watch_.follow(loan->field, loan->text.size(), patience, scope);
+    if (loan->sight == PasteSight::standing) {
+        logLanding(*loan, clock_.now(), QString());
+    }
+}
+
+void TextInsertion::logLanding(const Loan& loan, Instant landed, const QString& remark) {
+    if (loan.answered) {
+        log_.diagLog(QStringLiteral("[tirra-landed] pasted %1 ms after the final line%2")
+                         .arg(QString::number(milliseconds(landed - *loan.answered)), remark));
+    }
+}
+
+void TextInsertion::typed() {
+    if (const auto answered = std::exchange(answered_, std::nullopt)) {
+        log_.diagLog(QStringLiteral("[tirra-landed] typed %1 ms after the final line")
+                         .arg(milliseconds(clock_.now() - *answered)));
+    }
 }
 
 void TextInsertion::handOver(const QString& text) {
@@ -85,7 +125,13 @@ void TextInsertion::lend(const Loan& loan) {
 }
 
 QCoro::Task<void> TextInsertion::giveBack(std::shared_ptr<Loan> loan, TaskScope scope) {
-    co_await sleep(clock_, untilReturn, scope);
+    const Instant due = clock_.now() + untilReturn;
+    if (loan->keys == KeysOutcome::posted) {
+        co_await lookAtField(loan, untilReturn, scope);
+    }
+    if (clock_.now() < due) {
+        co_await sleep(clock_, due - clock_.now(), scope);
+    }
     if (isOver(*loan)) {
         co_return;
     }
@@ -131,21 +177,34 @@ bool TextInsertion::isOver(const Loan& loan) {
 
 void TextInsertion::settle(const Loan& loan) {
     const LoanState state = pasteboard_.loanState();
-    if (state.lastRequest && *state.lastRequest >= loan.posted) {
+    const bool isAskedFor = state.lastRequest && *state.lastRequest >= loan.posted;
+    const bool isStanding = loan.sight == PasteSight::standing;
+    if (isAskedFor) {
         log_.diagLog(QStringLiteral("[tirra-paste] %1 took the text, asking last %2 ms after the keys")
                          .arg(loan.target.localizedName,
                               QString::number(milliseconds(*state.lastRequest - loan.posted))));
+    }
+    if (isAskedFor && !isStanding) {
+        logLanding(loan, *state.lastRequest, QStringLiteral(" (asked for, not read back)"));
+    }
+    // Somebody has asked, but if nobody knows that the keys went out it may not have been the application.
+    const bool isTaken = isStanding || (isAskedFor && loan.keys != KeysOutcome::unknown);
+    if (isTaken || state.lost) { // a copy of the same text counts as our own
         pasteboard_.restore(loan.before);
-    } else if (state.lost) {
-        pasteboard_.restore(loan.before); // a copy of the same text counts as our own
     } else {
-        // A hung application would paste whatever is there when it wakes.
-        log_.diagLog(QStringLiteral("[tirra-paste] %1 did not ask for the text: it stays on the clipboard")
-                         .arg(loan.target.localizedName));
-        pasteboard_.setString(loan.text);
-        if (onUnanswered) {
-            onUnanswered();
-        }
+        leave(loan);
+    }
+}
+
+/// A hung application would paste whatever is there when it wakes.
+void TextInsertion::leave(const Loan& loan) {
+    const QString reason = loan.keys == KeysOutcome::unknown
+                               ? QStringLiteral("[tirra-paste] %1 may not have had the keys")
+                               : QStringLiteral("[tirra-paste] %1 did not ask for the text");
+    log_.diagLog(reason.arg(loan.target.localizedName) + QStringLiteral(": it stays on the clipboard"));
+    pasteboard_.setString(loan.text);
+    if (onUnanswered) {
+        onUnanswered();
     }
 }
 

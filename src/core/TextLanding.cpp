@@ -17,7 +17,11 @@ QCoro::Task<void> TextLanding::land(QString text, TaskScope scope) {
         copyWithoutAccessibility(text);
         co_return;
     }
+    insertion_.answered();
     const SettleOutcome settled = co_await typing_.settleTyping(text, scope);
+    if (settled == SettleOutcome::landed) {
+        insertion_.typed();
+    }
     if (settled == SettleOutcome::paste) {
         const PasteOutcome outcome = co_await insertion_.pasteText(text, scope);
         if (!scope.isCancelled()) {

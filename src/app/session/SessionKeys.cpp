@@ -47,25 +47,33 @@ bool SessionEditingKeys::isPending() {
 
 bool SessionPasteKeys::canPost() const { return ofX_.isOpen() || firstOpen(roads_) != nullptr; }
 
-QCoro::Task<bool> SessionPasteKeys::post(PasteRoute route, TaskScope scope) {
-    if (onKeys) {
-        onKeys();
-    }
+QCoro::Task<KeysOutcome> SessionPasteKeys::post(Aim aim, TaskScope scope) {
+    const Aim atTheKeys = [this, aim] {
+        const PasteRoute route = aim(); // which may lend the clipboard anew
+        if (onKeys) {
+            onKeys();
+        }
+        return route;
+    };
     if (isXInFront_()) {
-        const bool posted = co_await ofX_.port->post(route, scope);
-        co_return posted;
+        const KeysOutcome outcome = co_await ofX_.port->post(atTheKeys, scope);
+        co_return outcome;
     }
     for (const Road<PasteKeys>& road : roads_) {
         if (!road.isOpen()) {
             continue;
         }
-        const bool posted = co_await road.port->post(route, scope);
-        if (posted) {
-            co_return true;
+        const KeysOutcome outcome = co_await road.port->post(atTheKeys, scope);
+        if (outcome == KeysOutcome::posted) {
+            co_return outcome;
+        }
+        if (outcome == KeysOutcome::unknown) {
+            log_.diagLog(QStringLiteral("[tirra-paste] no answer whether keys went out by ") + road.name);
+            co_return outcome;
         }
         log_.diagLog(QStringLiteral("[tirra-paste] no keys went out by ") + road.name);
     }
-    co_return false;
+    co_return KeysOutcome::notPosted;
 }
 
 QCoro::Task<bool> GatedPoster::canPost(PostingTarget target, TaskScope scope) {

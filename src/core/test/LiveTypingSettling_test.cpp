@@ -116,7 +116,7 @@ TEST_F(LiveTypingTest, ARestThatCannotBePastedIsHandedOver) {
     type("x");
     EXPECT_EQ(settle("Hello there, you too"), SettleOutcome::handOver) << "a password field";
     w.fields.secure = false;
-    w.pasteKeys.fails = true;
+    w.pasteKeys.outcome = KeysOutcome::notPosted;
     EXPECT_EQ(settle("Hello there, you too"), SettleOutcome::handOver) << "keys that cannot be posted";
 }
 

@@ -119,7 +119,7 @@ class Chaos {
     void changeDesktop() {
         world_->fields.secure = pick(4) == 0;
         world_->fields.delay = seconds(0.01 * pick(15));
-        world_->pasteKeys.fails = pick(4) == 0;
+        world_->pasteKeys.outcome = pick(4) == 0 ? KeysOutcome::notPosted : KeysOutcome::posted;
         world_->pasteKeys.delay = seconds(0.1 * pick(6));
         world_->pasteboard.ownerHangs = pick(4) == 0;
         world_->workspace.front->processId = DictationWorld::editor + (pick(4) == 0 ? 1 : 0);
@@ -225,7 +225,7 @@ TEST(RandomGestures, WhateverHappenedTheNextTakeWorks) {
         world.fields.secure = false;
         world.fields.delay = Duration::zero();
         world.fields.field("body").text.reset();
-        world.pasteKeys.fails = false;
+        world.pasteKeys.outcome = KeysOutcome::posted;
         world.controller.startDictation(Source::toggle);
         ASSERT_TRUE(world.isRecording());
         world.speak(1);

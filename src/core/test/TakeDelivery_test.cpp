@@ -121,6 +121,14 @@ TEST_F(TakeDeliveryTest, FragmentsAreConsumedAndTheTextIsPastedWhole) {
     EXPECT_EQ(logged("[tirra-type]").size(), 2);
 }
 
+TEST_F(TakeDeliveryTest, TextThatIsTypedLiveIsMeasuredFromItsLastLine) {
+    showField();
+    streamAnswers(Backend::text("Hello there."), {"Hello ", "there."});
+    dictate();
+    EXPECT_EQ(field.text(), "Hello there.");
+    EXPECT_EQ(logged("tirra-landed"), QStringList{"[tirra-landed] typed 0 ms after the final line"});
+}
+
 // --- Failures --------------------------------------------------------------------------------------------
 
 TEST_F(TakeDeliveryTest, ServerFailureIsTriedThreeTimesInAll) {
@@ -317,7 +325,7 @@ TEST_F(TakeDeliveryTest, SecureFieldGetsNothingAndTheTakeIsRecorded) {
 }
 
 TEST_F(TakeDeliveryTest, KeysThatCannotBePostedHandTheTextOver) {
-    pasteKeys.fails = true;
+    pasteKeys.outcome = KeysOutcome::notPosted;
     pasteboard.copyElsewhere("mine");
     dictate();
     EXPECT_EQ(notice(), "Copied — press ⌘V");

@@ -85,6 +85,97 @@ TEST_F(TextInsertionTest, ApplicationThatComesToTheFrontMeanwhileIsServedTheText
     EXPECT_EQ(pasteboard.text(), "mine");
 }
 
+TEST_F(TextInsertionTest, ApplicationThatComesToTheFrontWhileModifiersAreHeldIsServedTheText) {
+    pasteKeys.delay = seconds(0.4);
+    startPaste("dictated");
+    advance(0.5);
+    workspace.front = RunningApplication{9, "XTerm", "xterm"};
+    pasteKeys.onPosted = [this] { pasted.append(*pasteboard.pasteInto(9)); };
+    advance(0.05);
+    EXPECT_EQ(pasteKeys.posted, std::vector<PasteRoute>{PasteRoute::primaryTerminal});
+    EXPECT_EQ(pasted, QStringList{"dictated"});
+}
+
+TEST_F(TextInsertionTest, RequestDuringTheWaitForModifiersProvesNothing) {
+    pasteKeys.delay = seconds(0.4);
+    pasteKeys.onPosted = nullptr;
+    startPaste("dictated");
+    advance(0.5);
+    pasteboard.pasteInto(editor);
+    advance(3);
+    EXPECT_EQ(unanswered, 1);
+    EXPECT_EQ(pasteboard.text(), "dictated");
+}
+
+TEST_F(TextInsertionTest, KeysOfWhichNobodyKnowsAreVerifiedInTheField) {
+    showField("said: ");
+    pasteKeys.outcome = KeysOutcome::unknown;
+    paste("dictated");
+    advance(0.01);
+    EXPECT_EQ(outcome, PasteOutcome{});
+    EXPECT_EQ(field.text(), "said: dictated");
+    advance(2);
+    EXPECT_EQ(pasteboard.text(), "mine");
+    EXPECT_EQ(unanswered, 0);
+}
+
+TEST_F(TextInsertionTest, KeysOfWhichNobodyKnowsAndWithoutEffectHaveFailed) {
+    showField("said: ");
+    pasteKeys.outcome = KeysOutcome::unknown;
+    pasteKeys.onPosted = nullptr;
+    paste("dictated");
+    advance(0.99);
+    EXPECT_FALSE(outcome);
+    advance(0.02);
+    ASSERT_TRUE(outcome);
+    EXPECT_EQ(outcome->kind, Outcome::failed);
+}
+
+TEST_F(TextInsertionTest, UnverifiablePasteCountsAsDoneAndItsTextStaysOnTheClipboard) {
+    pasteKeys.outcome = KeysOutcome::unknown;
+    paste("dictated");
+    EXPECT_EQ(outcome, PasteOutcome{});
+    EXPECT_EQ(pasted, QStringList{"dictated"}) << "somebody has asked for it, but it may have been anybody";
+    advance(2);
+    EXPECT_EQ(pasteboard.text(), "dictated");
+    EXPECT_EQ(unanswered, 1);
+}
+
+TEST_F(TextInsertionTest, TextThatStandsInTheFieldWasTakenWhoeverAskedForIt) {
+    showField();
+    pasteKeys.onPosted = [this] { field.paste("dictated"); };
+    paste("dictated");
+    advance(2);
+    EXPECT_EQ(pasteboard.text(), "mine");
+    EXPECT_EQ(unanswered, 0);
+}
+
+TEST_F(TextInsertionTest, LandingIsMeasuredToTheMomentWhenTheTextStandsInTheField) {
+    showField();
+    field.lag = seconds(0.03);
+    insertion.answered();
+    paste("dictated");
+    advance(1);
+    EXPECT_EQ(logged("tirra-landed"), QStringList{"[tirra-landed] pasted 180 ms after the final line"});
+}
+
+TEST_F(TextInsertionTest, LandingInAFieldThatCannotBeReadIsMeasuredToTheLastRequest) {
+    insertion.answered();
+    paste("dictated");
+    advance(2);
+    EXPECT_EQ(logged("tirra-landed"),
+              QStringList{"[tirra-landed] pasted 150 ms after the final line (asked for, not read back)"});
+}
+
+TEST_F(TextInsertionTest, LandingIsMeasuredOnce) {
+    showField();
+    insertion.answered();
+    paste("dictated");
+    insertion.typed();
+    advance(2);
+    EXPECT_EQ(logged("tirra-landed").size(), 1);
+}
+
 TEST_F(TextInsertionTest, ClipboardIsGivenBackAfterItsTime) {
     paste("dictated");
     advance(1.59);
@@ -204,7 +295,7 @@ TEST_F(TextInsertionTest, TargetThatNeverStopsAskingDoesNotKeepTheClipboard) {
 }
 
 TEST_F(TextInsertionTest, KeysThatFailAreReportedAndTheClipboardIsReturnedAllTheSame) {
-    pasteKeys.fails = true;
+    pasteKeys.outcome = KeysOutcome::notPosted;
     paste("dictated");
     ASSERT_TRUE(outcome);
     EXPECT_EQ(outcome->kind, Outcome::failed);

@@ -3,18 +3,18 @@
 
 namespace lorvane {
 
-QCoro::Task<bool> FakePasteKeys::post(PasteRoute route, TaskScope scope) {
+QCoro::Task<KeysOutcome> FakePasteKeys::post(Aim aim, TaskScope scope) {
     if (delay > Duration::zero()) {
         co_await sleep(clock_, delay, scope);
     }
-    if (fails) {
-        co_return false;
+    if (outcome == KeysOutcome::notPosted) {
+        co_return outcome;
     }
-    posted.push_back(route);
+    posted.push_back(aim());
     if (onPosted) {
         onPosted();
     }
-    co_return true;
+    co_return outcome;
 }
 
 } // namespace lorvane

@@ -14,10 +14,10 @@ class FakePasteKeys final : public PasteKeys {
  public:
     explicit FakePasteKeys(Clock& clock) : clock_(clock) {}
 
-    QCoro::Task<bool> post(PasteRoute route, TaskScope scope) override;
+    QCoro::Task<KeysOutcome> post(Aim aim, TaskScope scope) override;
 
-    /// The keys cannot be made while this is set.
-    bool fails = false;
+    /// What becomes of the keys; unless they are not posted, they take effect.
+    KeysOutcome outcome = KeysOutcome::posted;
     /// The user holds a modifier for so long.
     Duration delay = Duration::zero();
     /// What the application does with the keys.

@@ -32,8 +32,8 @@ QCoro::Task<void> GnomeEditingKeys::pressQueued(TaskScope scope) {
             break;
         }
         const std::vector<int> alone{key};
-        const bool posted = co_await keys_.chord(alone, scope);
-        if (!posted) {
+        const KeysOutcome outcome = co_await keys_.chord(alone, scope);
+        if (outcome != KeysOutcome::posted) {
             queue_.clear();
         }
     }

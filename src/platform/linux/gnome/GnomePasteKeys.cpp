@@ -24,22 +24,29 @@ std::uint32_t modifiersOf(const std::vector<int>& chord) {
 
 } // namespace
 
-QCoro::Task<bool> GnomePasteKeys::post(PasteRoute route, TaskScope scope) {
+QCoro::Task<KeysOutcome> GnomePasteKeys::post(Aim aim, TaskScope scope) {
     if (!keys_.isOffered()) {
-        co_return false;
+        co_return KeysOutcome::notPosted;
     }
     const Instant deadline = clock_.now() + patience;
     while (keyboard_.heldModifiers() != 0 && clock_.now() < deadline) {
         co_await sleep(clock_, pollPeriod, scope);
     }
-    const std::vector<int> chord = keyboard_.pasteChord(route);
-    const bool isSpoiled = (keyboard_.heldModifiers() & ~modifiersOf(chord)) != 0;
-    if (chord.empty() || isSpoiled) {
-        co_return false;
+    if (isSpoiled(keyboard_.pasteChord(PasteRoute::terminal))) {
+        co_return KeysOutcome::notPosted; // for this no session is worth opening
     }
-    const bool posted = co_await keys_.chord(chord, scope);
+    const bool opened = co_await keys_.open(scope);
+    KeysOutcome outcome = KeysOutcome::notPosted;
+    const std::vector<int> chord = opened ? keyboard_.pasteChord(aim()) : std::vector<int>();
+    if (!isSpoiled(chord)) {
+        outcome = co_await keys_.chord(chord, scope);
+    }
     keys_.close();
-    co_return posted;
+    co_return outcome;
+}
+
+bool GnomePasteKeys::isSpoiled(const std::vector<int>& chord) const {
+    return chord.empty() || (keyboard_.heldModifiers() & ~modifiersOf(chord)) != 0;
 }
 
 } // namespace lorvane

@@ -25,9 +25,12 @@ class GnomePasteKeys final : public PasteKeys {
     GnomePasteKeys(RemoteDesktopKeys& keys, Clock& clock, GnomeKeyboard keyboard)
         : keys_(keys), clock_(clock), keyboard_(std::move(keyboard)) {}
 
-    QCoro::Task<bool> post(PasteRoute route, TaskScope scope) override;
+    QCoro::Task<KeysOutcome> post(Aim aim, TaskScope scope) override;
 
  private:
+    /// No chord, or one that what the user holds would make another one of.
+    [[nodiscard]] bool isSpoiled(const std::vector<int>& chord) const;
+
     RemoteDesktopKeys& keys_;
     Clock& clock_;
     GnomeKeyboard keyboard_;

@@ -57,21 +57,34 @@ RemoteDesktopKeys::~RemoteDesktopKeys() { close(); }
 
 bool RemoteDesktopKeys::isPosting() const { return posting_ > 0 || clock_.now() - lastPosted_ < echo; }
 
-QCoro::Task<bool> RemoteDesktopKeys::chord(std::vector<int> inputCodes, TaskScope scope) {
+QCoro::Task<KeysOutcome> RemoteDesktopKeys::chord(std::vector<int> inputCodes, TaskScope scope) {
     ChordGuard guard(*this, posting_);
-    bool isDone = co_await open(scope);
-    std::size_t pressed = 0;
-    while (isDone && pressed < inputCodes.size()) {
-        isDone = co_await move(inputCodes[pressed], true, scope);
-        ++pressed;
-        co_await sleep(clock_, keyTime, scope);
+    const bool isOpen = co_await open(scope);
+    KeysOutcome outcome = KeysOutcome::notPosted;
+    if (isOpen) {
+        outcome = co_await press(inputCodes, scope);
     }
-    for (; isDone && pressed > 0; --pressed) {
-        isDone = co_await move(inputCodes[pressed - 1], false, scope);
+    bool isDone = outcome == KeysOutcome::posted;
+    for (auto key = inputCodes.rbegin(); isDone && key != inputCodes.rend(); ++key) {
+        const KeysOutcome released = co_await move(*key, false, scope);
+        isDone = released == KeysOutcome::posted;
     }
     guard.isComplete = isDone;
     lastPosted_ = clock_.now();
-    co_return isDone;
+    co_return outcome;
+}
+
+QCoro::Task<KeysOutcome> RemoteDesktopKeys::press(std::vector<int> inputCodes, TaskScope scope) {
+    KeysOutcome outcome = KeysOutcome::notPosted;
+    for (const int key : inputCodes) {
+        outcome = co_await move(key, true, scope);
+        if (outcome != KeysOutcome::posted) {
+            // Those before the last one do nothing by themselves.
+            co_return key == inputCodes.back() ? outcome : KeysOutcome::notPosted;
+        }
+        co_await sleep(clock_, keyTime, scope);
+    }
+    co_return outcome;
 }
 
 QCoro::Task<bool> RemoteDesktopKeys::open(TaskScope scope) {
@@ -100,14 +113,17 @@ QCoro::Task<bool> RemoteDesktopKeys::open(TaskScope scope) {
     co_return session_ == path;
 }
 
-QCoro::Task<bool> RemoteDesktopKeys::move(int inputCode, bool down, TaskScope scope) {
+QCoro::Task<KeysOutcome> RemoteDesktopKeys::move(int inputCode, bool down, TaskScope scope) {
     if (session_.isEmpty()) {
-        co_return false;
+        co_return KeysOutcome::notPosted;
     }
     const QVariantList arguments{static_cast<uint>(inputCode), down};
     const auto moving = call(session_, sessionInterface, QStringLiteral("NotifyKeyboardKeycode"), arguments);
     const QDBusMessage moved = co_await moving.wait(scope);
-    co_return isAnswer(moved);
+    if (isAnswer(moved)) {
+        co_return KeysOutcome::posted;
+    }
+    co_return isRefusal(moved) ? KeysOutcome::notPosted : KeysOutcome::unknown;
 }
 
 void RemoteDesktopKeys::close() {

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "base/DiagnosticLog.h"
-#include "base/Task.h"
+#include "core/PasteKeys.h"
 #include "platform/linux/gnome/BusName.h"
 
 #include <QDBusMessage>
@@ -27,18 +27,20 @@ class RemoteDesktopKeys final : public QObject {
     [[nodiscard]] bool isOffered() const { return service_.isOwned() && !isRefused_; }
     /// Keys of ours may be going past at the moment.
     [[nodiscard]] bool isPosting() const;
+    /// Opens a session, unless one is open. False when there is none.
+    QCoro::Task<bool> open(TaskScope scope);
     /// Presses keys, Linux input codes, in this order, slowly enough for applications to see each one with
-    /// its modifiers, and lets them go in the opposite order. False when not all could be pressed; what was
-    /// pressed is let go even so. One at a time. The session stays open until `close`.
-    QCoro::Task<bool> chord(std::vector<int> inputCodes, TaskScope scope);
+    /// its modifiers, and lets them go in the opposite order; the last one is what acts. What was pressed is
+    /// let go even when not all could be. One at a time. Opens a session, which stays open until `close`.
+    QCoro::Task<KeysOutcome> chord(std::vector<int> inputCodes, TaskScope scope);
     void close();
 
  private Q_SLOTS:
     void closedByShell();
 
  private:
-    QCoro::Task<bool> open(TaskScope scope);
-    QCoro::Task<bool> move(int inputCode, bool down, TaskScope scope);
+    QCoro::Task<KeysOutcome> press(std::vector<int> inputCodes, TaskScope scope);
+    QCoro::Task<KeysOutcome> move(int inputCode, bool down, TaskScope scope);
     [[nodiscard]] Completion<QDBusMessage> call(const QString& path, const QString& interface,
                                                 const QString& method, const QVariantList& arguments = {});
 

@@ -34,21 +34,24 @@ class PressedKeys {
 
 } // namespace
 
-QCoro::Task<bool> KdePasteKeys::post(PasteRoute route, TaskScope scope) {
+QCoro::Task<KeysOutcome> KdePasteKeys::post(Aim aim, TaskScope scope) {
     const Instant deadline = clock_.now() + patience;
     while (keyboard_.heldModifiers() != 0 && clock_.now() < deadline) {
         co_await sleep(clock_, pollPeriod, scope);
     }
-    const std::vector<std::uint32_t> chord = keyboard_.pasteChord(route);
-    if (chord.empty() || !input_.isThere()) {
-        co_return false;
+    if (!input_.isThere()) {
+        co_return KeysOutcome::notPosted;
+    }
+    const std::vector<std::uint32_t> chord = keyboard_.pasteChord(aim());
+    if (chord.empty()) {
+        co_return KeysOutcome::notPosted;
     }
     input_.liftModifiers();
     {
         const PressedKeys pressed(input_, chord);
         co_await sleep(clock_, keyTime, scope);
     }
-    co_return input_.isThere();
+    co_return input_.isThere() ? KeysOutcome::posted : KeysOutcome::unknown;
 }
 
 } // namespace lorvane

@@ -12,7 +12,7 @@ class KdePasteKeys final : public PasteKeys {
     KdePasteKeys(FakeInput& input, Clock& clock, KdeKeyboard keyboard)
         : input_(input), clock_(clock), keyboard_(std::move(keyboard)) {}
 
-    QCoro::Task<bool> post(PasteRoute route, TaskScope scope) override;
+    QCoro::Task<KeysOutcome> post(Aim aim, TaskScope scope) override;
 
  private:
     FakeInput& input_;

@@ -63,35 +63,50 @@ QCoro::Task<bool> PortalKeyboard::ask(TaskScope scope) {
     if (version_ < tokenVersion) {
         co_return false;
     }
-    const bool opened = co_await open(dialogPatience, scope);
+    const bool opened = co_await openWithin(dialogPatience, scope);
     close();
     co_return opened&& isOffered();
 }
 
-QCoro::Task<bool> PortalKeyboard::chord(std::vector<int> inputCodes, TaskScope scope) {
-    if (session_.isEmpty() && !isOffered()) {
-        co_return false;
+QCoro::Task<KeysOutcome> PortalKeyboard::chord(std::vector<int> inputCodes, TaskScope scope) {
+    const bool isOpen = co_await open(scope);
+    KeysOutcome outcome = KeysOutcome::notPosted;
+    if (isOpen) {
+        outcome = co_await press(inputCodes, scope);
     }
-    bool isDone = true;
-    if (session_.isEmpty()) {
-        isDone = co_await open(patience, scope);
-    }
-    std::size_t pressed = 0;
-    while (isDone && pressed < inputCodes.size()) {
-        isDone = co_await move(inputCodes[pressed], true, scope);
-        ++pressed;
-        co_await sleep(clock_, keyTime, scope);
-    }
-    for (; isDone && pressed > 0; --pressed) {
-        isDone = co_await move(inputCodes[pressed - 1], false, scope);
+    bool isDone = outcome == KeysOutcome::posted;
+    for (auto key = inputCodes.rbegin(); isDone && key != inputCodes.rend(); ++key) {
+        const KeysOutcome released = co_await move(*key, false, scope);
+        isDone = released == KeysOutcome::posted;
     }
     if (!isDone) {
         close();
     }
-    co_return isDone;
+    co_return outcome;
 }
 
-QCoro::Task<bool> PortalKeyboard::open(Duration startPatience, TaskScope scope) {
+QCoro::Task<KeysOutcome> PortalKeyboard::press(std::vector<int> inputCodes, TaskScope scope) {
+    KeysOutcome outcome = KeysOutcome::notPosted;
+    for (const int key : inputCodes) {
+        outcome = co_await move(key, true, scope);
+        if (outcome != KeysOutcome::posted) {
+            // Those before the last one do nothing by themselves.
+            co_return key == inputCodes.back() ? outcome : KeysOutcome::notPosted;
+        }
+        co_await sleep(clock_, keyTime, scope);
+    }
+    co_return outcome;
+}
+
+QCoro::Task<bool> PortalKeyboard::open(TaskScope scope) {
+    if (!session_.isEmpty() || !isOffered()) {
+        co_return !session_.isEmpty();
+    }
+    const bool opened = co_await openWithin(patience, scope);
+    co_return opened;
+}
+
+QCoro::Task<bool> PortalKeyboard::openWithin(Duration startPatience, TaskScope scope) {
     const QString session = co_await createSession(scope);
     if (session.isEmpty()) {
         co_return false;
@@ -168,15 +183,19 @@ bool PortalKeyboard::refuse(const QString& problem) {
     return false;
 }
 
-QCoro::Task<bool> PortalKeyboard::move(int inputCode, bool down, TaskScope scope) {
+QCoro::Task<KeysOutcome> PortalKeyboard::move(int inputCode, bool down, TaskScope scope) {
     if (session_.isEmpty()) {
-        co_return false;
+        co_return KeysOutcome::notPosted;
     }
     const QVariantList arguments{pathOf(session_), QVariantMap(), inputCode, down ? 1U : 0U};
     const auto moving = requests_.call(PortalRequests::objectPath(), remoteInterface,
                                        QStringLiteral("NotifyKeyboardKeycode"), arguments);
     const QDBusMessage moved = co_await moving.wait(scope);
-    co_return moved.type() == QDBusMessage::ReplyMessage;
+    if (moved.type() == QDBusMessage::ReplyMessage) {
+        co_return KeysOutcome::posted;
+    }
+    const bool isSilence = moved.errorName() == QLatin1String("org.freedesktop.DBus.Error.NoReply");
+    co_return isSilence ? KeysOutcome::unknown : KeysOutcome::notPosted;
 }
 
 void PortalKeyboard::close() {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "base/Foundation.h"
+#include "core/PasteKeys.h"
 #include "platform/linux/portal/PortalRequests.h"
 
 #include <vector>
@@ -37,10 +38,12 @@ class PortalKeyboard final : public QObject {
     /// Asks the user, with the desktop's own dialog, to allow keys to be posted from now on. Opens nothing
     /// that stays open.
     QCoro::Task<bool> ask(TaskScope scope);
-    /// Presses keys, Linux input codes, in this order and lets them go in the opposite one. False when not
-    /// all could be pressed; the end of the session lets go of them then. One at a time. The session stays
-    /// open until `close`.
-    QCoro::Task<bool> chord(std::vector<int> inputCodes, TaskScope scope);
+    /// Opens a session by the token, unless one is open. False when there is none.
+    QCoro::Task<bool> open(TaskScope scope);
+    /// Presses keys, Linux input codes, in this order and lets them go in the opposite one; the last one is
+    /// what acts. When not all could be pressed, the end of the session lets go of them. One at a time. Opens
+    /// a session, which stays open until `close`.
+    QCoro::Task<KeysOutcome> chord(std::vector<int> inputCodes, TaskScope scope);
     void close();
 
  private Q_SLOTS:
@@ -48,10 +51,11 @@ class PortalKeyboard final : public QObject {
 
  private:
     void lookForPortal();
-    QCoro::Task<bool> open(Duration startPatience, TaskScope scope);
+    QCoro::Task<bool> openWithin(Duration startPatience, TaskScope scope);
     QCoro::Task<QString> createSession(TaskScope scope);
     QCoro::Task<bool> start(QString session, Duration startPatience, TaskScope scope);
-    QCoro::Task<bool> move(int inputCode, bool down, TaskScope scope);
+    QCoro::Task<KeysOutcome> press(std::vector<int> inputCodes, TaskScope scope);
+    QCoro::Task<KeysOutcome> move(int inputCode, bool down, TaskScope scope);
     void storeToken(const QVariantMap& results);
     [[nodiscard]] bool refuse(const QString& problem);
 

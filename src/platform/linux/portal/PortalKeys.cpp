@@ -23,18 +23,21 @@ QCoro::Task<bool> awaitBareKeyboard(std::function<std::uint32_t()> heldModifiers
 
 } // namespace
 
-QCoro::Task<bool> PortalPasteKeys::post(PasteRoute route, TaskScope scope) {
-    const std::vector<int> chord = facts_.pasteChord(route);
-    if (chord.empty() || !keyboard_.isOffered()) {
-        co_return false;
+QCoro::Task<KeysOutcome> PortalPasteKeys::post(Aim aim, TaskScope scope) {
+    if (facts_.pasteChord(PasteRoute::standard).empty() || !keyboard_.isOffered()) {
+        co_return KeysOutcome::notPosted;
     }
-    const bool isBare = co_await awaitBareKeyboard(facts_.heldModifiers, clock_, scope);
-    if (!isBare) {
-        co_return false;
+    bool isReady = co_await awaitBareKeyboard(facts_.heldModifiers, clock_, scope);
+    if (isReady) {
+        isReady = co_await keyboard_.open(scope);
     }
-    const bool posted = co_await keyboard_.chord(chord, scope);
+    KeysOutcome outcome = KeysOutcome::notPosted;
+    if (isReady && facts_.heldModifiers() == 0) {
+        const std::vector<int> chord = facts_.pasteChord(aim());
+        outcome = co_await keyboard_.chord(chord, scope);
+    }
     keyboard_.close();
-    co_return posted;
+    co_return outcome;
 }
 
 void PortalEditingKeys::press(EditingKey key) {
@@ -53,7 +56,8 @@ QCoro::Task<void> PortalEditingKeys::pressQueued(TaskScope scope) {
         queue_.pop_front();
         isPosted = co_await awaitBareKeyboard(facts_.heldModifiers, clock_, scope);
         if (isPosted) {
-            isPosted = co_await keyboard_.chord(key, scope);
+            const KeysOutcome outcome = co_await keyboard_.chord(key, scope);
+            isPosted = outcome == KeysOutcome::posted;
         }
     }
     queue_.clear();

@@ -26,7 +26,7 @@ class PortalPasteKeys final : public PasteKeys {
     PortalPasteKeys(PortalKeyboard& keyboard, Clock& clock, PortalKeyFacts facts)
         : keyboard_(keyboard), clock_(clock), facts_(std::move(facts)) {}
 
-    QCoro::Task<bool> post(PasteRoute route, TaskScope scope) override;
+    QCoro::Task<KeysOutcome> post(Aim aim, TaskScope scope) override;
 
  private:
     PortalKeyboard& keyboard_;

@@ -49,15 +49,15 @@ class PressedChord {
 
 } // namespace
 
-QCoro::Task<bool> WlrootsPasteKeys::post(PasteRoute route, TaskScope scope) {
+QCoro::Task<KeysOutcome> WlrootsPasteKeys::post(Aim aim, TaskScope scope) {
     if (!keyboard_.useKeymap(commandKeys::keymap())) {
-        co_return false;
+        co_return KeysOutcome::notPosted;
     }
     {
-        const PressedChord pressed(keyboard_, chordOf(route));
+        const PressedChord pressed(keyboard_, chordOf(aim()));
         co_await sleep(clock_, keyTime, scope);
     }
-    co_return connection_.isAlive();
+    co_return connection_.isAlive() ? KeysOutcome::posted : KeysOutcome::unknown;
 }
 
 } // namespace lorvane

@@ -15,7 +15,7 @@ class WlrootsPasteKeys final : public PasteKeys {
     WlrootsPasteKeys(const WlrootsPasteKeys&) = delete;
     WlrootsPasteKeys& operator=(const WlrootsPasteKeys&) = delete;
 
-    QCoro::Task<bool> post(PasteRoute route, TaskScope scope) override;
+    QCoro::Task<KeysOutcome> post(Aim aim, TaskScope scope) override;
 
  private:
     VirtualKeyboard& keyboard_;

@@ -35,9 +35,9 @@ class PressedChord {
 
 } // namespace
 
-QCoro::Task<bool> X11PasteKeys::post(PasteRoute route, TaskScope scope) {
+QCoro::Task<KeysOutcome> X11PasteKeys::post(Aim aim, TaskScope scope) {
     if (!keyboard_.canPost()) {
-        co_return false;
+        co_return KeysOutcome::notPosted;
     }
     const Instant deadline = clock_.now() + patience;
     std::vector<XKeyCode> held = heldModifiers();
@@ -45,11 +45,11 @@ QCoro::Task<bool> X11PasteKeys::post(PasteRoute route, TaskScope scope) {
         co_await sleep(clock_, pollPeriod, scope);
         held = heldModifiers();
     }
-    keyboard_.lift(held);
-    const Chord chord = chordFor(route);
+    const Chord chord = chordFor(aim());
     if (chord.empty()) {
-        co_return false;
+        co_return KeysOutcome::notPosted;
     }
+    keyboard_.lift(held);
     const std::function<void(XKeyCode, bool)> fake = [this](XKeyCode key, bool press) {
         fakeKey(key, press);
     };
@@ -57,7 +57,7 @@ QCoro::Task<bool> X11PasteKeys::post(PasteRoute route, TaskScope scope) {
         const PressedChord pressed(chord, fake);
         co_await sleep(clock_, keyTime, scope);
     }
-    co_return connection_.isAlive();
+    co_return connection_.isAlive() ? KeysOutcome::posted : KeysOutcome::unknown;
 }
 
 std::vector<XKeyCode> X11PasteKeys::heldModifiers() {

@@ -19,7 +19,7 @@ class X11PasteKeys final : public PasteKeys {
     X11PasteKeys(const X11PasteKeys&) = delete;
     X11PasteKeys& operator=(const X11PasteKeys&) = delete;
 
-    QCoro::Task<bool> post(PasteRoute route, TaskScope scope) override;
+    QCoro::Task<KeysOutcome> post(Aim aim, TaskScope scope) override;
 
  private:
     [[nodiscard]] std::vector<XKeyCode> heldModifiers();

@@ -223,12 +223,12 @@ TEST_F(InTheShell, TheChordOfATerminalPastesAndIsNotSeenAsTheUsersKeys) {
                           [](PasteRoute) {
                               return std::vector<int>{KEY_LEFTCTRL, KEY_LEFTSHIFT, KEY_V};
                           }});
-    std::optional<bool> posted;
+    std::optional<KeysOutcome> posted;
     const TaskHandle task = startTask([&](TaskScope scope) -> QCoro::Task<void> {
-        posted = co_await paste.post(PasteRoute::terminal, scope);
+        posted = co_await paste.post([] { return PasteRoute::terminal; }, scope);
     });
     ASSERT_TRUE(waitUntil([&] { return posted.has_value(); }));
-    EXPECT_EQ(posted, true);
+    EXPECT_EQ(posted, KeysOutcome::posted);
     EXPECT_EQ(terminal->waitForText(QStringLiteral("pasted")), QStringLiteral("pasted"));
     EXPECT_TRUE(edges.empty());
 }

@@ -40,10 +40,11 @@ class RemoteDesktop : public PrivateBus {
                    ? call.createReply(QVariant::fromValue(QDBusObjectPath(sessionPath)))
                    : call.createReply();
     }
-    std::optional<bool> paste(PasteRoute route) {
-        std::optional<bool> posted;
-        const TaskHandle task = startTask(
-            [&](TaskScope scope) -> QCoro::Task<void> { posted = co_await pasteKeys.post(route, scope); });
+    std::optional<KeysOutcome> paste(PasteRoute route) {
+        std::optional<KeysOutcome> posted;
+        const TaskHandle task = startTask([&](TaskScope scope) -> QCoro::Task<void> {
+            posted = co_await pasteKeys.post([route] { return route; }, scope);
+        });
         EXPECT_TRUE(waitUntil([&] { return !task.isRunning(); }));
         return posted;
     }
@@ -63,12 +64,12 @@ class RemoteDesktop : public PrivateBus {
 
 TEST_F(RemoteDesktop, IsNotOfferedWhereThereIsNoSuchService) {
     EXPECT_FALSE(editingKeys.canPost());
-    EXPECT_EQ(paste(PasteRoute::standard), false);
+    EXPECT_EQ(paste(PasteRoute::standard), KeysOutcome::notPosted);
 }
 
 TEST_F(RemoteDesktop, TheSessionIsOpenForTheChordAlone) {
     bringShell();
-    EXPECT_EQ(paste(PasteRoute::standard), true);
+    EXPECT_EQ(paste(PasteRoute::standard), KeysOutcome::posted);
     const QStringList expected{QStringLiteral("CreateSession:"),
                                QStringLiteral("Start:"),
                                pressed(KEY_LEFTCTRL),
@@ -83,22 +84,22 @@ TEST_F(RemoteDesktop, TheSessionIsOpenForTheChordAlone) {
 TEST_F(RemoteDesktop, ARefusedSessionIsNotAskedForAgainUntilAnotherShellComes) {
     refused = QStringLiteral("CreateSession");
     bringShell();
-    EXPECT_EQ(paste(PasteRoute::standard), false);
+    EXPECT_EQ(paste(PasteRoute::standard), KeysOutcome::notPosted);
     EXPECT_FALSE(keys.isOffered());
     EXPECT_EQ(lines.size(), 1);
     shell->forgetCalls();
-    EXPECT_EQ(paste(PasteRoute::standard), false);
+    EXPECT_EQ(paste(PasteRoute::standard), KeysOutcome::notPosted);
     EXPECT_TRUE(shell->calls().isEmpty());
     shell.reset();
     refused.clear();
     bringShell();
-    EXPECT_EQ(paste(PasteRoute::standard), true);
+    EXPECT_EQ(paste(PasteRoute::standard), KeysOutcome::posted);
 }
 
 TEST_F(RemoteDesktop, ASessionThatDoesNotStartIsEnded) {
     refused = QStringLiteral("Start");
     bringShell();
-    EXPECT_EQ(paste(PasteRoute::standard), false);
+    EXPECT_EQ(paste(PasteRoute::standard), KeysOutcome::notPosted);
     EXPECT_FALSE(keys.isOffered());
     EXPECT_TRUE(waitUntil([&] { return shell->calls().last() == QLatin1String("Stop:"); }));
 }
@@ -106,7 +107,7 @@ TEST_F(RemoteDesktop, ASessionThatDoesNotStartIsEnded) {
 TEST_F(RemoteDesktop, AShellThatDoesNotAnswerIsNotWaitedForForLong) {
     silent = QStringLiteral("CreateSession");
     bringShell();
-    EXPECT_EQ(paste(PasteRoute::standard), false);
+    EXPECT_EQ(paste(PasteRoute::standard), KeysOutcome::notPosted);
 }
 
 TEST_F(RemoteDesktop, KeysThatAreDownAreLetGoByTheEndOfTheSession) {
@@ -116,7 +117,7 @@ TEST_F(RemoteDesktop, KeysThatAreDownAreLetGoByTheEndOfTheSession) {
         return isV ? call.createErrorReply(QStringLiteral("org.freedesktop.DBus.Error.Failed"), QString())
                    : answer(call);
     };
-    EXPECT_EQ(paste(PasteRoute::standard), false);
+    EXPECT_EQ(paste(PasteRoute::standard), KeysOutcome::notPosted);
     EXPECT_TRUE(waitUntil([&] { return shell->calls().last() == QLatin1String("Stop:"); }));
 }
 
@@ -128,23 +129,59 @@ TEST_F(RemoteDesktop, AShellThatGoesInTheMiddleEndsTheChord) {
         }
         return answer(call);
     };
-    EXPECT_EQ(paste(PasteRoute::standard), false);
+    EXPECT_EQ(paste(PasteRoute::standard), KeysOutcome::posted) << "the press was confirmed";
     EXPECT_FALSE(keys.isOffered());
+}
+
+TEST_F(RemoteDesktop, AKeyThatIsNotAnsweredForMayHaveGoneOut) {
+    bringShell();
+    shell->answer = [this](const QDBusMessage& call) {
+        return call.arguments().value(0).toInt() == KEY_V ? QDBusMessage() : answer(call);
+    };
+    EXPECT_EQ(paste(PasteRoute::standard), KeysOutcome::unknown);
+    EXPECT_TRUE(waitUntil([&] { return shell->calls().last() == QLatin1String("Stop:"); }));
+}
+
+TEST_F(RemoteDesktop, AModifierThatIsNotAnsweredForPastesNothing) {
+    bringShell();
+    shell->answer = [this](const QDBusMessage& call) {
+        return call.arguments().value(0).toInt() == KEY_LEFTCTRL ? QDBusMessage() : answer(call);
+    };
+    EXPECT_EQ(paste(PasteRoute::standard), KeysOutcome::notPosted);
+    EXPECT_FALSE(shell->calls().contains(pressed(KEY_V)));
+}
+
+TEST_F(RemoteDesktop, AimIsTakenWhenTheModifiersAreUpAndTheSessionIsOpenAndBeforeTheFirstKey) {
+    bringShell();
+    held = modifierFlag::option;
+    const Handle letGo = clock.after(std::chrono::milliseconds(100), [this] { held = 0; });
+    std::uint32_t heldAtAim = 1;
+    QStringList callsAtAim;
+    const PasteKeys::Aim aim = [&] {
+        heldAtAim = held;
+        callsAtAim = shell->calls();
+        return PasteRoute::standard;
+    };
+    const TaskHandle task =
+        startTask([&](TaskScope scope) -> QCoro::Task<void> { co_await pasteKeys.post(aim, scope); });
+    EXPECT_TRUE(waitUntil([&] { return !task.isRunning(); }));
+    EXPECT_EQ(heldAtAim, 0U);
+    EXPECT_EQ(callsAtAim, QStringList({QStringLiteral("CreateSession:"), QStringLiteral("Start:")}));
 }
 
 TEST_F(RemoteDesktop, ModifiersThatStayHeldSpoilNoPaste) {
     bringShell();
     held = modifierFlag::option;
-    EXPECT_EQ(paste(PasteRoute::standard), false);
+    EXPECT_EQ(paste(PasteRoute::standard), KeysOutcome::notPosted);
     EXPECT_TRUE(shell->calls().isEmpty());
     held = modifierFlag::control;
-    EXPECT_EQ(paste(PasteRoute::standard), true);
+    EXPECT_EQ(paste(PasteRoute::standard), KeysOutcome::posted);
 }
 
 TEST_F(RemoteDesktop, ALayoutWithoutAChordIsNotPastedBy) {
     bringShell();
     chord.clear();
-    EXPECT_EQ(paste(PasteRoute::standard), false);
+    EXPECT_EQ(paste(PasteRoute::standard), KeysOutcome::notPosted);
     EXPECT_TRUE(shell->calls().isEmpty());
 }
 
@@ -184,7 +221,7 @@ TEST_F(RemoteDesktop, EditingKeysAreDroppedWhileAModifierStaysHeld) {
 TEST_F(RemoteDesktop, KeysOfOursAreKnownToBeOnTheirWay) {
     bringShell();
     EXPECT_FALSE(keys.isPosting());
-    EXPECT_EQ(paste(PasteRoute::standard), true);
+    EXPECT_EQ(paste(PasteRoute::standard), KeysOutcome::posted);
     EXPECT_TRUE(keys.isPosting());
     EXPECT_TRUE(waitUntil([this] { return !keys.isPosting(); }));
 }

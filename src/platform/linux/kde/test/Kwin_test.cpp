@@ -108,6 +108,9 @@ class KwinTest : public ::testing::Test {
         EXPECT_TRUE(waitClosely([&] { return !task.isRunning(); }));
         return answer;
     }
+    std::optional<KeysOutcome> paste(KdePasteKeys& keys, PasteRoute route) {
+        return run<KeysOutcome>([&](TaskScope scope) { return keys.post([route] { return route; }, scope); });
+    }
     /// Looks every millisecond, for times to be worth something.
     bool waitClosely(const std::function<bool()>& condition) {
         const Instant deadline = clock.now() + std::chrono::seconds(5);
@@ -246,7 +249,7 @@ TEST_F(KwinHoldTest, SeesEscapeAloneAndWithTheHoldKey) {
 TEST_F(KwinHoldTest, DoesNotHearItsOwnPaste) {
     watch({keyCode::rightControl});
     KdePasteKeys keys(input, clock, keyboard);
-    EXPECT_EQ(run<bool>([&](TaskScope scope) { return keys.post(PasteRoute::standard, scope); }), true);
+    EXPECT_EQ(paste(keys, PasteRoute::standard), KeysOutcome::posted);
     ASSERT_TRUE(waitUntil([this] { return !input.isPosting(); }));
     hand.press(keycode::rightControl);
     EXPECT_TRUE(told({{keyCode::rightControl, HoldEdgeKind::down}}));
@@ -304,14 +307,29 @@ TEST_F(KwinTest, PastesByTheKeysOfEachKind) {
     KdePasteKeys keys(input, clock, keyboard);
     {
         const auto app = DesktopApp::mousepad();
-        EXPECT_EQ(run<bool>([&](TaskScope scope) { return keys.post(PasteRoute::standard, scope); }), true);
+        EXPECT_EQ(paste(keys, PasteRoute::standard), KeysOutcome::posted);
         EXPECT_EQ(app->waitForText(text), text);
     }
     const auto app = DesktopApp::xfceTerminal();
-    EXPECT_EQ(run<bool>([&](TaskScope scope) { return keys.post(PasteRoute::terminal, scope); }), true);
+    EXPECT_EQ(paste(keys, PasteRoute::terminal), KeysOutcome::posted);
     EXPECT_EQ(app->waitForText(text), text);
     copy.kill();
     copy.waitForFinished();
+}
+
+TEST_F(KwinTest, AimIsTakenOnceTheModifiersAreUp) {
+    const Instant begun = clock.now();
+    const auto isHeld = [&] { return clock.now() < begun + std::chrono::milliseconds(200); };
+    KdeKeyboard held = keyboard;
+    held.heldModifiers = [&] { return isHeld() ? modifierFlag::control : 0U; };
+    KdePasteKeys keys(input, clock, held);
+    bool wasHeld = true;
+    const PasteKeys::Aim aim = [&] {
+        wasHeld = isHeld();
+        return PasteRoute::standard;
+    };
+    EXPECT_EQ(run<KeysOutcome>([&](TaskScope scope) { return keys.post(aim, scope); }), KeysOutcome::posted);
+    EXPECT_FALSE(wasHeld);
 }
 
 TEST_F(KwinTest, PressesEditingKeysBareWhileAModifierIsHeld) {
@@ -346,7 +364,7 @@ TEST_F(KwinEndTest, LivesThroughTheEndOfTheCompositor) {
     EXPECT_TRUE(road.offer().keys.empty());
     EXPECT_EQ(post(QStringLiteral("late")), PostOutcome::refused);
     KdePasteKeys keys(input, clock, keyboard);
-    EXPECT_EQ(run<bool>([&](TaskScope scope) { return keys.post(PasteRoute::standard, scope); }), false);
+    EXPECT_EQ(paste(keys, PasteRoute::standard), KeysOutcome::notPosted);
 }
 
 } // namespace

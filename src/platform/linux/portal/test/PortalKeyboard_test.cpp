@@ -44,9 +44,9 @@ class PortalKeyboardTest : public ::testing::Test {
         return waitUntil([this] { return keyboard->isOffered(); });
     }
     /// Runs a task to its end; the clock goes on by `step` at each look.
-    template <typename Body>
-    bool run(Body body, Duration step = std::chrono::milliseconds(5)) {
-        std::optional<bool> result;
+    template <typename Result, typename Body>
+    Result run(Body body, Result otherwise, Duration step = std::chrono::milliseconds(5)) {
+        std::optional<Result> result;
         const TaskHandle task = startTask([&](TaskScope scope) -> QCoro::Task<void> {
             auto work = body(scope);
             result = co_await work;
@@ -56,10 +56,16 @@ class PortalKeyboardTest : public ::testing::Test {
             return result.has_value();
         });
         EXPECT_TRUE(ended);
-        return result.value_or(false);
+        return result.value_or(otherwise);
     }
-    bool post(Duration step = std::chrono::milliseconds(5)) {
-        return run([this](TaskScope scope) { return paste->post(PasteRoute::standard, scope); }, step);
+    KeysOutcome post(Duration step = std::chrono::milliseconds(5)) {
+        const auto posting = [this](TaskScope scope) {
+            return paste->post([] { return PasteRoute::standard; }, scope);
+        };
+        return run<KeysOutcome>(posting, KeysOutcome::notPosted, step);
+    }
+    bool ask(Duration step = std::chrono::milliseconds(5)) {
+        return run<bool>([this](TaskScope scope) { return keyboard->ask(scope); }, false, step);
     }
     [[nodiscard]] QStringList keysPosted() const {
         QStringList keys;
@@ -84,7 +90,7 @@ class PortalKeyboardTest : public ::testing::Test {
 
 TEST_F(PortalKeyboardTest, PasteOpensASessionByItsTokenPostsTheChordAndClosesIt) {
     ASSERT_TRUE(waitForOffer());
-    EXPECT_TRUE(post());
+    EXPECT_EQ(post(), KeysOutcome::posted);
     EXPECT_EQ(keysPosted(), QStringList({"29 1", "47 1", "47 0", "29 0"}));
     EXPECT_EQ(portal.lastOptions[select].value(QStringLiteral("restore_token")), QStringLiteral("first"));
     EXPECT_EQ(portal.lastOptions[select].value(QStringLiteral("types")), 1U);
@@ -94,10 +100,10 @@ TEST_F(PortalKeyboardTest, PasteOpensASessionByItsTokenPostsTheChordAndClosesIt)
 
 TEST_F(PortalKeyboardTest, EachSessionGivesTheTokenForTheNext) {
     ASSERT_TRUE(waitForOffer());
-    EXPECT_TRUE(post());
+    EXPECT_EQ(post(), KeysOutcome::posted);
     EXPECT_EQ(token(), QStringLiteral("second"));
     portal.script[start].results = granted(QStringLiteral("third"));
-    EXPECT_TRUE(post());
+    EXPECT_EQ(post(), KeysOutcome::posted);
     EXPECT_EQ(portal.lastOptions[select].value(QStringLiteral("restore_token")), QStringLiteral("second"));
     EXPECT_EQ(token(), QStringLiteral("third"));
 }
@@ -105,15 +111,15 @@ TEST_F(PortalKeyboardTest, EachSessionGivesTheTokenForTheNext) {
 TEST_F(PortalKeyboardTest, SessionThatGivesNoTokenIsTheLastOne) {
     portal.script[start].results = {{QStringLiteral("devices"), 1U}};
     ASSERT_TRUE(waitForOffer());
-    EXPECT_TRUE(post());
+    EXPECT_EQ(post(), KeysOutcome::posted);
     EXPECT_FALSE(keyboard->isOffered());
-    EXPECT_FALSE(post());
+    EXPECT_EQ(post(), KeysOutcome::notPosted);
 }
 
 TEST_F(PortalKeyboardTest, WithoutATokenNothingIsOpened) {
     base.preferences.remove(remoteDesktopToken);
     EXPECT_TRUE(waitUntil([this] { return keyboard->obstacle().contains(QStringLiteral("been allowed")); }));
-    EXPECT_FALSE(post());
+    EXPECT_EQ(post(), KeysOutcome::notPosted);
     EXPECT_FALSE(editing->canPost());
     EXPECT_EQ(portal.calls, QStringList());
 }
@@ -121,14 +127,14 @@ TEST_F(PortalKeyboardTest, WithoutATokenNothingIsOpened) {
 TEST_F(PortalKeyboardTest, PortalOfTheFirstVersionIsNotUsed) {
     portal.versions[QStringLiteral("RemoteDesktop")] = 1;
     make();
-    EXPECT_FALSE(run([this](TaskScope scope) { return keyboard->ask(scope); }));
+    EXPECT_FALSE(ask());
     EXPECT_FALSE(keyboard->isOffered());
 }
 
 TEST_F(PortalKeyboardTest, TokenThatBringsUpADialogIsGivenUpAndTheDialogClosed) {
     portal.script[start].kind = Ending::Kind::staysOpen;
     ASSERT_TRUE(waitForOffer());
-    EXPECT_FALSE(post());
+    EXPECT_EQ(post(), KeysOutcome::notPosted);
     EXPECT_EQ(keysPosted(), QStringList());
     EXPECT_EQ(token(), QString());
     EXPECT_TRUE(waitUntil([this] { return portal.calls.contains(QStringLiteral("Request.Close")); }));
@@ -145,20 +151,20 @@ TEST_F(PortalKeyboardTest, RefusalAndBadAnswersPostNothing) {
             const auto before = std::exchange(portal.script[call], ending);
             base.preferences.set(remoteDesktopToken, QStringLiteral("first"));
             ASSERT_TRUE(waitForOffer());
-            EXPECT_FALSE(post()) << call.toStdString();
+            EXPECT_EQ(post(), KeysOutcome::notPosted) << call.toStdString();
             portal.script[call] = before;
         }
     }
     portal.script[start] = noKeyboard;
     base.preferences.set(remoteDesktopToken, QStringLiteral("first"));
-    EXPECT_FALSE(post());
+    EXPECT_EQ(post(), KeysOutcome::notPosted);
     EXPECT_EQ(keysPosted(), QStringList());
 }
 
 TEST_F(PortalKeyboardTest, ModifierThatStaysHeldPostsNothing) {
     held = modifierFlag::shift;
     ASSERT_TRUE(waitForOffer());
-    EXPECT_FALSE(post());
+    EXPECT_EQ(post(), KeysOutcome::notPosted);
     EXPECT_EQ(portal.calls, QStringList());
 }
 
@@ -166,13 +172,30 @@ TEST_F(PortalKeyboardTest, ModifierThatIsLetGoIsWaitedFor) {
     held = modifierFlag::shift;
     ASSERT_TRUE(waitForOffer());
     const Handle letGo = base.clock.after(std::chrono::milliseconds(400), [this] { held = 0; });
-    EXPECT_TRUE(post());
+    EXPECT_EQ(post(), KeysOutcome::posted);
+}
+
+TEST_F(PortalKeyboardTest, AimIsTakenWhenTheModifiersAreUpAndTheSessionIsOpenAndBeforeTheFirstKey) {
+    held = modifierFlag::shift;
+    ASSERT_TRUE(waitForOffer());
+    const Handle letGo = base.clock.after(std::chrono::milliseconds(400), [this] { held = 0; });
+    std::uint32_t heldAtAim = 1;
+    QStringList callsAtAim;
+    const PasteKeys::Aim aim = [&] {
+        heldAtAim = held;
+        callsAtAim = portal.calls;
+        return PasteRoute::standard;
+    };
+    const auto posting = [&](TaskScope scope) { return paste->post(aim, scope); };
+    EXPECT_EQ(run<KeysOutcome>(posting, KeysOutcome::notPosted), KeysOutcome::posted);
+    EXPECT_EQ(heldAtAim, 0U);
+    EXPECT_EQ(callsAtAim, QStringList({create, select, start}));
 }
 
 TEST_F(PortalKeyboardTest, LayoutWithoutTheChordPostsNothing) {
     chord.clear();
     ASSERT_TRUE(waitForOffer());
-    EXPECT_FALSE(post());
+    EXPECT_EQ(post(), KeysOutcome::notPosted);
     EXPECT_EQ(portal.calls, QStringList());
 }
 
@@ -192,7 +215,7 @@ TEST_F(PortalKeyboardTest, EditingKeysShareOneSessionAndCloseIt) {
 TEST_F(PortalKeyboardTest, SessionThatTheDesktopClosesInTheMiddlePostsNoMore) {
     portal.closeAfterKeys = 1;
     ASSERT_TRUE(waitForOffer());
-    EXPECT_FALSE(post());
+    EXPECT_EQ(post(), KeysOutcome::notPosted);
     EXPECT_EQ(keysPosted(), QStringList({"29 1"}));
 }
 
@@ -201,8 +224,7 @@ TEST_F(PortalKeyboardTest, AskingWaitsForTheUserAndKeepsTheToken) {
     portal.script[start].kind = Ending::Kind::staysOpen;
     const Handle user =
         base.clock.after(seconds(60), [this] { portal.respond(0, granted(QStringLiteral("by the user"))); });
-    EXPECT_TRUE(
-        run([this](TaskScope scope) { return keyboard->ask(scope); }, std::chrono::milliseconds(500)));
+    EXPECT_TRUE(ask(std::chrono::milliseconds(500)));
     EXPECT_EQ(token(), QStringLiteral("by the user"));
     EXPECT_TRUE(keyboard->isOffered());
     EXPECT_TRUE(waitUntil([this] { return portal.calls.contains(closeCall); }));
@@ -211,7 +233,7 @@ TEST_F(PortalKeyboardTest, AskingWaitsForTheUserAndKeepsTheToken) {
 TEST_F(PortalKeyboardTest, UserWhoSaysNoLeavesNoToken) {
     base.preferences.remove(remoteDesktopToken);
     portal.script[start] = {Ending::Kind::responds, 1, {}};
-    EXPECT_FALSE(run([this](TaskScope scope) { return keyboard->ask(scope); }));
+    EXPECT_FALSE(ask());
     EXPECT_EQ(token(), QString());
 }
 

@@ -119,11 +119,12 @@ class SwayPaste : public SwayFixture {
  protected:
     bool press(PasteRoute route) {
         WlrootsPasteKeys paste(keyboard, connection, clock);
-        bool pressed = false;
-        const TaskHandle task = startTask(
-            [&](TaskScope scope) -> QCoro::Task<void> { pressed = co_await paste.post(route, scope); });
+        auto outcome = KeysOutcome::notPosted;
+        const TaskHandle task = startTask([&](TaskScope scope) -> QCoro::Task<void> {
+            outcome = co_await paste.post([route] { return route; }, scope);
+        });
         EXPECT_TRUE(waitClosely([&] { return !task.isRunning(); }));
-        return pressed;
+        return outcome == KeysOutcome::posted;
     }
     static void copy(const QString& text) { EXPECT_EQ(runTool("wl-copy", {text}).status, 0); }
 };

@@ -29,17 +29,18 @@ class X11PasteKeysTest : public X11DesktopFixture {
             return QString::fromUtf8(result.output) == text;
         }));
     }
-    std::optional<bool> post(PasteRoute route) {
-        std::optional<bool> posted;
-        const TaskHandle task = startTask(
-            [&, this](TaskScope scope) -> QCoro::Task<void> { posted = co_await keys.post(route, scope); });
+    std::optional<KeysOutcome> post(PasteRoute route) {
+        std::optional<KeysOutcome> posted;
+        const TaskHandle task = startTask([&, this](TaskScope scope) -> QCoro::Task<void> {
+            posted = co_await keys.post([route] { return route; }, scope);
+        });
         EXPECT_TRUE(waitUntil([&] { return !task.isRunning(); }));
         return posted;
     }
     void expectPasteInEditor() {
         offer("clipboard", wanted);
         const auto editor = DesktopApp::mousepad();
-        EXPECT_EQ(post(PasteRoute::standard), true);
+        EXPECT_EQ(post(PasteRoute::standard), KeysOutcome::posted);
         EXPECT_EQ(editor->waitForText(wanted), wanted);
     }
     bool isAnythingDown() {
@@ -96,7 +97,7 @@ TEST_F(X11PasteKeysTest, PastesIntoATerminalByControlShiftV) {
     const auto terminal = DesktopApp::command(
         "xfce4-terminal", {"--disable-server", "-e", "sh -c \"stty raw -echo; exec cat >'" + file + "'\""});
     ASSERT_TRUE(waitUntil([&] { return QFile::exists(file); }));
-    EXPECT_EQ(post(PasteRoute::terminal), true);
+    EXPECT_EQ(post(PasteRoute::terminal), KeysOutcome::posted);
     EXPECT_TRUE(waitUntil([&] {
         QFile received(file);
         return received.open(QIODevice::ReadOnly) && received.readAll().contains("into a terminal");
@@ -106,7 +107,7 @@ TEST_F(X11PasteKeysTest, PastesIntoATerminalByControlShiftV) {
 TEST_F(X11PasteKeysTest, PastesThePrimarySelectionIntoXterm) {
     offer("primary", "into xterm");
     const auto terminal = DesktopApp::xterm();
-    EXPECT_EQ(post(PasteRoute::primaryTerminal), true);
+    EXPECT_EQ(post(PasteRoute::primaryTerminal), KeysOutcome::posted);
     EXPECT_EQ(terminal->waitForText("into xterm"), "into xterm");
 }
 
@@ -117,7 +118,7 @@ TEST_F(X11PasteKeysTest, WaitsForAHeldModifier) {
     const Handle release =
         clock.after(std::chrono::milliseconds(150), [this] { hand.release(keycode::rightShift); });
     const Instant before = clock.now();
-    EXPECT_EQ(post(PasteRoute::standard), true);
+    EXPECT_EQ(post(PasteRoute::standard), KeysOutcome::posted);
     EXPECT_GE(clock.now() - before, std::chrono::milliseconds(150));
     EXPECT_EQ(editor->waitForText(wanted), wanted);
 }
@@ -127,18 +128,34 @@ TEST_F(X11PasteKeysTest, LiftsWhatIsHeldTooLong) {
     const auto editor = DesktopApp::mousepad();
     hand.press(keycode::rightControl);
     hand.press(keycode::rightShift);
-    EXPECT_EQ(post(PasteRoute::standard), true);
+    EXPECT_EQ(post(PasteRoute::standard), KeysOutcome::posted);
     EXPECT_EQ(editor->waitForText(wanted), wanted);
     hand.release(keycode::rightShift);
     hand.release(keycode::rightControl);
     EXPECT_FALSE(isAnythingDown());
 }
 
+TEST_F(X11PasteKeysTest, AimIsTakenOnceTheModifiersAreUpAndBeforeTheFirstKey) {
+    hand.press(keycode::rightControl);
+    ASSERT_TRUE(waitUntil([this] { return hand.isDown(keycode::rightControl); }));
+    std::optional<bool> wasAnythingDown;
+    const PasteKeys::Aim aim = [&, this] {
+        wasAnythingDown = isAnythingDown() || hand.isDown(keycode::rightControl);
+        return PasteRoute::standard;
+    };
+    const TaskHandle task =
+        startTask([&, this](TaskScope scope) -> QCoro::Task<void> { co_await keys.post(aim, scope); });
+    EXPECT_FALSE(wasAnythingDown);
+    hand.release(keycode::rightControl);
+    EXPECT_TRUE(waitUntil([&] { return !task.isRunning(); }));
+    EXPECT_EQ(wasAnythingDown, false);
+}
+
 TEST_F(X11PasteKeysTest, KeysAreLetGoWhenTheOwnerEnds) {
     {
         const TaskHandle task = startTask([this](TaskScope scope) -> QCoro::Task<void> {
             const TaskScope shielded = scope.shielded();
-            (void)co_await keys.post(PasteRoute::standard, shielded);
+            (void)co_await keys.post([] { return PasteRoute::standard; }, shielded);
         });
         EXPECT_TRUE(task.isRunning());
         connection.sync();
@@ -149,24 +166,24 @@ TEST_F(X11PasteKeysTest, KeysAreLetGoWhenTheOwnerEnds) {
 }
 
 TEST_F(X11PasteKeysTest, CancellationDoesNotCutAShieldedPasteShort) {
-    std::optional<bool> posted;
+    std::optional<KeysOutcome> posted;
     TaskHandle task = startTask([&, this](TaskScope scope) -> QCoro::Task<void> {
         const TaskScope shielded = scope.shielded();
-        posted = co_await keys.post(PasteRoute::standard, shielded);
+        posted = co_await keys.post([] { return PasteRoute::standard; }, shielded);
     });
     task.cancel();
     EXPECT_TRUE(waitUntil([&] { return !task.isRunning(); }));
-    EXPECT_EQ(posted, true);
+    EXPECT_EQ(posted, KeysOutcome::posted);
 }
 
 TEST_F(X11PasteKeysTest, WithoutADisplayThereIsNoChord) {
     X11Connection nowhere(log, ":97531");
     X11PasteKeys gone(nowhere, clock);
-    std::optional<bool> posted;
+    std::optional<KeysOutcome> posted;
     const TaskHandle task = startTask([&](TaskScope scope) -> QCoro::Task<void> {
-        posted = co_await gone.post(PasteRoute::standard, scope);
+        posted = co_await gone.post([] { return PasteRoute::standard; }, scope);
     });
-    EXPECT_EQ(posted, false);
+    EXPECT_EQ(posted, KeysOutcome::notPosted);
 }
 
 } // namespace
