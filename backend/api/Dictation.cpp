@@ -3,28 +3,18 @@
 
 #include "engines/AudioDecoder.h"
 #include "engines/CleanUp.h"
+#include "language/Labels.h"
 #include "language/Linguist.h"
 #include "storage/StorageError.h"
 #include "util/Log.h"
 
-#include <cstdint>
+#include <algorithm>
+#include <system_error>
 #include <thread>
 
 namespace lorvane::backend {
 
 namespace {
-
-// The fields come in any order on the wire, so the digest is over their values, each with its length before
-// it.
-Digest contentOf(const Take& take) {
-    std::string all;
-    for (const auto* field :
-         {&take.fields.lang, &take.fields.translate, &take.fields.style, &take.fields.prefix})
-        all += std::to_string(field->size()) + ':' + *field;
-    const auto audio = sha256(take.audioBytes());
-    all.append(reinterpret_cast<const char*>(audio.data()), audio.size());
-    return sha256(all);
-}
 
 DictationError errorOf(AudioError error) {
     switch (error) {
@@ -32,6 +22,8 @@ DictationError errorOf(AudioError error) {
         return DictationError::tooLong;
     case AudioError::stopped:
         return DictationError::stopped;
+    case AudioError::noMemory:
+        return DictationError::busy;
     case AudioError::unreadable:
         break;
     }
@@ -63,51 +55,86 @@ void keepAdaptation(Storage& storage, DeviceId device, std::string_view engine, 
     }
 }
 
+// A prefix comes back from the client without its origin. Recognisers that write plain words write nothing of
+// these.
+bool looksWritten(std::string_view text) {
+    return std::any_of(text.begin(), text.end(), [](char c) {
+        return (c >= 'A' && c <= 'Z') || std::string_view(".,?!;:").find(c) != std::string_view::npos;
+    });
+}
+
 // The text of a take without any help from elsewhere, as its segments come.
 class SegmentText {
  public:
     // Without `onDelta` it is shown to nobody.
-    SegmentText(const ReadyTake& take, bool written, Dictation::OnDelta onDelta)
-        : written_(written), onDelta_(std::move(onDelta)), cleanUp_(take.before, take.style) {}
+    SegmentText(const ReadyTake& take, Dictation::OnDelta onDelta)
+        : before_(take.before), style_(take.style), onDelta_(std::move(onDelta)) {}
 
     void add(const HeardSegment& segment) {
         dictated_.raw = joined(std::move(dictated_.raw), segment.text);
-        if (!written_)
-            deliver(cleanUp_.add(segment.text, segment.pause));
-        else if (!segment.text.empty())
-            deliver(dictated_.text.empty() ? segment.text : ' ' + segment.text);
+        if (segment.plain)
+            return deliver(rules().add(segment.text, segment.pause));
+        endRules();
+        blankDue_ = blankWanted();
+        deliver(segment.text);
     }
     Dictated finish() {
-        if (!written_)
-            deliver(cleanUp_.finish());
+        endRules();
         return std::move(dictated_);
     }
 
  private:
+    // They go on as long as plain words come.
+    CleanUp& rules() {
+        if (!rules_) {
+            rules_.emplace(dictated_.text.empty() ? before_ : dictated_.text, style_);
+            blankDue_ = blankWanted();
+        }
+        return *rules_;
+    }
+    void endRules() {
+        if (rules_)
+            deliver(rules_->finish());
+        rules_.reset();
+    }
+    bool blankWanted() const { return !dictated_.text.empty() && !dictated_.text.ends_with('\n'); }
     void deliver(std::string fragment) {
+        if (fragment.empty())
+            return;
+        if (std::exchange(blankDue_, false))
+            fragment.insert(0, 1, ' ');
         dictated_.text += fragment;
-        if (onDelta_ && wanted_ && !fragment.empty())
+        if (onDelta_ && wanted_)
             wanted_ = onDelta_(std::move(fragment));
     }
 
-    const bool written_;
+    const std::string before_;
+    const std::string style_;
     const Dictation::OnDelta onDelta_;
-    CleanUp cleanUp_;
+    std::optional<CleanUp> rules_;
     Dictated dictated_;
+    bool blankDue_ = false;
     bool wanted_ = true;
 };
 
 // The label is looked for beside the writing; its place is not to be looked at before this ends.
 class Labelling {
  public:
-    Labelling(const Linguist& linguist, std::string text, std::string& label, const std::stop_token& stop)
-        : thread_([&linguist, text = std::move(text), &label, stop] {
-              try {
-                  label = linguist.label(text, stop);
-              } catch (const std::exception& error) {
-                  logLine(std::string("no label: ") + error.what());
-              }
-          }) {}
+    Labelling(const Linguist& linguist, const std::string& text, std::string& label,
+              const std::stop_token& stop) {
+        try {
+            thread_ = std::jthread([&linguist, text, &label, stop] {
+                try {
+                    label = linguist.label(text, stop);
+                } catch (const std::exception& error) {
+                    logLine(std::string("no label: ") + error.what());
+                }
+            });
+        } catch (const std::system_error& error) { // no more threads: no reason to lose the take
+            logLine(std::string("a label by keywords alone: ") + error.what());
+            label = labelByKeywords(text);
+        }
+    }
 
  private:
     std::jthread thread_;
@@ -116,18 +143,18 @@ class Labelling {
 } // namespace
 
 Dictation::Dictation(Storage& storage, Engine& engine, TakeMemory& memory, const Linguist& linguist,
-                     double maxSeconds)
-    : storage_(storage), engine_(engine), memory_(memory), linguist_(linguist), maxSeconds_(maxSeconds) {}
+                     double maxSeconds, std::shared_ptr<ByteBudget> budget)
+    : storage_(storage), engine_(engine), memory_(memory), linguist_(linguist), maxSeconds_(maxSeconds),
+      budget_(std::move(budget)) {}
 
-std::variant<ReadyTake, DictationError> Dictation::prepare(DeviceId device, const std::string& takeId,
-                                                           const Take& take,
-                                                           const std::stop_token& stop) const {
+std::variant<ReadyTake, DictationError>
+Dictation::prepare(DeviceId device, const TakeId& id, const Take& take, const std::stop_token& stop) const {
     if (!engine_.speaks(take.fields.lang))
         return DictationError::languageUnavailable;
-    auto decoded = decodeAudio(take.audioBytes(), maxSeconds_, stop);
+    ReadyTake ready(budget_);
+    auto decoded = decodeAudio(take.audioBytes(), maxSeconds_, stop, &ready.memory);
     if (const auto* error = std::get_if<AudioError>(&decoded))
         return errorOf(*error);
-    ReadyTake ready;
     ready.device = device;
     ready.language = take.fields.lang;
     if (take.fields.translate.size() >= 2)
@@ -137,7 +164,7 @@ std::variant<ReadyTake, DictationError> Dictation::prepare(DeviceId device, cons
     ready.before = take.fields.context;
     ready.context = take.fields.context.empty() ? take.fields.prefix : take.fields.context;
     ready.samples = std::move(std::get<std::vector<std::int16_t>>(decoded));
-    ready.progress = memory_.find(device, takeId, contentOf(take));
+    ready.progress = memory_.find(device, id);
     return ready;
 }
 
@@ -145,16 +172,19 @@ std::optional<DictationError> Dictation::recognise(ReadyTake& take, TakeProgress
                                                    const OnSegment& onSegment,
                                                    const std::stop_token& stop) const {
     auto& known = turn.segments();
-    for (const auto& segment : known)
+    std::string before = take.context;
+    for (const auto& segment : known) {
         onSegment(segment);
+        before = joined(std::move(before), segment.text);
+    }
     if (turn.complete() || take.samples.empty())
         return std::nullopt;
-    const RecognitionJob job{take.samples, take.language, take.context,
+    const RecognitionJob job{take.samples, take.language, before,
                              adaptationOf(storage_, take.device, engine_.name()), known.size()};
     const auto result = engine_.recognise(
         job,
-        [&](std::string text, std::chrono::milliseconds pause) {
-            known.push_back({std::move(text), pause});
+        [&](HeardSegment segment) {
+            known.push_back(std::move(segment));
             onSegment(known.back());
         },
         stop);
@@ -176,6 +206,7 @@ bool Dictation::translates(const ReadyTake& take) const {
 }
 
 std::variant<Dictated, DictationError> Dictation::run(ReadyTake& take, const OnDelta& onDelta,
+                                                      const OnHeard& onHeard,
                                                       const std::stop_token& stop) const {
     TakeProgress::Turn turn(*take.progress, stop);
     if (!turn)
@@ -186,15 +217,18 @@ std::variant<Dictated, DictationError> Dictation::run(ReadyTake& take, const OnD
     }
     // What will be written anew is not shown before.
     const bool rewritten = linguist_.writer() || translates(take);
-    SegmentText text(take, !engine_.wantsRules(take.language), rewritten ? OnDelta() : onDelta);
+    SegmentText text(take, rewritten ? OnDelta() : onDelta);
     if (!take.prefix.empty())
-        text.add({take.prefix, {}});
+        text.add({take.prefix, {}, engine_.mayBePlain(take.language) && !looksWritten(take.prefix)});
     if (const auto error = recognise(
             take, turn, [&](const HeardSegment& segment) { text.add(segment); }, stop))
         return *error;
+    take.dropSound();
     auto dictated = text.finish();
     if (dictated.text.empty())
         return DictationError::noSpeech;
+    if (linguist_.writer())
+        onHeard();
     if (const auto error = rewritten ? rewrite(take, onDelta, dictated, stop) : std::nullopt)
         return *error;
     if (!rewritten)

@@ -28,7 +28,11 @@ struct Response {
     int status = 200;
     std::string body;
     std::string contentType = "application/json";
+    int retryAfter = 0; // seconds after which another try makes sense; 0: not told
 };
+
+// Of who is refused because of all the others.
+inline constexpr int busyPause = 5;
 
 // The answering side of one request. A handler either respond()s once, or startLines() and then writes lines
 // until it returns. Used by the handler's thread only, until the handler returns.
@@ -42,6 +46,8 @@ class Exchange {
     virtual bool writeLine(std::string line) = 0;
     // Asked to stop when the client is gone or the server ends.
     virtual std::stop_token stopToken() const = 0;
+    // The rest of the handling waits for others: another request may take its place among the workers.
+    virtual void stepAside() = 0;
     // Goes into the request's log line. Never a token, never a user's words.
     virtual void note(std::string_view text) = 0;
 };

@@ -189,7 +189,8 @@ net::awaitable<bool> HttpSession::serveRoute(Parser& parser, const Route& route)
     auto pending =
         std::make_shared<PendingExchange>(std::move(request), std::move(held), shared_->options.backlog);
     auto& pool = poolOf(shared_->pools, route.work);
-    const bool queued = pool.submit([pending, &route, keep = shared_] { pending->handle(route.handler); });
+    const bool queued =
+        pool.submit([pending, &route, &pool, keep = shared_] { pending->handle(route.handler, pool); });
     if (!queued) {
         const bool more = co_await refuse(503, codeOfStatus(503), false);
         co_return more;

@@ -114,6 +114,7 @@ void HttpSession::endWatch() {
 // closing at once would reset the connection, and the client would lose the answer.
 net::awaitable<bool> HttpSession::refuse(int status, std::string_view code, bool bodyUnread) {
     Response response{status, errorBody(code)};
+    response.retryAfter = status == 503 ? busyPause : 0;
     const bool written = co_await writer_.response(std::move(response), form(keepAlive_ && !bodyUnread));
     log(what_, written ? status : 0, std::string(code));
     if (written && bodyUnread)

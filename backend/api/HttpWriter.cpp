@@ -62,6 +62,8 @@ net::awaitable<bool> HttpWriter::response(Response response, Form form) {
         addField(text, "Content-Security-Policy", "default-src 'none'; style-src 'unsafe-inline'");
     if (response.status == 405)
         addField(text, "Allow", form.allow);
+    if (response.retryAfter > 0)
+        addField(text, "Retry-After", std::to_string(response.retryAfter));
     addField(text, "Content-Length", std::to_string(response.body.size()));
     text.append("\r\n").append(response.body);
     // Nearly always the socket takes an answer at once, and no deadline has to be kept. Lines are never sent

@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "api/JsonBody.h"
 
-#include <boost/json.hpp>
+#include "api/BoundedJson.h"
 
 namespace lorvane::backend {
 
 namespace json = boost::json;
 
 namespace {
+
+// A list of short texts takes several times its bytes.
+constexpr std::size_t memoryOfJsonByte = 8;
 
 [[noreturn]] void fail(std::string_view key) { throw BadBody("bad " + std::string(key)); }
 
@@ -21,12 +24,10 @@ std::string textOf(const json::value& value, std::string_view key, std::size_t m
 
 } // namespace
 
-JsonBody::JsonBody(std::string_view body) : object_(std::make_unique<json::object>()) {
-    json::error_code error;
-    auto value = json::parse(view(body), error);
-    if (error || !value.is_object())
+JsonBody::JsonBody(std::string_view body)
+    : json_(std::make_unique<BoundedJson>(body, memoryOfJsonByte)), object_(json_->object()) {
+    if (!object_)
         throw BadBody("not a JSON object");
-    *object_ = std::move(value.as_object());
 }
 
 JsonBody::~JsonBody() = default;

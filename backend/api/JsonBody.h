@@ -15,6 +15,8 @@ class object;
 
 namespace lorvane::backend {
 
+class BoundedJson;
+
 // Names the key at fault, and never its content.
 class BadBody : public std::runtime_error {
  public:
@@ -38,7 +40,8 @@ class JsonBody {
     std::map<std::string, std::string> textMap(std::string_view key, std::size_t mostEntries) const;
 
  private:
-    const std::unique_ptr<boost::json::object> object_;
+    const std::unique_ptr<BoundedJson> json_;
+    const boost::json::object* const object_;
 };
 
 } // namespace lorvane::backend

@@ -3,6 +3,7 @@
 
 #include "api/Wire.h"
 #include "util/Log.h"
+#include "util/WorkPool.h"
 
 #include <exception>
 #include <utility>
@@ -42,6 +43,8 @@ bool PendingExchange::writeLine(std::string line) {
     return true;
 }
 
+void PendingExchange::stepAside() { pool_->stepAside(); }
+
 void PendingExchange::note(std::string_view text) {
     const std::lock_guard lock(mutex_);
     if (!notes_.empty())
@@ -49,7 +52,8 @@ void PendingExchange::note(std::string_view text) {
     notes_ += text;
 }
 
-void PendingExchange::handle(const Handler& handler) {
+void PendingExchange::handle(const Handler& handler, WorkPool& pool) {
+    pool_ = &pool;
     try {
         if (!stop_.stop_requested())
             handler(request_, *this);

@@ -10,6 +10,8 @@
 
 namespace lorvane::backend {
 
+class WorkPool;
+
 // An exchange between the worker that handles a request and the connection that answers it. The worker gets
 // ahead of the client by at most `backlog` bytes of lines, then waits.
 class PendingExchange : public Exchange {
@@ -21,9 +23,10 @@ class PendingExchange : public Exchange {
     void startLines() override;
     bool writeLine(std::string line) override;
     std::stop_token stopToken() const override { return stop_.get_token(); }
+    void stepAside() override;
     void note(std::string_view text) override;
-    // Runs the handler, whatever it throws, and drops the request.
-    void handle(const Handler& handler);
+    // Runs the handler as a job of that pool, whatever it throws, and drops the request.
+    void handle(const Handler& handler, WorkPool& pool);
 
     // The connection's side.
     struct Progress {
@@ -47,6 +50,7 @@ class PendingExchange : public Exchange {
     Request request_;
     ByteBudget::Share held_;
     const std::size_t backlog_;
+    WorkPool* pool_ = nullptr;
     std::stop_source stop_;
     WakeSlot slot_;
     mutable std::mutex mutex_;

@@ -83,7 +83,9 @@ std::vector<Route> makeRoutes(const Services& services) {
 
 void refuse(Exchange& exchange, int status, std::string_view code) {
     exchange.note(code);
-    exchange.respond({status, errorBody(code)});
+    Response response{status, errorBody(code)};
+    response.retryAfter = status == 503 ? busyPause : 0;
+    exchange.respond(std::move(response));
 }
 
 void agree(Exchange& exchange) { exchange.respond({200, agreedBody}); }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "api/TakeBody.h"
 
+#include "api/BoundedJson.h"
 #include "util/Base64.h"
 
 #include <array>
@@ -30,13 +31,8 @@ constexpr auto fieldNames = std::to_array<FieldName>({
     {"context", &TakeFields::context},
 });
 
-std::optional<json::object> parseObject(std::string_view text) {
-    json::error_code error;
-    auto value = json::parse({text.data(), text.size()}, error);
-    if (error || !value.is_object())
-        return std::nullopt;
-    return std::move(value.as_object());
-}
+// Of the parser, for each byte of a text. A string is held twice for a moment, in parts when it has escapes.
+constexpr std::size_t memoryOfJsonByte = 4;
 
 std::string_view readFields(const json::object& object, TakeFields& fields) {
     for (const auto& name : fieldNames) {
@@ -61,7 +57,8 @@ std::variant<Take, MalformedTake> readFramed(std::string_view body) {
         return MalformedTake{"fields too long"};
     if (length > body.size() - 4)
         return MalformedTake{"shorter than its fields"};
-    const auto object = parseObject(body.substr(4, length));
+    const BoundedJson json(body.substr(4, length), memoryOfJsonByte);
+    const auto* object = json.object();
     if (!object)
         return MalformedTake{"fields are not a JSON object"};
     Take take;
@@ -72,7 +69,8 @@ std::variant<Take, MalformedTake> readFramed(std::string_view body) {
 }
 
 std::variant<Take, MalformedTake> readJson(std::string_view body) {
-    const auto object = parseObject(body);
+    const BoundedJson json(body, memoryOfJsonByte);
+    const auto* object = json.object();
     if (!object)
         return MalformedTake{"not a JSON object"};
     Take take;
@@ -97,6 +95,28 @@ std::variant<Take, MalformedTake> readTake(std::string_view contentType, std::st
     if (contentType == "application/json")
         return readJson(body);
     return MalformedTake{"unknown content type"};
+}
+
+std::size_t memoryToReadTake(std::string_view contentType, std::size_t bodySize) {
+    return contentType == "application/json" ? (memoryOfJsonByte + 1) * bodySize : 0;
+}
+
+// The fields come in any order on the wire, so the digest is over their values, each with its length before
+// it. "ext" is a name and changes nothing.
+TakeId identityOfTake(std::string_view id, const Take& take) {
+    if (id.empty())
+        return std::nullopt;
+    std::string all;
+    const auto add = [&all](std::string_view part) {
+        all.append(std::to_string(part.size())).append(":").append(part);
+    };
+    add(id);
+    for (const auto& name : fieldNames)
+        if (name.field != &TakeFields::ext)
+            add(take.fields.*name.field);
+    const auto audio = sha256(take.audioBytes());
+    add(asBytes(audio));
+    return sha256(all);
 }
 
 } // namespace lorvane::backend

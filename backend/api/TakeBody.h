@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "storage/Storage.h"
+
 #include <string>
 #include <string_view>
 #include <variant>
@@ -36,5 +38,11 @@ struct MalformedTake {
 //  - "application/json": one object, the audio in base64 under "audio".
 // The fields are strings, unknown ones are ignored, "ext" must be there. The result refers to `body`.
 std::variant<Take, MalformedTake> readTake(std::string_view contentType, std::string_view body);
+// Bytes of memory that reading a body may take beside it: a JSON form is copied on its way.
+std::size_t memoryToReadTake(std::string_view contentType, std::size_t bodySize);
+
+// Of who counts takes, and of who remembers them: the client's id with everything that the text comes of, so
+// that another content under an id that was used is another take. Nothing without an id.
+TakeId identityOfTake(std::string_view id, const Take& take);
 
 } // namespace lorvane::backend

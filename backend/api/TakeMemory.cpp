@@ -27,21 +27,19 @@ TakeProgress::Turn::~Turn() {
 TakeMemory::TakeMemory(std::chrono::seconds keptFor, Now now, std::size_t most)
     : keptFor_(keptFor), now_(std::move(now)), most_(most) {}
 
-std::shared_ptr<TakeProgress> TakeMemory::find(DeviceId device, const std::string& takeId,
-                                               const Digest& content) {
-    if (takeId.empty())
+std::shared_ptr<TakeProgress> TakeMemory::find(DeviceId device, const TakeId& take) {
+    if (!take)
         return std::make_shared<TakeProgress>();
     const auto now = now_();
     const std::lock_guard lock(mutex_);
     sweepLocked(now);
-    const auto found = entries_.find({device, takeId});
-    if (found != entries_.end() && found->second.content == content) {
+    if (const auto found = entries_.find({device, *take}); found != entries_.end()) {
         found->second.until = now + keptFor_;
         return found->second.progress;
     }
     auto progress = std::make_shared<TakeProgress>();
-    if (found != entries_.end() || entries_.size() < most_)
-        entries_.insert_or_assign({device, takeId}, Entry{content, now + keptFor_, progress});
+    if (entries_.size() < most_)
+        entries_.insert_or_assign({device, *take}, Entry{now + keptFor_, progress});
     return progress;
 }
 

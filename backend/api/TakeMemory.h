@@ -2,8 +2,8 @@
 #pragma once
 
 #include "api/Dictated.h"
+#include "engines/Engine.h"
 #include "storage/Storage.h"
-#include "util/Secrets.h"
 
 #include <atomic>
 #include <chrono>
@@ -19,11 +19,6 @@
 #include <vector>
 
 namespace lorvane::backend {
-
-struct HeardSegment {
-    std::string text;
-    std::chrono::milliseconds pause{0}; // before it
-};
 
 // What has been recognised of one take, and in the end what became of it. A take that comes a second time
 // (its stream broke, and the one-shot upload follows) goes on from here, so that no segment is recognised
@@ -70,20 +65,19 @@ class TakeMemory {
     explicit TakeMemory(std::chrono::seconds keptFor = std::chrono::minutes(2),
                         Now now = &std::chrono::steady_clock::now, std::size_t most = 10'000);
 
-    // The same object for the same device, take id and content within the time kept, which does not pass
-    // while somebody is at it; a fresh one otherwise, and for an empty take id always. Any thread.
-    std::shared_ptr<TakeProgress> find(DeviceId device, const std::string& takeId, const Digest& content);
+    // The same object for the same take of a device within the time kept, which does not pass while somebody
+    // is at it; a fresh one otherwise. Any thread.
+    std::shared_ptr<TakeProgress> find(DeviceId device, const TakeId& take);
     // Drops what is past its time.
     void sweep();
     std::size_t size() const;
 
  private:
     struct Entry {
-        Digest content;
         TimePoint until;
         std::shared_ptr<TakeProgress> progress;
     };
-    using Key = std::pair<DeviceId, std::string>;
+    using Key = std::pair<DeviceId, Digest>;
     void sweepLocked(TimePoint now);
 
     const std::chrono::seconds keptFor_;

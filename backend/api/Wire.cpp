@@ -121,6 +121,8 @@ ErrorMeaning meaningOf(DictationError error) {
         return {422, "no_speech"};
     case DictationError::stopped:
         return {503, "stopped"};
+    case DictationError::busy:
+        return {503, "busy"};
     case DictationError::engineFailed:
         break;
     }

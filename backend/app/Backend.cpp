@@ -16,6 +16,7 @@ constexpr std::size_t quickQueue = 4096;
 constexpr std::chrono::seconds sweepPause{10};
 constexpr std::size_t slowThreads = 16; // they mostly wait for other servers
 constexpr std::size_t slowQueue = 256;
+constexpr std::size_t writtenAtOnce = 32; // takes that wait for a language server, beside those at work
 
 std::unique_ptr<Mailer> mailerFor(const MailOptions& options) {
     if (options.smtp)
@@ -28,13 +29,15 @@ std::unique_ptr<Mailer> mailerFor(const MailOptions& options) {
 Backend::Backend(const BackendOptions& options, std::unique_ptr<Storage> storage,
                  std::unique_ptr<Engine> engine)
     : storage_(std::move(storage)), engine_(std::move(engine)), mailer_(mailerFor(options.mail)),
-      releases_(options.releases), linguist_(options.language, options.apertium),
-      dictation_(*storage_, *engine_, memory_, linguist_, options.maxAudioSeconds),
+      releases_(options.releases), takeBytes_(std::make_shared<ByteBudget>(options.takeBytes)),
+      linguist_(options.language, options.apertium),
+      dictation_(*storage_, *engine_, memory_, linguist_, options.maxAudioSeconds, takeBytes_),
       tokens_(*storage_, options.tokenTime),
       services_{options.service, *storage_, dictation_,
                 linguist_,       *mailer_,  releases_,
                 metrics_,        codes_,    [this] { return unready(); }},
-      quick_(quickThreads, quickQueue), slow_(slowThreads, slowQueue), takes_(options.workers, options.queue),
+      quick_(quickThreads, quickQueue), slow_(slowThreads, slowQueue),
+      takes_(options.workers, options.queue, options.language.empty() ? 0 : writtenAtOnce),
       server_(options.server, makeRoutes(services_),
               {[this](std::string_view token) { return tokens_.deviceOf(token); },
                [this](std::string_view token) { return tokens_.recall(token); }},
@@ -105,6 +108,9 @@ void Backend::addGauges() {
     add("lorvane_connections", "Open connections.", [this] { return server_.connections(); });
     add("lorvane_takes_running", "Takes that are worked on.", [this] { return takes_.running(); });
     add("lorvane_takes_waiting", "Takes that wait for a worker.", [this] { return takes_.queued(); });
+    add("lorvane_takes_writing", "Takes that a language server writes.", [this] { return takes_.aside(); });
+    add("lorvane_take_bytes", "Memory that the sound of takes holds.",
+        [this, whole = takeBytes_->left()] { return whole - takeBytes_->left(); });
     add("lorvane_slow_waiting", "Letters and texts that wait.", [this] { return slow_.queued(); });
     add("lorvane_ready", "1 when requests may come.", [this] { return unready().empty() ? 1 : 0; });
 }

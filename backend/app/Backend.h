@@ -37,7 +37,8 @@ struct BackendOptions {
     std::size_t workers = 2;          // recognitions at once
     std::size_t queue = 64;           // takes that wait for one
     double maxAudioSeconds = 30 * 60;
-    std::chrono::seconds tokenTime{60}; // how long a good token stays so while the store is away
+    std::size_t takeBytes = std::size_t(512) << 20; // the sound of all takes together
+    std::chrono::seconds tokenTime{60};             // how long a good token stays so while the store is away
 };
 
 // The whole service, put together. Listens from its construction on and answers after start().
@@ -55,7 +56,7 @@ class Backend {
     void stop(std::chrono::milliseconds grace);
     std::size_t connections() const { return server_.connections(); }
     // Takes that are worked on or wait.
-    std::size_t busy() const { return takes_.running() + takes_.queued(); }
+    std::size_t busy() const { return takes_.running() + takes_.aside() + takes_.queued(); }
 
  private:
     std::string_view unready() const;
@@ -68,6 +69,7 @@ class Backend {
     const std::unique_ptr<Mailer> mailer_;
     const ReleaseFeed releases_;
     TakeMemory memory_;
+    const std::shared_ptr<ByteBudget> takeBytes_;
     Linguist linguist_;
     const Dictation dictation_;
     Metrics metrics_;

@@ -64,6 +64,8 @@ void addBounds(CLI::App& app, RawOptions& raw) {
         ->check(CLI::Range(1, 1024));
     add(app, "--audio-limit", "MINUTES", raw.audioMinutes, "Longest take; more is answered 413")
         ->check(CLI::Range(0.1, 600.0));
+    add(app, "--take-memory", "MIB", raw.takeMiB, "Sound of all takes in work together; more is answered 503")
+        ->check(CLI::Range(4, 1'048'576));
     add(app, "--write-time", "SECONDS", raw.writeSeconds, "How long a client may take to accept one line")
         ->check(CLI::Range(1, 600));
     add(app, "--ping-time", "SECONDS", raw.pingSeconds,

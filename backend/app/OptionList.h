@@ -34,6 +34,7 @@ struct RawOptions {
     std::size_t connections = 4096;
     std::size_t bodyMiB = 64;
     double audioMinutes = 30;
+    std::size_t takeMiB = 512;
     std::size_t writeSeconds = 20;
     std::size_t pingSeconds = 15;
     std::size_t drainDelaySeconds = 0;

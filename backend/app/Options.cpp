@@ -173,6 +173,14 @@ std::size_t workersFor(const RawOptions& raw, bool servers) {
     return servers ? 32 : std::max(1U, std::thread::hardware_concurrency());
 }
 
+// One take must always fit, or it would be refused for ever.
+std::size_t readTakeMemory(const RawOptions& raw) {
+    const auto bytes = raw.takeMiB << 20;
+    if (static_cast<double>(bytes) < raw.audioMinutes * 60 * sampleRate * 2 + (2 << 20))
+        fail("take-memory", "too little for one take of audio-limit, which has 1.9 MB a minute");
+    return bytes;
+}
+
 ProgramOptions meaningOf(const RawOptions& raw) {
     ProgramOptions options;
     options.postgres = readPostgres(raw);
@@ -194,6 +202,7 @@ ProgramOptions meaningOf(const RawOptions& raw) {
     options.backend.queue = raw.queue;
     options.backend.tokenTime = std::chrono::seconds(raw.tokenSeconds);
     options.backend.maxAudioSeconds = raw.audioMinutes * 60;
+    options.backend.takeBytes = readTakeMemory(raw);
     return options;
 }
 

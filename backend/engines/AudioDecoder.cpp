@@ -28,6 +28,7 @@ constexpr int lowestRate = 4'000;
 constexpr int highestRate = 384'000;
 constexpr int mostChannels = 8;
 // An index may announce millions of samples in a few bytes. That of ten hours takes 40 MB.
+constexpr std::size_t memoryStep = std::size_t(1) << 18; // samples that are asked for at once: 16 s
 constexpr std::size_t largestAllocation = std::size_t(64) << 20;
 
 struct FreeFormat {
@@ -123,7 +124,11 @@ Codec openCodec(const AVStream& stream) {
 // Follows the frames, so that a file whose announced layout is wrong, or changes, still comes out right.
 class ToSpeechSamples {
  public:
-    ToSpeechSamples(std::vector<std::int16_t>& out, std::size_t bound) : out_(out), bound_(bound) {}
+    ToSpeechSamples(std::vector<std::int16_t>& out, std::size_t bound, ByteBudget::Share* memory)
+        : out_(out), bound_(bound), memory_(memory) {
+        // Never moved: what is not used of it is no memory but addresses.
+        out_.reserve(bound + memoryStep);
+    }
 
     bool add(const AVFrame& frame) {
         if (frame.sample_rate < lowestRate || frame.sample_rate > highestRate ||
@@ -135,6 +140,7 @@ class ToSpeechSamples {
     }
     bool finish() { return !resampler_ || convert(nullptr, 0); }
     bool full() const { return out_.size() > bound_; }
+    bool outOfMemory() const { return outOfMemory_; }
 
  private:
     bool matches(const AVFrame& frame) const {
@@ -167,6 +173,8 @@ class ToSpeechSamples {
         if (room < 0)
             return false;
         const auto before = out_.size();
+        if (!grow(before + static_cast<std::size_t>(room)))
+            return false;
         out_.resize(before + static_cast<std::size_t>(room));
         auto* to = reinterpret_cast<std::uint8_t*>(out_.data() + before);
         const int made = swr_convert(resampler_.get(), &to, room, in, count);
@@ -174,8 +182,17 @@ class ToSpeechSamples {
         return made >= 0;
     }
 
+    bool grow(std::size_t samples) {
+        for (; memory_ && taken_ < samples && !outOfMemory_; taken_ += memoryStep)
+            outOfMemory_ = !memory_->grow(memoryStep * sizeof(std::int16_t));
+        return !outOfMemory_;
+    }
+
     std::vector<std::int16_t>& out_;
     const std::size_t bound_;
+    ByteBudget::Share* const memory_;
+    std::size_t taken_ = 0; // samples of it
+    bool outOfMemory_ = false;
     Resampler resampler_;
     int rate_ = 0;
     int format_ = -1;
@@ -209,12 +226,15 @@ std::optional<AudioError> decodeStream(AVFormatContext& format, int stream, AVCo
         good = drainFrames(codec, *frame, samples) && samples.finish();
     if (samples.full())
         return AudioError::tooLong;
+    if (samples.outOfMemory())
+        return AudioError::noMemory;
     return good ? std::nullopt : std::optional(AudioError::unreadable);
 }
 
 } // namespace
 
-DecodedAudio decodeAudio(std::string_view file, double maxSeconds, const std::stop_token& stop) {
+DecodedAudio decodeAudio(std::string_view file, double maxSeconds, const std::stop_token& stop,
+                         ByteBudget::Share* memory) {
     static std::once_flag quiet;
     std::call_once(quiet, [] {
         av_log_set_level(AV_LOG_QUIET); // its words on damaged files are not ours
@@ -224,8 +244,8 @@ DecodedAudio decodeAudio(std::string_view file, double maxSeconds, const std::st
     if (file.empty())
         return out;
     Patience patience(out, stop);
-    const MemoryFile memory(file);
-    const Format format = openFormat(memory.context(), patience);
+    const MemoryFile bytes(file);
+    const Format format = openFormat(bytes.context(), patience);
     if (!format)
         return patience.reason();
     const int stream = av_find_best_stream(format.get(), AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
@@ -234,7 +254,7 @@ DecodedAudio decodeAudio(std::string_view file, double maxSeconds, const std::st
     const Codec codec = openCodec(*format->streams[stream]);
     if (!codec)
         return AudioError::unreadable;
-    ToSpeechSamples samples(out, static_cast<std::size_t>(maxSeconds * sampleRate));
+    ToSpeechSamples samples(out, static_cast<std::size_t>(maxSeconds * sampleRate), memory);
     if (const auto error = decodeStream(*format, stream, *codec, samples, patience))
         return *error;
     return out;

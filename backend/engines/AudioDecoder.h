@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "util/ByteBudget.h"
+
 #include <cstdint>
 #include <stop_token>
 #include <string_view>
@@ -9,7 +11,7 @@
 
 namespace lorvane::backend {
 
-enum class AudioError { unreadable, tooLong, stopped };
+enum class AudioError { unreadable, tooLong, stopped, noMemory };
 
 using DecodedAudio = std::variant<std::vector<std::int16_t>, AudioError>;
 
@@ -22,6 +24,8 @@ using DecodedAudio = std::variant<std::vector<std::int16_t>, AudioError>;
 inline constexpr double decodingTime = 2.0;
 inline constexpr double decodingTimeOfASecond = 0.1;
 
-DecodedAudio decodeAudio(std::string_view file, double maxSeconds, const std::stop_token& stop);
+// The samples are taken out of `memory` as they come, unless it is null; noMemory when it has no more.
+DecodedAudio decodeAudio(std::string_view file, double maxSeconds, const std::stop_token& stop,
+                         ByteBudget::Share* memory = nullptr);
 
 } // namespace lorvane::backend

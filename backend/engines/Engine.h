@@ -30,19 +30,24 @@ struct Recognition {
     std::string reason;     // for the log, when failed
 };
 
+// The final text of a stretch of sound.
+struct HeardSegment {
+    std::string text;                   // may be empty
+    std::chrono::milliseconds pause{0}; // the silence before it, as far as the engine knows it
+    bool plain = true; // no capitals, no punctuation: the rules of English are to make sentences of it
+};
+
 // Turns speech into raw text. Any thread, several calls at once; a call blocks until its end.
 class Engine {
  public:
-    // The final text of one segment, in order, and the silence before it as far as the engine knows it; a
-    // text given is never taken back. It may be empty. The calling thread is recognise's own.
-    using OnSegment = std::function<void(std::string text, std::chrono::milliseconds pause)>;
+    // One segment, in order; a text given is never taken back. The calling thread is recognise's own.
+    using OnSegment = std::function<void(HeardSegment segment)>;
 
     virtual ~Engine() = default;
     virtual std::string_view name() const = 0;
     virtual bool speaks(std::string_view language) const = 0;
-    // Whether the rules of English are to make sentences of its words, which have neither capitals nor
-    // punctuation then. An empty language: nobody knows.
-    virtual bool wantsRules(std::string_view) const { return true; }
+    // Whether it gives plain segments. An empty language: nobody knows.
+    virtual bool mayBePlain(std::string_view) const { return true; }
     // Loads what the first recognition would load. Blocks.
     virtual void warmUp() = 0;
     virtual Recognition recognise(const RecognitionJob& job, const OnSegment& onSegment,

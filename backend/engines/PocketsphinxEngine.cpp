@@ -107,7 +107,7 @@ Recognition PocketsphinxEngine::recognise(const RecognitionJob& job, const OnSeg
         if (!text)
             return {Recognition::End::stopped, {}, {}};
         heard = heard || !text->empty();
-        onSegment(std::move(*text), cut.pause);
+        onSegment({std::move(*text), cut.pause, true});
     }
     if (!heard)
         return {Recognition::End::noSpeech, {}, {}};

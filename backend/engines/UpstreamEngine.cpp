@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engines/UpstreamEngine.h"
 
-#include "engines/CleanUp.h"
 #include "engines/Pauses.h"
 #include "engines/SocketSpeech.h"
 #include "engines/Transcript.h"
@@ -79,12 +78,13 @@ void putNumber(std::string& out, std::uint32_t value, int bytes) {
 } // namespace
 
 UpstreamEngine::UpstreamEngine(std::vector<SpeechUpstream> upstreams, UpstreamTimes times)
-    : upstreams_(std::move(upstreams)), times_(times),
-      plain_(std::none_of(upstreams_.begin(), upstreams_.end(),
-                          [](const SpeechUpstream& upstream) { return upstream.profile->sentences; })),
-      pool_("speech", serversOf(upstreams_), times.pool) {}
+    : upstreams_(std::move(upstreams)), times_(times), pool_("speech", serversOf(upstreams_), times.pool) {}
 
-bool UpstreamEngine::wantsRules(std::string_view language) const { return plain_ && maybeEnglish(language); }
+bool UpstreamEngine::mayBePlain(std::string_view language) const {
+    return maybeEnglish(language) &&
+           std::any_of(upstreams_.begin(), upstreams_.end(),
+                       [](const SpeechUpstream& upstream) { return !upstream.profile->sentences; });
+}
 
 Recognition UpstreamEngine::recognise(const RecognitionJob& job, const OnSegment& onSegment,
                                       std::stop_token stop) try {
@@ -95,17 +95,17 @@ Recognition UpstreamEngine::recognise(const RecognitionJob& job, const OnSegment
     std::string before(job.context);
     bool heard = job.segmentsKnown > 0;
     for (std::size_t i = job.segmentsKnown; i < parts.size(); ++i) {
-        std::string text;
+        HeardSegment segment;
         const auto attempt = pool_.run(
-            [&](std::size_t server) { return ask(upstreams_[server], parts[i], job, before, text, stop); },
+            [&](std::size_t server) { return ask(upstreams_[server], parts[i], job, before, segment, stop); },
             stop);
         if (attempt.end == Attempt::End::stopped)
             return {Recognition::End::stopped, {}, {}};
         if (attempt.end != Attempt::End::done)
             return {Recognition::End::failed, {}, attempt.reason};
-        heard = heard || !text.empty();
-        before += (before.empty() ? "" : " ") + text;
-        onSegment(std::move(text), {});
+        heard = heard || !segment.text.empty();
+        before += (before.empty() ? "" : " ") + segment.text;
+        onSegment(std::move(segment));
     }
     return {heard ? Recognition::End::complete : Recognition::End::noSpeech, {}, {}};
 } catch (const std::exception& error) {
@@ -113,18 +113,11 @@ Recognition UpstreamEngine::recognise(const RecognitionJob& job, const OnSegment
 }
 
 Attempt UpstreamEngine::ask(const SpeechUpstream& upstream, Samples part, const RecognitionJob& job,
-                            std::string_view before, std::string& text, const std::stop_token& stop) const {
-    auto attempt = upstream.profile->protocol == SpeechProtocol::openai
-                       ? askHttp(upstream, part, job, before, text, stop)
-                       : askSocket(upstream, part, job, text, stop);
-    const bool ruled = !plain_ && !upstream.profile->sentences && maybeEnglish(job.language);
-    if (attempt.end == Attempt::End::done && ruled) {
-        CleanUp cleanUp(before);
-        text = cleanUp.add(text);
-        text += cleanUp.finish();
-        text.erase(0, text.find_first_not_of(' '));
-    }
-    return attempt;
+                            std::string_view before, HeardSegment& heard, const std::stop_token& stop) const {
+    heard.plain = !upstream.profile->sentences && maybeEnglish(job.language);
+    return upstream.profile->protocol == SpeechProtocol::openai
+               ? askHttp(upstream, part, job, before, heard.text, stop)
+               : askSocket(upstream, part, job, heard.text, stop);
 }
 
 Attempt UpstreamEngine::askSocket(const SpeechUpstream& upstream, Samples part, const RecognitionJob& job,

@@ -19,22 +19,22 @@ struct UpstreamTimes {
 
 // Recognition by speech servers, in order of preference: whoever cannot be reached, is too busy or fails
 // leaves the take to the next. A take goes out as 16 kHz mono, one of more than ten minutes in several parts
-// cut at pauses. Their text comes with capitals and punctuation. Where one server of several writes none, its
-// English gets them by the rules here, since nobody knows beforehand who will hear a take.
+// cut at pauses. Their text comes with capitals and punctuation, but for those that write plain words: each
+// segment says which it is, since nobody knows beforehand who will hear a take.
 class UpstreamEngine : public Engine {
  public:
     UpstreamEngine(std::vector<SpeechUpstream> upstreams, UpstreamTimes times = {});
 
     std::string_view name() const override { return "upstream"; }
     bool speaks(std::string_view) const override { return true; }
-    bool wantsRules(std::string_view language) const override;
+    bool mayBePlain(std::string_view language) const override;
     void warmUp() override {}
     Recognition recognise(const RecognitionJob& job, const OnSegment& onSegment,
                           std::stop_token stop) override;
 
  private:
     Attempt ask(const SpeechUpstream& upstream, Samples part, const RecognitionJob& job,
-                std::string_view before, std::string& text, const std::stop_token& stop) const;
+                std::string_view before, HeardSegment& heard, const std::stop_token& stop) const;
     Attempt askSocket(const SpeechUpstream& upstream, Samples part, const RecognitionJob& job,
                       std::string& text, const std::stop_token& stop) const;
     Attempt askHttp(const SpeechUpstream& upstream, Samples part, const RecognitionJob& job,
@@ -42,7 +42,6 @@ class UpstreamEngine : public Engine {
 
     const std::vector<SpeechUpstream> upstreams_;
     const UpstreamTimes times_;
-    const bool plain_; // none of the servers writes sentences
     ServerPool pool_;
 };
 

@@ -2,14 +2,28 @@
 #include "net/SocketAddress.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cstdint>
 
 namespace lorvane::backend {
 
 namespace {
 
 bool isPort(std::string_view text) {
-    return !text.empty() && text.size() <= 5 &&
-           std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+    std::uint16_t port = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
+    return error == std::errc() && end == text.data() + text.size() && port > 0;
+}
+
+// Takes the host off, without the brackets of an IPv6 address; empty when it is none.
+std::string_view takeHost(std::string_view& rest) {
+    const bool bracketed = rest.starts_with('[');
+    const auto end = bracketed ? rest.find(']') : rest.find(':');
+    if (bracketed && end == std::string_view::npos)
+        return {};
+    const auto host = bracketed ? rest.substr(1, end - 1) : rest.substr(0, end);
+    rest.remove_prefix(std::min(rest.size(), bracketed ? end + 1 : end));
+    return host.find_first_of("[]") == std::string_view::npos ? host : std::string_view();
 }
 
 } // namespace
@@ -24,18 +38,12 @@ std::optional<SocketAddress> readSocketAddress(std::string_view url, std::string
         address.path = url.substr(slash);
         url = url.substr(0, slash);
     }
-    std::string_view port = usualPort;
-    const auto colon = url.rfind(':');
-    if (colon != std::string_view::npos && (!url.starts_with('[') || url[colon - 1] == ']')) {
-        port = url.substr(colon + 1);
-        url = url.substr(0, colon);
-    }
-    if (url.starts_with('[') && url.ends_with(']'))
-        url = url.substr(1, url.size() - 2);
-    if (url.empty() || !isPort(port))
+    address.host = takeHost(url);
+    if (!url.empty() && !url.starts_with(':'))
         return std::nullopt;
-    address.host = url;
-    address.port = port;
+    address.port = url.empty() ? usualPort : url.substr(1);
+    if (address.host.empty() || !isPort(address.port))
+        return std::nullopt;
     return address;
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "storage/PostgresLink.h"
 
+#include "storage/PostgresHosts.h"
+#include "util/Log.h"
 #include "util/Secrets.h"
 
 #include <array>
@@ -9,6 +11,7 @@
 #include <endian.h>
 #include <libpq-fe.h>
 #include <poll.h>
+#include <utility>
 
 namespace lorvane::backend {
 
@@ -41,6 +44,12 @@ std::string field(const PGresult* result, int which) {
 // server that can.
 bool meansAway(std::string_view state) {
     return state.starts_with("57P") || state.starts_with("08") || state == "25006" || state == "53300";
+}
+
+// The library would print them. The primary message alone: details quote what stands in the rows.
+void logNotice(void*, const PGresult* result) {
+    logLine("the database says: " + oneLine(field(result, PG_DIAG_MESSAGE_PRIMARY).c_str()) + " (" +
+            field(result, PG_DIAG_SQLSTATE) + ')');
 }
 
 bool succeeded(const PGresult* result) {
@@ -112,6 +121,8 @@ PostgresLink::PostgresLink(const PostgresOptions& options) : timeout_(options.ti
 
 PostgresLink::~PostgresLink() { PQfinish(connection_); }
 
+// One time for all places: each may have its part of what is left, so that a silent one does not keep us from
+// the others.
 void PostgresLink::connect(const PostgresOptions& options) {
     std::string password;
     if (!options.passwordFile.empty()) {
@@ -120,27 +131,52 @@ void PostgresLink::connect(const PostgresOptions& options) {
             away(options.passwordFile.string() + " cannot be read");
         password = std::move(*line);
     }
+    const auto latest = Clock::now() + timeout_;
+    const auto hosts = postgresHosts(options.address);
+    std::string reasons;
+    for (std::size_t i = 0; i < hosts.size(); ++i) {
+        const auto now = Clock::now();
+        const auto part = (latest - now) / static_cast<int>(hosts.size() - i);
+        const auto reason = connectTo(hosts[i], options, password, now + part);
+        if (reason.empty())
+            return;
+        reasons += (reasons.empty() ? "" : "; ") + reason;
+    }
+    away(reasons);
+}
+
+// Nothing when it is connected, else the reason why not.
+std::string PostgresLink::connectTo(const PostgresHost& host, const PostgresOptions& options,
+                                    const std::string& password, Time latest) {
     const auto lost = std::to_string(options.timeout.count());
-    const char* const given = options.passwordFile.empty() ? nullptr : password.c_str();
-    const std::array keys{"dbname", "fallback_application_name", "tcp_user_timeout", "password",
-                          static_cast<const char*>(nullptr)};
-    const std::array values{options.address.c_str(), "lorvane-backend", lost.c_str(), given,
+    const auto given = [](const std::string& text) { return text.empty() ? nullptr : text.c_str(); };
+    // What comes after the address goes over what it says.
+    const std::array keys{
+        "dbname",   "fallback_application_name",      "tcp_user_timeout", "host", "hostaddr", "port",
+        "password", static_cast<const char*>(nullptr)};
+    const std::array values{options.address.c_str(),
+                            "lorvane-backend",
+                            lost.c_str(),
+                            given(host.host),
+                            given(host.address),
+                            given(host.port),
+                            options.passwordFile.empty() ? nullptr : password.c_str(),
                             static_cast<const char*>(nullptr)};
+    PQfinish(std::exchange(connection_, nullptr));
     connection_ = PQconnectStartParams(keys.data(), values.data(), 1);
     if (!connection_)
-        away("out of memory");
-    const auto latest = Clock::now() + timeout_;
+        return "out of memory";
+    PQsetNoticeReceiver(connection_, &logNotice, nullptr);
     auto state = PGRES_POLLING_WRITING;
-    while (PQstatus(connection_) != CONNECTION_BAD && state != PGRES_POLLING_OK) {
-        if (state == PGRES_POLLING_FAILED)
-            break;
-        await(state == PGRES_POLLING_READING ? POLLIN : POLLOUT, latest);
+    while (PQstatus(connection_) != CONNECTION_BAD && state != PGRES_POLLING_OK &&
+           state != PGRES_POLLING_FAILED) {
+        if (!ready(state == PGRES_POLLING_READING ? POLLIN : POLLOUT, latest))
+            return host.host + ' ' + host.address + " gives no answer";
         state = PQconnectPoll(connection_);
     }
-    if (PQstatus(connection_) != CONNECTION_OK)
-        away(oneLine(PQerrorMessage(connection_)));
-    if (PQsetnonblocking(connection_, 1) != 0)
-        away(oneLine(PQerrorMessage(connection_)));
+    if (PQstatus(connection_) != CONNECTION_OK || PQsetnonblocking(connection_, 1) != 0)
+        return oneLine(PQerrorMessage(connection_));
+    return {};
 }
 
 // The server gives up a little before we do, so that a slow statement costs an error and no connection.
@@ -156,12 +192,16 @@ void PostgresLink::away(const std::string& reason) {
     throw StorageAway("the database is away: " + reason);
 }
 
-void PostgresLink::await(short events, Time latest) {
+bool PostgresLink::ready(short events, Time latest) {
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(latest - Clock::now()).count();
     pollfd entry{PQsocket(connection_), events, 0};
-    if (entry.fd < 0)
+    return entry.fd < 0 || (left > 0 && ::poll(&entry, 1, static_cast<int>(left)) != 0);
+}
+
+void PostgresLink::await(short events, Time latest) {
+    if (PQsocket(connection_) < 0)
         away(oneLine(PQerrorMessage(connection_)));
-    if (left <= 0 || ::poll(&entry, 1, static_cast<int>(left)) == 0)
+    if (!ready(events, latest))
         away("no answer within " + std::to_string(timeout_.count()) + " ms");
 }
 

@@ -16,6 +16,8 @@ struct pg_result;
 
 namespace lorvane::backend {
 
+struct PostgresHost;
+
 struct PostgresOptions {
     std::string address;                     // postgresql://…, without a password
     std::filesystem::path passwordFile;      // its first line; empty: PGPASSWORD, ~/.pgpass, or none at all
@@ -76,6 +78,9 @@ class PostgresLink {
  private:
     using Time = std::chrono::steady_clock::time_point;
     void connect(const PostgresOptions& options);
+    std::string connectTo(const PostgresHost& host, const PostgresOptions& options,
+                          const std::string& password, Time latest);
+    bool ready(short events, Time latest);
     void await(short events, Time latest);
     PostgresRows answer(Time latest);
     [[noreturn]] void away(const std::string& reason);

@@ -22,6 +22,45 @@ std::int64_t personOn(PostgresLink& link, DeviceId device) {
     return rows.number(0, 0);
 }
 
+// Marks the take $2 of the device $1 for the purpose $3; `mark` has no row when it was marked within the hour
+// ($4) before. What is older goes a little at a time, and never what another backend is removing.
+const std::string markTake =
+    clock + ", old AS (SELECT seen_take.ctid AS place FROM seen_take, clock WHERE at < now - $4::bigint"
+            "   AND (device, take, purpose) <> ($1, $2, $3) LIMIT 100 FOR UPDATE OF seen_take SKIP LOCKED),"
+            " gone AS (DELETE FROM seen_take WHERE ctid IN (SELECT place FROM old)),"
+            " mark AS (INSERT INTO seen_take AS s (device, take, purpose, at)"
+            " SELECT $1, $2, $3, now FROM clock ON CONFLICT (device, take, purpose) DO UPDATE"
+            " SET at = excluded.at WHERE s.at < excluded.at - $4::bigint RETURNING at)";
+
+PostgresValues takeValues(DeviceId device, const Digest& take, std::string_view purpose) {
+    PostgresValues values;
+    values.number(device).bytes(asBytes(take)).text(purpose).number(takeKept);
+    return values;
+}
+
+// The row holds when the allowance will be full again; a row in the past is the same as none. One statement,
+// so that backends that ask at once are counted one after the other.
+std::chrono::milliseconds admitOn(PostgresLink& link, std::string_view bucket, std::int64_t key,
+                                  const Rate& rate) {
+    if (rate.burst <= 0)
+        return std::chrono::milliseconds(0);
+    const auto interval = rate.interval.count();
+    const auto taken =
+        link.run(clock + " INSERT INTO allowance AS a (bucket, key, full_at)"
+                         " SELECT $1, $2::bigint, now + $3::bigint FROM clock"
+                         " ON CONFLICT(bucket, key) DO UPDATE"
+                         " SET full_at = greatest(a.full_at, (SELECT now FROM clock)) + $3::bigint"
+                         " WHERE greatest(a.full_at, (SELECT now FROM clock)) + $3::bigint"
+                         "       <= (SELECT now FROM clock) + $4::bigint RETURNING full_at",
+                 PostgresValues().text(bucket).number(key).number(interval).number(interval * rate.burst));
+    if (!taken.empty())
+        return std::chrono::milliseconds(0);
+    const auto late = link.run(
+        clock + " SELECT full_at + $3::bigint - now FROM allowance, clock WHERE bucket = $1 AND key = $2",
+        PostgresValues().text(bucket).number(key).number(interval - interval * rate.burst));
+    return std::chrono::milliseconds(late.empty() ? 1 : std::max<std::int64_t>(1, late.number(0, 0)));
+}
+
 } // namespace
 
 std::int64_t PostgresStorage::today() {
@@ -74,54 +113,34 @@ std::optional<std::string> PostgresStorage::onboardedSource(DeviceId device) {
     return rows.empty() ? std::nullopt : std::optional(rows.bytes(0, 0));
 }
 
-// The row holds when the allowance will be full again; a row in the past is the same as none. One statement,
-// so that backends that ask at once are counted one after the other.
 std::chrono::milliseconds PostgresStorage::admit(std::string_view bucket, std::int64_t key,
                                                  const Rate& rate) {
-    if (rate.burst <= 0)
-        return std::chrono::milliseconds(0);
-    const auto interval = rate.interval.count();
+    return admitOn(*link(), bucket, key, rate);
+}
+
+bool PostgresStorage::admitTake(std::string_view bucket, DeviceId device, const TakeId& take,
+                                const Rate& rate) {
     auto connection = link();
-    const auto taken = connection->run(
-        clock + " INSERT INTO allowance AS a (bucket, key, full_at)"
-                " SELECT $1, $2::bigint, now + $3::bigint FROM clock"
-                " ON CONFLICT(bucket, key) DO UPDATE"
-                " SET full_at = greatest(a.full_at, (SELECT now FROM clock)) + $3::bigint"
-                " WHERE greatest(a.full_at, (SELECT now FROM clock)) + $3::bigint"
-                "       <= (SELECT now FROM clock) + $4::bigint RETURNING full_at",
-        PostgresValues().text(bucket).number(key).number(interval).number(interval * rate.burst));
-    if (!taken.empty())
-        return std::chrono::milliseconds(0);
-    const auto late = connection->run(
-        clock + " SELECT full_at + $3::bigint - now FROM allowance, clock WHERE bucket = $1 AND key = $2",
-        PostgresValues().text(bucket).number(key).number(interval - interval * rate.burst));
-    return std::chrono::milliseconds(late.empty() ? 1 : std::max<std::int64_t>(1, late.number(0, 0)));
+    // Who comes with the same take at once waits at its row for how this ends.
+    PostgresTransaction transaction(*connection);
+    if (take && connection->run(markTake + " SELECT at FROM mark", takeValues(device, *take, bucket)).empty())
+        return true;
+    if (admitOn(*connection, bucket, personOn(*connection, device), rate).count() > 0)
+        return false;
+    transaction.commit();
+    return true;
 }
 
-// What is older than the hour goes a little at a time, and never what another backend is removing.
-bool PostgresStorage::firstOfTake(DeviceId device, const Digest& take, std::string_view purpose) {
-    const auto rows = run(
-        clock +
-            ", old AS (SELECT seen_take.ctid AS place FROM seen_take, clock WHERE at < now - $4::bigint"
-            "   AND (device, take, purpose) <> ($1, $2, $3) LIMIT 100 FOR UPDATE OF seen_take SKIP LOCKED),"
-            " gone AS (DELETE FROM seen_take WHERE ctid IN (SELECT place FROM old))"
-            " INSERT INTO seen_take AS s (device, take, purpose, at)"
-            " SELECT $1, $2, $3, now FROM clock ON CONFLICT (device, take, purpose) DO UPDATE"
-            " SET at = excluded.at WHERE s.at < excluded.at - $4::bigint RETURNING at",
-        PostgresValues().number(device).bytes(asBytes(take)).text(purpose).number(takeKept));
-    return !rows.empty();
-}
-
-void PostgresStorage::forgetTake(DeviceId device, const Digest& take, std::string_view purpose) {
-    run("DELETE FROM seen_take WHERE device = $1 AND take = $2 AND purpose = $3",
-        PostgresValues().number(device).bytes(asBytes(take)).text(purpose));
-}
-
-void PostgresStorage::addPhoneWords(DeviceId device, std::int64_t words) {
-    run(clock + " INSERT INTO phone_words AS p (device, day, words)"
-                " SELECT $1::bigint, now / 86400000, $2::bigint FROM clock"
-                " ON CONFLICT(device, day) DO UPDATE SET words = p.words + excluded.words",
-        PostgresValues().number(device).number(words));
+// One statement, so that a take is marked and counted, or neither.
+void PostgresStorage::addPhoneWords(DeviceId device, const TakeId& take, std::int64_t words) {
+    const std::string add = " INSERT INTO phone_words AS p (device, day, words)"
+                            " SELECT $1::bigint, now / 86400000, ";
+    const std::string onTop = " ON CONFLICT(device, day) DO UPDATE SET words = p.words + excluded.words";
+    if (take)
+        run(markTake + add + "$5::bigint FROM clock, mark" + onTop,
+            takeValues(device, *take, "words").number(words));
+    else
+        run(clock + add + "$2::bigint FROM clock" + onTop, PostgresValues().number(device).number(words));
 }
 
 std::vector<DayWords> PostgresStorage::phoneWords(DeviceId device) {

@@ -26,9 +26,8 @@ class PostgresStorage : public Storage {
     std::optional<std::string> onboardedSource(DeviceId device) override;
     std::chrono::milliseconds admit(std::string_view bucket, std::int64_t key, const Rate& rate) override;
     std::int64_t personOf(DeviceId device) override;
-    bool firstOfTake(DeviceId device, const Digest& take, std::string_view purpose) override;
-    void forgetTake(DeviceId device, const Digest& take, std::string_view purpose) override;
-    void addPhoneWords(DeviceId device, std::int64_t words) override;
+    bool admitTake(std::string_view bucket, DeviceId device, const TakeId& take, const Rate& rate) override;
+    void addPhoneWords(DeviceId device, const TakeId& take, std::int64_t words) override;
     std::vector<DayWords> phoneWords(DeviceId device) override;
     std::int64_t today() override;
 

@@ -97,13 +97,20 @@ std::optional<std::string> SqliteStorage::onboardedSource(DeviceId device) {
     return read.bytes(0);
 }
 
-// The row holds when the allowance will be full again; a row in the past is the same as none.
 std::chrono::milliseconds SqliteStorage::admit(std::string_view bucket, std::int64_t key, const Rate& rate) {
+    const std::lock_guard lock(mutex_);
+    Transaction transaction(database_.get());
+    const auto wait = admitLocked(bucket, key, rate);
+    transaction.commit();
+    return wait;
+}
+
+// The row holds when the allowance will be full again; a row in the past is the same as none.
+std::chrono::milliseconds SqliteStorage::admitLocked(std::string_view bucket, std::int64_t key,
+                                                     const Rate& rate) {
     if (rate.burst <= 0)
         return std::chrono::milliseconds(0);
     const auto interval = rate.interval.count();
-    const std::lock_guard lock(mutex_);
-    Transaction transaction(database_.get());
     const auto now = milliseconds();
     auto full = now;
     {
@@ -121,13 +128,11 @@ std::chrono::milliseconds SqliteStorage::admit(std::string_view bucket, std::int
         .bind(key)
         .bind(next)
         .step();
-    transaction.commit();
     return std::chrono::milliseconds(0);
 }
 
+// Within the transaction of what hangs on it.
 bool SqliteStorage::firstOfTake(DeviceId device, const Digest& take, std::string_view purpose) {
-    const std::lock_guard lock(mutex_);
-    Transaction transaction(database_.get());
     Statement(database_.get(), "DELETE FROM seen_take WHERE at < ?")
         .bind(milliseconds() - takeKept.count())
         .step();
@@ -138,28 +143,32 @@ bool SqliteStorage::firstOfTake(DeviceId device, const Digest& take, std::string
         .text(purpose)
         .bind(milliseconds())
         .step();
-    const bool first = sqlite3_changes(database_.get()) == 1;
+    return sqlite3_changes(database_.get()) == 1;
+}
+
+bool SqliteStorage::admitTake(std::string_view bucket, DeviceId device, const TakeId& take,
+                              const Rate& rate) {
+    const std::lock_guard lock(mutex_);
+    Transaction transaction(database_.get());
+    const bool again = take && !firstOfTake(device, *take, bucket);
+    if (!again && admitLocked(bucket, personLocked(device), rate).count() > 0)
+        return false;
     transaction.commit();
-    return first;
+    return true;
 }
 
-void SqliteStorage::forgetTake(DeviceId device, const Digest& take, std::string_view purpose) {
+void SqliteStorage::addPhoneWords(DeviceId device, const TakeId& take, std::int64_t words) {
     const std::lock_guard lock(mutex_);
-    Statement(database_.get(), "DELETE FROM seen_take WHERE device = ? AND take = ? AND purpose = ?")
-        .bind(device)
-        .blob(asBytes(take))
-        .text(purpose)
-        .step();
-}
-
-void SqliteStorage::addPhoneWords(DeviceId device, std::int64_t words) {
-    const std::lock_guard lock(mutex_);
+    Transaction transaction(database_.get());
+    if (take && !firstOfTake(device, *take, "words"))
+        return;
     Statement(database_.get(), "INSERT INTO phone_words(device, day, words) VALUES (?, ?, ?) "
                                "ON CONFLICT(device, day) DO UPDATE SET words = words + excluded.words")
         .bind(device)
         .bind(today())
         .bind(words)
         .step();
+    transaction.commit();
 }
 
 std::vector<DayWords> SqliteStorage::phoneWords(DeviceId device) {

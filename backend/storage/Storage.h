@@ -30,6 +30,10 @@ struct DayWords {
     std::int64_t words = 0;
 };
 
+// Which take it is: its content counts, see identityOfTake(). Nothing for one that cannot be told from
+// others.
+using TakeId = std::optional<Digest>;
+
 enum class Joined { yes, already, unknownAlias };
 
 // What outlives the process. Every operation may be called from any thread and throws StorageError when the
@@ -63,13 +67,14 @@ class Storage {
     virtual std::chrono::milliseconds admit(std::string_view bucket, std::int64_t key, const Rate& rate) = 0;
     virtual std::int64_t personOf(DeviceId device) = 0;
 
-    // True once for each take of a device within an hour. Whoever comes with the same take again, as the
-    // upload after a broken stream does, gets false.
-    virtual bool firstOfTake(DeviceId device, const Digest& take, std::string_view purpose) = 0;
-    virtual void forgetTake(DeviceId device, const Digest& take, std::string_view purpose) = 0;
+    // As admit() for the person of the device; but a take that was let in within the hour is let in again for
+    // nothing, as the upload after a broken stream is. False: nothing is left.
+    virtual bool admitTake(std::string_view bucket, DeviceId device, const TakeId& take,
+                           const Rate& rate) = 0;
 
-    // Words dictated on a telephone by the person of the device, by day; the newest day first.
-    virtual void addPhoneWords(DeviceId device, std::int64_t words) = 0;
+    // Words dictated on a telephone by the person of the device, by day; the newest day first. Those of a
+    // take that was added within the hour are not added again.
+    virtual void addPhoneWords(DeviceId device, const TakeId& take, std::int64_t words) = 0;
     virtual std::vector<DayWords> phoneWords(DeviceId device) = 0;
     virtual std::int64_t today() = 0; // by the store's clock, as in DayWords
 

@@ -101,9 +101,14 @@ std::optional<std::string> MemoryStorage::onboardedSource(DeviceId device) {
 }
 
 std::chrono::milliseconds MemoryStorage::admit(std::string_view bucket, std::int64_t key, const Rate& rate) {
+    const auto lock = enter();
+    return admitLocked(bucket, key, rate);
+}
+
+std::chrono::milliseconds MemoryStorage::admitLocked(std::string_view bucket, std::int64_t key,
+                                                     const Rate& rate) {
     if (rate.burst <= 0)
         return std::chrono::milliseconds(0);
-    const auto lock = enter();
     const auto now = milliseconds();
     auto& fullAt = fullAt_[{std::string(bucket), key}];
     const auto next = std::max(now, fullAt) + rate.interval.count();
@@ -118,22 +123,36 @@ std::int64_t MemoryStorage::personOf(DeviceId device) {
     return person(device);
 }
 
-bool MemoryStorage::firstOfTake(DeviceId device, const Digest& take, std::string_view purpose) {
-    const auto lock = enter();
-    person(device);
-    const auto now = milliseconds();
-    std::erase_if(seen_, [now](const auto& entry) { return entry.second < now - hour; });
-    return seen_.try_emplace({device, take, std::string(purpose)}, now).second;
+bool MemoryStorage::seen(DeviceId device, const TakeId& take, std::string_view purpose) const {
+    if (!take)
+        return false;
+    const auto found = seen_.find({device, *take, std::string(purpose)});
+    return found != seen_.end() && found->second >= milliseconds() - hour;
 }
 
-void MemoryStorage::forgetTake(DeviceId device, const Digest& take, std::string_view purpose) {
-    const auto lock = enter();
-    seen_.erase({device, take, std::string(purpose)});
+void MemoryStorage::mark(DeviceId device, const TakeId& take, std::string_view purpose) {
+    if (take)
+        seen_[{device, *take, std::string(purpose)}] = milliseconds();
 }
 
-void MemoryStorage::addPhoneWords(DeviceId device, std::int64_t words) {
+bool MemoryStorage::admitTake(std::string_view bucket, DeviceId device, const TakeId& take,
+                              const Rate& rate) {
+    const auto lock = enter();
+    const auto who = person(device);
+    if (seen(device, take, bucket))
+        return true;
+    if (admitLocked(bucket, who, rate).count() > 0)
+        return false;
+    mark(device, take, bucket);
+    return true;
+}
+
+void MemoryStorage::addPhoneWords(DeviceId device, const TakeId& take, std::int64_t words) {
     const auto lock = enter();
     person(device);
+    if (seen(device, take, "words"))
+        return;
+    mark(device, take, "words");
     words_[{device, milliseconds() / (24 * hour)}] += words;
 }
 

@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <functional>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -23,6 +24,7 @@ class ScriptedEngine : public Engine {
         std::string lastContext;
         std::chrono::milliseconds pause{0}; // before each segment
         bool sentences = false;             // whether it says that it writes sentences
+        std::set<std::size_t> written;      // the segments that are sentences all the same
     };
 
     ScriptedEngine(std::vector<std::string> segments, Record& record)
@@ -30,7 +32,7 @@ class ScriptedEngine : public Engine {
 
     std::string_view name() const override { return "scripted"; }
     bool speaks(std::string_view language) const override { return language != "ru"; }
-    bool wantsRules(std::string_view) const override { return !record_.sentences; }
+    bool mayBePlain(std::string_view) const override { return !record_.sentences; }
     void warmUp() override {}
     Recognition recognise(const RecognitionJob& job, const OnSegment& onSegment,
                           std::stop_token stop) override {
@@ -45,7 +47,7 @@ class ScriptedEngine : public Engine {
                 return {Recognition::End::stopped, {}, {}};
             }
             ++record_.segments;
-            onSegment(segments_[i], record_.pause);
+            onSegment({segments_[i], record_.pause, !record_.sentences && !record_.written.contains(i)});
         }
         return {segments_.empty() ? Recognition::End::noSpeech : Recognition::End::complete, "learnt", {}};
     }

@@ -5,9 +5,14 @@
 
 namespace lorvane::backend {
 
-WorkPool::WorkPool(std::size_t threads, std::size_t queueBound) : bound_(queueBound) {
-    threads_.reserve(threads);
-    for (std::size_t i = 0; i < threads; ++i)
+namespace {
+thread_local bool jobIsAside = false;
+}
+
+WorkPool::WorkPool(std::size_t threads, std::size_t queueBound, std::size_t aside)
+    : atOnce_(threads), bound_(queueBound) {
+    threads_.reserve(threads + aside);
+    for (std::size_t i = 0; i < threads + aside; ++i)
         threads_.emplace_back([this] { work(); });
 }
 
@@ -34,6 +39,22 @@ bool WorkPool::submit(Job job) {
     return true;
 }
 
+void WorkPool::stepAside() {
+    if (std::exchange(jobIsAside, true))
+        return;
+    {
+        const std::lock_guard lock(mutex_);
+        --running_;
+        ++aside_;
+    }
+    wake_.notify_one();
+}
+
+std::size_t WorkPool::aside() const {
+    const std::lock_guard lock(mutex_);
+    return aside_;
+}
+
 std::size_t WorkPool::queued() const {
     const std::lock_guard lock(mutex_);
     return jobs_.size();
@@ -49,17 +70,18 @@ void WorkPool::work() {
         Job job;
         {
             std::unique_lock lock(mutex_);
-            wake_.wait(lock, [this] { return ending_ || !jobs_.empty(); });
+            wake_.wait(lock, [this] { return ending_ || (!jobs_.empty() && running_ < atOnce_); });
             if (ending_)
                 return;
             job = std::move(jobs_.front());
             jobs_.pop_front();
             ++running_;
         }
+        jobIsAside = false;
         job();
         job = {}; // what it holds goes before it counts as done
         const std::lock_guard lock(mutex_);
-        --running_;
+        --(jobIsAside ? aside_ : running_);
     }
 }
 

@@ -137,8 +137,8 @@ Score runEngine(PocketsphinxEngine& engine, const Corpus& corpus) {
         RecognitionJob job;
         job.samples = reading.samples;
         job.adaptation = adaptation;
-        const auto result = engine.recognise(
-            job, [&](const std::string& text, std::chrono::milliseconds) { heard += text + ' '; }, {});
+        const auto result =
+            engine.recognise(job, [&](const HeardSegment& segment) { heard += segment.text + ' '; }, {});
         if (!result.adaptation.empty())
             adaptation = result.adaptation;
         score.errors += wordErrors(reading.said, wordsOf(heard));

@@ -95,6 +95,19 @@ TEST(TakeBody, MalformedBodiesAreToldApart) {
         EXPECT_EQ(reasonOf(type, body), reason) << body.substr(0, 40);
 }
 
+TEST(TakeBody, ABodyThatIsWorthMoreMemoryThanItsBytesIsRefused) {
+    std::string list = R"({"ext":"wav","audio":"","list":[1)";
+    for (int i = 0; i < 1'000'000; ++i)
+        list += ",1"; // 16 bytes of memory each
+    EXPECT_EQ(reasonOf(json, list + "]}"), "not a JSON object");
+    const auto audio = encodeBase64(std::string(3'000'000, '\xff')); // all of it slashes
+    EXPECT_EQ(reasonOf(json, R"({"ext":"wav","audio":")" + audio + "\"}"), "");
+    std::string escaped;
+    for (const char c : audio)
+        escaped += std::string("\\") + c;
+    EXPECT_EQ(reasonOf(json, R"({"ext":"wav","audio":")" + escaped + "\"}"), "");
+}
+
 // Whatever the bytes are, the audio is part of the body and nothing outside it is touched.
 TEST(TakeBody, RandomFramingsAreReadOrRefused) {
     std::mt19937 random(11);

@@ -174,6 +174,30 @@ TEST_F(BackendTest, ABrokenStreamStopsAndTheFallbackGoesOnFromThere) {
     EXPECT_EQ(record_.segments, 3) << "each segment once";
 }
 
+TEST_F(BackendTest, WhatIsKnownOfATakeStandsBeforeItsRest) {
+    std::atomic<bool> first = true;
+    record_.beforeSegment = [&](std::size_t index, const std::stop_token&) {
+        if (index == 1 && first.exchange(false))
+            throw std::runtime_error("on purpose");
+    };
+    const std::string fields = R"({"ext":"wav","prefix":"well"})";
+    request(port_, backend_.take("dictate-stream", token_, sound(), "take-1", fields));
+    EXPECT_EQ(record_.lastContext, "well");
+    request(port_, backend_.take("dictate", token_, sound(), "take-1", fields));
+    EXPECT_EQ(record_.lastContext, "well i'll come on monday comma");
+}
+
+TEST_F(BackendTest, PlainSegmentsAmongSentencesAreCleanedAndSentencesStayAsTheyAre) {
+    record_.written = {1};
+    const auto stream =
+        readStream(request(port_, backend_.take("dictate-stream", token_, sound(), "",
+                                                R"({"ext":"wav","prefix":"Well, um.","style":"lowercase"})"))
+                       .body);
+    EXPECT_EQ(stream.done, "Well, um. i'll come on monday, um perhaps question mark");
+    EXPECT_EQ(std::accumulate(stream.deltas.begin(), stream.deltas.end(), std::string()), stream.done);
+    EXPECT_EQ(stream.raw, std::string("Well, um. ") + raw_);
+}
+
 TEST_F(BackendTest, WhatTheEngineLearntComesBackForTheDeviceAlone) {
     request(port_, backend_.take("dictate", token_, sound()));
     EXPECT_EQ(record_.lastAdaptation, "");
@@ -256,6 +280,55 @@ TEST_F(SilentBackendTest, NoSpeechIsAStatusOrALine) {
         EXPECT_EQ(part.status, 200);
         EXPECT_EQ(part.body, R"({"text":""})");
     }
+}
+
+TEST(BackendLimits, TheSoundOfAllTakesHasOneBoundAndIsGivenBackHoweverATakeEnds) {
+    std::atomic<bool> waiting = false;
+    std::atomic<bool> goOn = false;
+    ScriptedEngine::Record record;
+    record.beforeSegment = [&](std::size_t, const std::stop_token& stop) {
+        waiting = true;
+        eventually([&] { return goOn || stop.stop_requested(); });
+    };
+    BackendOptions options;
+    options.takeBytes = 1 << 20;
+    options.maxAudioSeconds = 25;
+    BackendUnderTest backend(std::make_unique<ScriptedEngine>(std::vector<std::string>{"yes"}, record),
+                             options);
+    const auto token = backend.registerDevice();
+    const auto port = backend.port();
+    const auto longTake = wavFile(tone(20, 0.1));
+    const auto heldBytes = [&] {
+        const auto text = backend.get("/metrics").body;
+        return std::stol(text.substr(text.find("\nlorvane_take_bytes ") + 20));
+    };
+    Connection first(port);
+    first.send(requestText(backend.take("dictate-stream", token, longTake)));
+    ASSERT_TRUE(eventually([&] { return waiting.load(); }));
+    EXPECT_EQ(heldBytes(), 1 << 20);
+    for (const char* endpoint : {"dictate", "dictate-stream", "transcribe-part"}) {
+        const auto refused = request(port, backend.take(endpoint, token, sound()));
+        EXPECT_EQ(refused.status, 503) << endpoint;
+        EXPECT_EQ(member(refused.body, "error"), "busy");
+        EXPECT_EQ(refused.headers.count("retry-after"), 1U);
+    }
+    auto json = backend.take("dictate", token, "");
+    json.contentType = "application/json";
+    json.body = R"({"ext":"wav","audio":")" + encodeBase64(sound()) + "\"}";
+    EXPECT_EQ(request(port, json).status, 503) << "its reading takes memory, too";
+    first.close();
+    EXPECT_TRUE(eventually([&] { return heldBytes() == 0; })) << "the client has left";
+    goOn = true;
+    EXPECT_EQ(request(port, json).status, 200);
+    EXPECT_EQ(request(port, backend.take("dictate", token, longTake)).status, 200);
+    EXPECT_EQ(request(port, backend.take("dictate", token, wavFile(tone(26, 0.1)))).status, 413);
+    EXPECT_EQ(request(port, backend.take("dictate", token, "no sound")).status, 400);
+    EXPECT_EQ(request(port, backend.take("transcribe-part", token, longTake)).status, 200);
+    record.beforeSegment = [](std::size_t, const std::stop_token&) {
+        throw std::runtime_error("on purpose");
+    };
+    EXPECT_EQ(request(port, backend.take("dictate", token, longTake)).status, 500);
+    EXPECT_TRUE(eventually([&] { return heldBytes() == 0; }));
 }
 
 TEST(BackendLimits, ALargeBodyAndALongTakeAreTooLarge) {

@@ -308,6 +308,25 @@ TEST_F(EndpointsTest, TakesOverTheLimitAreRefusedAndAnAgainIsNone) {
         200);
 }
 
+TEST_F(EndpointsTest, AnotherContentUnderAnIdThatWasUsedIsAnotherTake) {
+    const auto other = wavFile(tone(0.5, 0.3));
+    EXPECT_EQ(request(port_, backend_.take("dictate", token_, sound(), "one")).status, 200);
+    EXPECT_EQ(request(port_, backend_.take("dictate", token_, other, "one")).status, 200);
+    EXPECT_EQ(request(port_, backend_.take("dictate", token_, wavFile(tone(0.7, 0.3)), "one")).status, 429);
+    for (const char* fields : {R"({"ext":"wav","lang":"en"})", R"({"ext":"wav","context":"so"})",
+                               R"({"ext":"wav","style":"casual"})", R"({"ext":"wav","prefix":"so"})",
+                               R"({"ext":"wav","translate":"de"})"})
+        EXPECT_EQ(request(port_, backend_.take("dictate", token_, sound(), "one", fields)).status, 429)
+            << fields;
+    for (const auto& sameAsBefore : {sound(), other})
+        EXPECT_EQ(request(port_, backend_.take("dictate", token_, sameAsBefore, "one")).status, 200);
+    const auto phone = backend_.registerDevice(deviceTwo);
+    EXPECT_TRUE(has(phoneTake("dictate", "p", phone).body, R"("phoneWords":2)"));
+    auto second = backend_.take("dictate", phone, other, "p");
+    second.extraHeaders = "X-Tirra-Platform: phone\r\n";
+    EXPECT_TRUE(has(request(port_, second).body, R"("phoneWords":4)"));
+}
+
 TEST_F(EndpointsTest, TheGoalCountsThePhoneWordsOfAllDevicesAndEachTakeOnce) {
     EXPECT_FALSE(has(request(port_, backend_.take("dictate", token_, sound(), "m1")).body, "goal"))
         << "who has no telephone has no such goal";

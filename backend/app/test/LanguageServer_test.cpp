@@ -227,6 +227,29 @@ TEST_F(LanguageServerTest, AClientThatLeavesEndsTheRequestToTheServer) {
     EXPECT_TRUE(eventually([&] { return backend_.backend().busy() == 0; }));
 }
 
+TEST_F(LanguageServerTest, ATakeThatIsBeingWrittenHoldsNoWorker) {
+    BackendOptions one = options();
+    one.workers = 1;
+    ScriptedEngine::Record record;
+    BackendUnderTest backend(std::make_unique<ScriptedEngine>(segments_, record), one);
+    const auto token = backend.registerDevice();
+    cleaned_ = std::nullopt;
+    std::vector<Connection> clients;
+    for (int i = 0; i < 3; ++i) {
+        clients.emplace_back(backend.port());
+        clients.back().send(requestText(backend.take("dictate-stream", token, sound())));
+    }
+    EXPECT_TRUE(eventually([&] { return record.runs == 3; }));
+    EXPECT_TRUE(eventually([&] {
+        const auto figures = backend.get("/metrics").body;
+        return figures.find("\nlorvane_takes_writing 3\n") != std::string::npos &&
+               figures.find("\nlorvane_takes_running 0\n") != std::string::npos &&
+               figures.find("\nlorvane_take_bytes 0\n") != std::string::npos;
+    }));
+    clients.clear();
+    EXPECT_TRUE(eventually([&] { return backend.backend().busy() == 0; }));
+}
+
 TEST_F(LanguageServerTest, InsightsSummariesAndTranslationsAreAskedOfTheServer) {
     cleaned_ = chatAnswer({R"({"summary":"A good week.","strengths":[],"suggestions":[],"resources":[]})"});
     EXPECT_EQ(

@@ -32,6 +32,7 @@ SpeechUpstream vosk(const ScriptedVosk& server) {
 struct Outcome {
     Recognition recognition;
     std::vector<std::string> segments;
+    bool plain = false; // the last of them
 };
 
 Outcome recognise(Engine& engine, const std::vector<std::int16_t>& samples, std::string_view language = {},
@@ -42,7 +43,10 @@ Outcome recognise(Engine& engine, const std::vector<std::int16_t>& samples, std:
     job.language = language;
     outcome.recognition = engine.recognise(
         job,
-        [&](std::string text, std::chrono::milliseconds) { outcome.segments.push_back(std::move(text)); },
+        [&](HeardSegment segment) {
+            outcome.segments.push_back(std::move(segment.text));
+            outcome.plain = segment.plain;
+        },
         stop);
     return outcome;
 }
@@ -66,8 +70,10 @@ TEST(SocketAddress, HasAHostAPortThatMayBeTheUsualOneAndAPath) {
     const auto whole = readSocketAddress("ws://[::1]:2701/en", "ws", "2700");
     ASSERT_TRUE(whole);
     EXPECT_EQ(whole->host + ' ' + whole->port + ' ' + whole->path, "::1 2701 /en");
-    for (const char* wrong : {"", "tcp://", "http://host", "tcp://host:", "tcp://host:port",
-                              "tcp://host:123456", "tcp://:10300", "tcp:host"})
+    for (const char* wrong :
+         {"", "tcp://", "http://host", "tcp://host:", "tcp://host:port", "tcp://host:123456",
+          "tcp://host:99999", "tcp://host:0", "tcp://:10300", "tcp:host", "tcp://[::1", "tcp://[", "tcp://[]",
+          "tcp://::1", "tcp://::1:10300", "tcp://[::1]x", "tcp://[::1]x:1", "tcp://ho]st", "tcp://[::1]]:1"})
         EXPECT_FALSE(readSocketAddress(wrong, "tcp", "10300")) << wrong;
 }
 
@@ -170,23 +176,28 @@ TEST(Vosk, ATakeGoesOutInPiecesAndEndsWithTheVeryWordThatTheServerCompares) {
     EXPECT_EQ(request.sound, bytesOf(samples));
 }
 
-TEST(Vosk, AloneItLeavesEnglishToTheRulesOfTheTake) {
+TEST(Vosk, AListWithItMayGivePlainEnglish) {
     const ScriptedVosk server({R"({"partial":""})", R"({"text":"x"})"});
     const ScriptedWyoming other(wyomingEvent("transcript", R"({"text":"X."})"));
-    EXPECT_TRUE(UpstreamEngine({vosk(server)}, quick()).wantsRules("en"));
-    EXPECT_TRUE(UpstreamEngine({vosk(server)}, quick()).wantsRules(""));
-    EXPECT_FALSE(UpstreamEngine({vosk(server)}, quick()).wantsRules("ru"));
-    EXPECT_FALSE(UpstreamEngine({vosk(server), wyoming(other)}, quick()).wantsRules("en"));
+    EXPECT_TRUE(UpstreamEngine({vosk(server)}, quick()).mayBePlain("en"));
+    EXPECT_TRUE(UpstreamEngine({vosk(server)}, quick()).mayBePlain(""));
+    EXPECT_FALSE(UpstreamEngine({vosk(server)}, quick()).mayBePlain("ru"));
+    EXPECT_TRUE(UpstreamEngine({vosk(server), wyoming(other)}, quick()).mayBePlain("en"));
+    EXPECT_FALSE(UpstreamEngine({wyoming(other)}, quick()).mayBePlain("en"));
 }
 
-TEST(Vosk, AmongServersThatWriteSentencesItsEnglishBecomesOnesAndOtherLanguagesAreLeftAsTheyCome) {
+TEST(Vosk, EachSegmentSaysWhetherItWasWrittenByWhoeverHeardIt) {
     const ScriptedVosk server(std::vector<std::string>(4, R"({"text":"hello there"})"));
     const ScriptedWyoming broken("");
-    for (const auto& [language, text] :
-         {std::pair("en", "Hello there hello there."), std::pair("ru", "hello there hello there")}) {
+    for (const auto& [language, plain] : {std::pair("en", true), std::pair("ru", false)}) {
         UpstreamEngine engine({wyoming(broken), vosk(server)}, quick());
-        EXPECT_EQ(recognise(engine, tone(1, 0.3), language).segments, std::vector<std::string>{text});
+        const auto outcome = recognise(engine, tone(1, 0.3), language);
+        EXPECT_EQ(outcome.segments, std::vector<std::string>{"hello there hello there"});
+        EXPECT_EQ(outcome.plain, plain) << language;
     }
+    const ScriptedWyoming writes(wyomingEvent("transcript", R"({"text":"Hello."})"));
+    UpstreamEngine engine({wyoming(writes), vosk(server)}, quick());
+    EXPECT_FALSE(recognise(engine, tone(1, 0.3), "en").plain);
 }
 
 TEST(Vosk, ABrokenServerLeavesTheTakeToTheNext) {

@@ -49,7 +49,7 @@ Outcome recognise(Engine& engine, const std::vector<std::int16_t>& samples, Reco
     Outcome outcome;
     job.samples = samples;
     outcome.recognition = engine.recognise(
-        job, [&](std::string text, auto) { outcome.segments.push_back(std::move(text)); }, stop);
+        job, [&](HeardSegment segment) { outcome.segments.push_back(std::move(segment.text)); }, stop);
     return outcome;
 }
 

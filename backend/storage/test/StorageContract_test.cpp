@@ -133,28 +133,53 @@ TEST_P(StorageContract, AllowancesAreExactWithManyThreads) {
     EXPECT_EQ(passed, 30);
 }
 
-TEST_P(StorageContract, ATakeIsNewOnceWithinTheHourForADeviceAndAPurpose) {
+TEST_P(StorageContract, ATakeThatWasLetInIsLetInAgainForNothingWithinTheHour) {
     const auto a = device("a");
     const auto b = device("b");
-    EXPECT_TRUE(storage_.firstOfTake(a, sha256("take"), "words"));
-    EXPECT_FALSE(storage_.firstOfTake(a, sha256("take"), "words"));
-    EXPECT_TRUE(storage_.firstOfTake(a, sha256("take"), "limit"));
-    EXPECT_TRUE(storage_.firstOfTake(b, sha256("take"), "words"));
-    storage_.forgetTake(a, sha256("take"), "limit");
-    EXPECT_TRUE(storage_.firstOfTake(a, sha256("take"), "limit"));
-    EXPECT_FALSE(storage_.firstOfTake(a, sha256("take"), "words"));
+    const Rate two{2, 10h};
+    EXPECT_TRUE(storage_.admitTake("take", a, sha256("one"), two));
+    EXPECT_TRUE(storage_.admitTake("take", a, sha256("one"), two));
+    EXPECT_TRUE(storage_.admitTake("part", a, sha256("one"), two)) << "another bucket";
+    EXPECT_TRUE(storage_.admitTake("take", a, sha256("two"), two));
+    EXPECT_FALSE(storage_.admitTake("take", a, sha256("three"), two));
+    EXPECT_FALSE(storage_.admitTake("take", a, sha256("three"), two)) << "who was refused was not let in";
+    EXPECT_FALSE(storage_.admitTake("take", a, {}, two)) << "nobody knows which take it is";
+    EXPECT_TRUE(storage_.admitTake("take", a, sha256("two"), two));
+    EXPECT_TRUE(storage_.admitTake("take", b, sha256("two"), two)) << "somebody else";
     world_->advance(61min);
-    EXPECT_TRUE(storage_.firstOfTake(a, sha256("take"), "words"));
+    EXPECT_FALSE(storage_.admitTake("take", a, sha256("two"), two)) << "the hour is over";
+    EXPECT_TRUE(storage_.admitTake("take", a, sha256("four"), Rate{}));
+    EXPECT_THROW(storage_.admitTake("take", 999'999, sha256("one"), two), StorageError) << "no such device";
+}
+
+TEST_P(StorageContract, TakesOfAllDevicesOfAPersonCountTogether) {
+    const auto a = device("a");
+    const auto b = device("b");
+    join(b, "a");
+    EXPECT_TRUE(storage_.admitTake("take", a, sha256("one"), Rate{1, 10h}));
+    EXPECT_FALSE(storage_.admitTake("take", b, sha256("two"), Rate{1, 10h}));
+}
+
+TEST_P(StorageContract, WordsOfATakeAreAddedOnceWithinTheHour) {
+    const auto a = device("a");
+    for (int i = 0; i < 2; ++i)
+        storage_.addPhoneWords(a, sha256("take"), 10);
+    EXPECT_EQ(storage_.phoneWords(a).at(0).words, 10);
+    storage_.addPhoneWords(a, sha256("other"), 5);
+    for (int i = 0; i < 2; ++i)
+        storage_.addPhoneWords(a, {}, 1);
+    EXPECT_EQ(storage_.phoneWords(a).at(0).words, 17);
+    EXPECT_THROW(storage_.addPhoneWords(999'999, sha256("take"), 1), StorageError) << "no such device";
 }
 
 TEST_P(StorageContract, PhoneWordsAreSummedByDayOverThePersonsDevices) {
     const auto a = device("a");
     const auto b = device("b");
     const auto day = storage_.today();
-    storage_.addPhoneWords(a, 10);
-    storage_.addPhoneWords(a, 5);
+    storage_.addPhoneWords(a, {}, 10);
+    storage_.addPhoneWords(a, {}, 5);
     world_->advance(24h);
-    storage_.addPhoneWords(b, 7);
+    storage_.addPhoneWords(b, {}, 7);
     EXPECT_EQ(storage_.phoneWords(b).size(), 1U);
     join(b, "a");
     const auto days = storage_.phoneWords(b);
@@ -224,30 +249,37 @@ TEST_P(StorageContract, JoinsAtOnceMissNobody) {
         EXPECT_EQ(storage_.personOf(other), storage_.personOf(a));
 }
 
-TEST_P(StorageContract, ATakeIsNewToOneOfManyWhoAskAtOnce) {
+TEST_P(StorageContract, ATakeCountsOnceHoweverManySendItAtOnce) {
     const auto a = device("a");
-    std::atomic<int> first = 0;
+    std::atomic<int> admitted = 0;
     std::vector<std::thread> threads;
     threads.reserve(4);
     for (int t = 0; t < 4; ++t)
         threads.emplace_back([&] {
-            for (int i = 0; i < 20; ++i)
-                first += storage_.firstOfTake(a, sha256(std::to_string(i)), "words") ? 1 : 0;
+            for (int i = 0; i < 20; ++i) {
+                const auto take = sha256(std::to_string(i));
+                storage_.addPhoneWords(a, take, 1);
+                admitted += storage_.admitTake("take", a, take, Rate{10, 10h}) ? 1 : 0;
+            }
         });
     for (auto& thread : threads)
         thread.join();
-    EXPECT_EQ(first, 20);
+    EXPECT_EQ(storage_.phoneWords(a).at(0).words, 20);
+    EXPECT_EQ(admitted, 40) << "ten takes, four times each";
 }
 
 TEST_P(StorageContract, WhatIsOlderThanTheHourGoesAndTheRestStays) {
     const auto a = device("a");
+    const Rate many{1000, 10h};
     for (int i = 0; i < 150; ++i)
-        EXPECT_TRUE(storage_.firstOfTake(a, sha256(std::to_string(i)), "words"));
+        EXPECT_TRUE(storage_.admitTake("take", a, sha256(std::to_string(i)), many));
     world_->advance(61min);
-    EXPECT_TRUE(storage_.firstOfTake(a, sha256("fresh"), "words"));
-    EXPECT_TRUE(storage_.firstOfTake(a, sha256("7"), "words"));
-    EXPECT_FALSE(storage_.firstOfTake(a, sha256("7"), "words"));
-    EXPECT_FALSE(storage_.firstOfTake(a, sha256("fresh"), "words"));
+    EXPECT_TRUE(storage_.admitTake("take", a, sha256("fresh"), many));
+    EXPECT_TRUE(storage_.admitTake("take", a, sha256("7"), many));
+    const Rate none{1, 1000h};
+    EXPECT_TRUE(storage_.admitTake("take", a, sha256("7"), none));
+    EXPECT_TRUE(storage_.admitTake("take", a, sha256("fresh"), none));
+    EXPECT_FALSE(storage_.admitTake("take", a, sha256("8"), none));
 }
 
 TEST_P(StorageContract, BytesComeBackAsTheyWent) {

@@ -116,6 +116,30 @@ TEST(WorkPool, JobsRunInTheirOrder) {
         EXPECT_EQ(order[static_cast<std::size_t>(i)], i);
 }
 
+TEST(WorkPool, AJobThatStepsAsideLetsTheNextBeginAndNoMoreThanThat) {
+    std::promise<void> release;
+    auto released = release.get_future().share();
+    std::promise<void> second;
+    WorkPool pool(1, 10, 1);
+    ASSERT_TRUE(pool.submit([&pool, released] {
+        pool.stepAside();
+        pool.stepAside();
+        released.wait();
+    }));
+    ASSERT_TRUE(pool.submit([&second, released] {
+        second.set_value();
+        released.wait();
+    }));
+    ASSERT_TRUE(pool.submit([] {}));
+    second.get_future().wait();
+    EXPECT_EQ(pool.aside(), 1U);
+    EXPECT_EQ(pool.running(), 1U);
+    EXPECT_EQ(pool.queued(), 1U);
+    release.set_value();
+    while (pool.queued() + pool.running() + pool.aside() > 0)
+        std::this_thread::yield();
+}
+
 TEST(WorkPool, TheEndDropsWhatIsQueuedAndWaitsForWhatRuns) {
     std::atomic<bool> finished = false;
     std::atomic<bool> dropped = true;
