@@ -39,4 +39,6 @@ inline std::string readFile(const std::filesystem::path& file) {
     return bytes.str();
 }
 
+inline void put(const std::filesystem::path& file, const std::string& text) { std::ofstream(file) << text; }
+
 } // namespace lorvane::backend::testing
