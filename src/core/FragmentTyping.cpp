@@ -25,6 +25,7 @@ QCoro::Task<TypedFragment> FragmentTyping::typeFragment(std::shared_ptr<TypingAt
     co_await findWays(attempt, scope);
     while (typed.units < text.size()) {
         if (!attempt->ways || attempt->ways->empty()) {
+            typed.isRefused = true;
             co_return typed;
         }
         const qsizetype cut = nextCut(text, typed.units, takesLineBreaks(*attempt));
@@ -38,6 +39,15 @@ QCoro::Task<TypedFragment> FragmentTyping::typeFragment(std::shared_ptr<TypingAt
         typed.endsAtBreak = posted.endsAtBreak;
         if (!posted.isComplete && (posted.units > 0 || posted.endsAtBreak)) {
             co_return typed;
+        }
+        if (!posted.isComplete) {
+            // While that way was tried, the user may have gone elsewhere, or its text may have come after
+            // all.
+            const Arrival aimed = co_await check(Post{typed.units, 0, false});
+            if (aimed != Arrival::arrived) {
+                typed.isOffTarget = true;
+                co_return typed;
+            }
         }
         typed.isComplete = typed.units == text.size();
     }
@@ -59,9 +69,11 @@ QCoro::Task<TypedFragment> FragmentTyping::postCut(std::shared_ptr<TypingAttempt
         // A way that has worked before refuses these characters only.
         const bool onlyThese = attempt->ways->size() == 1 && isProven(*attempt, way);
         if (!onlyThese) {
-            giveUp(*attempt, QStringLiteral("does not take text by"));
+            giveUp(*attempt, Doubt::refused);
         }
-        co_return TypedFragment{false, 0, onlyThese, false};
+        TypedFragment nothing;
+        nothing.endsAtBreak = onlyThese;
+        co_return nothing;
     }
     Post post;
     post.count = before + cut.size();
@@ -69,14 +81,17 @@ QCoro::Task<TypedFragment> FragmentTyping::postCut(std::shared_ptr<TypingAttempt
     post.isTrial = outcome == PostOutcome::posted && attempt->ways->size() > 1 && !isProven(*attempt, way);
     const Arrival arrival = co_await check(post);
     if (arrival == Arrival::noEffect) {
-        giveUp(*attempt, QStringLiteral("says yes and shows no text by"));
+        giveUp(*attempt, Doubt::noEffect);
         co_return TypedFragment();
     }
     if (arrival == Arrival::arrived && proven_.insert({keyOf(attempt->application), way}).second) {
         log_.diagLog(QStringLiteral("[tirra-type] %1 takes text by %2")
                          .arg(attempt->application.localizedName, way->name()));
     }
-    co_return TypedFragment{arrival == Arrival::arrived, cut.size(), false, false};
+    TypedFragment typed;
+    typed.isComplete = arrival == Arrival::arrived;
+    typed.units = cut.size();
+    co_return typed;
 }
 
 QCoro::Task<void> FragmentTyping::findWays(std::shared_ptr<TypingAttempt> attempt, TaskScope scope) {
@@ -98,13 +113,20 @@ QCoro::Task<void> FragmentTyping::findWays(std::shared_ptr<TypingAttempt> attemp
     attempt->ways = std::move(ways);
 }
 
-void FragmentTyping::giveUp(TypingAttempt& attempt, const QString& reason) {
+/// A refusal proves nothing: the next take asks that way again.
+void FragmentTyping::giveUp(TypingAttempt& attempt, Doubt doubt) {
     const FragmentPoster* const way = attempt.ways->front();
-    if (!isProven(attempt, way)) {
-        givenUp_.insert({keyOf(attempt.application), way});
+    const std::pair<Application, const FragmentPoster*> both{keyOf(attempt.application), way};
+    if (doubt == Doubt::noEffect && !isProven(attempt, way)) {
+        givenUp_.insert(both);
     }
-    log_.diagLog(
-        QStringLiteral("[tirra-type] %1 %2 %3").arg(attempt.application.localizedName, reason, way->name()));
+    if (said_.insert({both, doubt}).second) {
+        log_.diagLog(QStringLiteral("[tirra-type] %1 %2 %3")
+                         .arg(attempt.application.localizedName,
+                              doubt == Doubt::refused ? QStringLiteral("does not take text by")
+                                                      : QStringLiteral("says yes and shows no text by"),
+                              way->name()));
+    }
     attempt.ways->erase(attempt.ways->begin());
 }
 

@@ -27,13 +27,16 @@ struct TypedFragment {
     /// It ended before a character that would be a key there, such as a line feed that sends, or that the
     /// field's way cannot carry.
     bool endsAtBreak = false;
-    /// Nothing was posted, since the field or its caret was not where it should be.
+    /// The rest was not posted, since the field or its caret was not where it should be.
     bool isOffTarget = false;
+    /// The rest was not posted, since no way takes it now.
+    bool isRefused = false;
 };
 
 /// Posts text into the armed field, at most twelve units at a time, each confirmed before the next. Of the
-/// ways there are, the first that the field offers and that shows an effect is used; one that says yes and
-/// does nothing is given up for that application until the program ends. Main thread.
+/// ways there are, the first that the field offers and that shows an effect is used; one that refuses is
+/// given up for the take, and one that says yes and does nothing for that application until the program ends.
+/// Main thread.
 class FragmentTyping {
  public:
     /// One post that has just gone out.
@@ -61,7 +64,8 @@ class FragmentTyping {
     /// Posts one cut by the first way that takes it.
     QCoro::Task<TypedFragment> postCut(std::shared_ptr<TypingAttempt> attempt, qint64 at, QString cut,
                                        qsizetype before, Check check, TaskScope scope);
-    void giveUp(TypingAttempt& attempt, const QString& reason);
+    enum class Doubt { refused, noEffect };
+    void giveUp(TypingAttempt& attempt, Doubt doubt);
     [[nodiscard]] bool isProven(const TypingAttempt& attempt, const FragmentPoster* way) const;
 
     using Application = QString;
@@ -70,6 +74,8 @@ class FragmentTyping {
     /// By application: ways that were seen to work, and those that said yes to nothing.
     std::set<std::pair<Application, const FragmentPoster*>> proven_;
     std::set<std::pair<Application, const FragmentPoster*>> givenUp_;
+    /// What the log has already.
+    std::set<std::pair<std::pair<Application, const FragmentPoster*>, Doubt>> said_;
 };
 
 } // namespace lorvane

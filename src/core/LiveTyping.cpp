@@ -125,6 +125,10 @@ QCoro::Task<void> LiveTyping::typeFailed(Attempt attempt, TypedFragment typed, Q
         attempt->typingHalted = true;
         log(QStringLiteral("[tirra-type] lost the caret in %1 after %2 characters — stopping there")
                 .arg(name, count));
+    } else if (typed.isRefused) {
+        attempt->typingHalted = true;
+        log(QStringLiteral("[tirra-type] no way takes text in %1 after %2 characters — pasting the rest")
+                .arg(name, count));
     } else if (attempt->typedLive.size() < unitsOfFirstFragment) {
         rememberItCannotKeepUp();
         log(QStringLiteral("[tirra-type] %1 did not take the first fragment — pasting this one whole, and "
@@ -141,7 +145,9 @@ QCoro::Task<void> LiveTyping::typeFailed(Attempt attempt, TypedFragment typed, Q
 
 QCoro::Task<TypedFragment> LiveTyping::typeFragment(Attempt attempt, QString text, TaskScope scope) {
     if (text.isEmpty()) {
-        co_return TypedFragment{true, 0, false, false};
+        TypedFragment nothing;
+        nothing.isComplete = true;
+        co_return nothing;
     }
     const bool secure = co_await field_.isSecure(scope);
     if (secure) {

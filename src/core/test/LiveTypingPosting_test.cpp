@@ -320,6 +320,38 @@ TEST_F(LiveTypingTest, AWayThatRefusesLeavesItToTheNextAtOnce) {
     EXPECT_EQ(text(), hello);
 }
 
+TEST_F(LiveTypingTest, AWayThatRefusesIsAskedAgainInTheNextTake) {
+    w.insertionWay.outcome = PostOutcome::refused;
+    armAndType("Hello");
+    arm();
+    type(" again");
+    EXPECT_EQ(w.insertionWay.asked, 2) << "once in each take";
+    EXPECT_EQ(lines().filter("does not take text by insertion").size(), 1);
+    w.insertionWay.outcome = PostOutcome::posted;
+    arm();
+    type(" there");
+    EXPECT_EQ(w.insertionWay.posts, (std::vector<QString>{" there"}));
+    EXPECT_EQ(text(), "Hello again there");
+}
+
+TEST_F(LiveTypingTest, AfterARefusalTheTargetIsLookedAtAnew) {
+    w.insertionWay.outcome = PostOutcome::refused;
+    w.insertionWay.beforePost = [this] { moveFocusElsewhere(); };
+    armAndType("Hello");
+    EXPECT_TRUE(w.keysWay.posts.empty());
+    EXPECT_EQ(lastLine(), "[tirra-type] lost the caret in Editor after 0 characters — stopping there");
+    EXPECT_TRUE(listed().isEmpty());
+}
+
+TEST_F(LiveTypingTest, WhereEveryWayRefusesTheTextIsPastedAndTheApplicationIsNotListed) {
+    w.insertionWay.outcome = PostOutcome::refused;
+    w.keysWay.outcome = PostOutcome::refused;
+    armAndType("Hello");
+    EXPECT_TRUE(listed().isEmpty());
+    EXPECT_EQ(lastLine(), "[tirra-type] no way takes text in Editor after 0 characters — pasting the rest");
+    EXPECT_EQ(settle("Hello"), SettleOutcome::paste);
+}
+
 TEST_F(LiveTypingTest, CharactersThatAProvenWayCannotCarryArePastedWithoutBlame) {
     w.insertionWay.offered = false;
     armAndType("One");
@@ -346,11 +378,11 @@ TEST_F(LiveTypingTest, AnUnansweredInsertionThatLandsCounts) {
     EXPECT_EQ(settle("Hello"), SettleOutcome::landed);
 }
 
-TEST_F(LiveTypingTest, WithNoWayAtAllTheFirstFragmentFails) {
+TEST_F(LiveTypingTest, WithNoWayAtAllTheTextIsPastedAndTheApplicationMayHaveOneLater) {
     w.insertionWay.offered = false;
     w.keysWay.offered = false;
     armAndType("Hello");
-    EXPECT_EQ(listed(), QStringList("org.example.Editor"));
+    EXPECT_TRUE(listed().isEmpty());
     EXPECT_EQ(settle("Hello"), SettleOutcome::paste);
     EXPECT_EQ(text(), "");
 }

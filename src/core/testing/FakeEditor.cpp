@@ -78,6 +78,7 @@ void FakeEditor::send(const std::function<void()>& effect) {
 QCoro::Task<bool> FakeFragmentPoster::canPost(PostingTarget, TaskScope) { co_return offered; }
 
 QCoro::Task<PostOutcome> FakeFragmentPoster::post(PostingTarget target, QString text, TaskScope) {
+    ++asked;
     if (beforePost) {
         beforePost();
     }

@@ -72,6 +72,8 @@ class FakeFragmentPoster final : public FragmentPoster {
     /// Before the next post.
     std::function<void()> beforePost;
     std::vector<QString> posts;
+    /// Posts and refusals.
+    int asked = 0;
     int finished = 0;
 
  private:
