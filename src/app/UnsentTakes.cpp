@@ -10,6 +10,8 @@
 #include <QJsonObject>
 #include <QSaveFile>
 
+#include <sys/file.h>
+
 namespace lorvane {
 
 namespace {
@@ -18,6 +20,7 @@ const auto audioKey = QStringLiteral("audio");
 const auto extKey = QStringLiteral("ext");
 const auto prefixKey = QStringLiteral("prefix");
 const auto secondsKey = QStringLiteral("seconds");
+const auto takeKey = QStringLiteral("takeID");
 const auto createdKey = QStringLiteral("createdAt");
 
 /// The history gathers its changes for a moment before it writes them; only then may the take go.
@@ -25,13 +28,12 @@ constexpr Duration untilWritten = std::chrono::milliseconds(500);
 
 double inUnixSeconds(WallTime time) { return inSeconds(time.time_since_epoch()); }
 
-/// Empty when the file is no take; absent when it cannot be read.
-std::optional<QJsonObject> objectIn(const QString& path) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        return std::nullopt;
+/// A file that no other process has in hand, and that is still there: whoever had it may have delivered it.
+bool claim(QFile& file) {
+    if (!file.open(QIODevice::ReadOnly) || flock(file.handle(), LOCK_EX | LOCK_NB) != 0) {
+        return false;
     }
-    return QJsonDocument::fromJson(file.readAll()).object();
+    return file.exists();
 }
 
 DeliveredTake deliveredFrom(const QJsonObject& kept, const QString& text, const DictationResponse& response) {
@@ -55,7 +57,10 @@ bool UnsentTakes::keep(const FinishedTake& take) const {
         return false;
     }
     const double now = inUnixSeconds(foundation_.clock.wallNow());
-    QJsonObject kept{{prefixKey, take.prefix}, {secondsKey, take.seconds}, {createdKey, now}};
+    // Each time it is sent it is the same take to the backend, which so counts it once.
+    const QString takeID = take.takeID.isEmpty() ? newUuid() : take.takeID;
+    QJsonObject kept{
+        {takeKey, takeID}, {prefixKey, take.prefix}, {secondsKey, take.seconds}, {createdKey, now}};
     if (take.take) {
         kept.insert(audioKey, QString::fromLatin1(take.take->data.toBase64()));
         kept.insert(extKey, take.take->ext);
@@ -78,26 +83,30 @@ bool UnsentTakes::isEmpty() const { return files().isEmpty(); }
 QCoro::Task<void> UnsentTakes::deliver(DictationEndpoints& endpoints, TakeJournal& journal,
                                        TaskScope scope) const {
     const QStringList waiting = files();
-    for (const QString& file : waiting) {
-        const bool isOver = co_await deliverOne(folder_ + QLatin1Char('/') + file, endpoints, journal, scope);
+    for (const QString& name : waiting) {
+        QFile file(folder_ + QLatin1Char('/') + name);
+        if (!claim(file)) {
+            continue;
+        }
+        const QJsonObject kept = QJsonDocument::fromJson(file.readAll()).object();
+        bool isOver = kept.isEmpty(); // it is no take
+        if (!isOver) {
+            isOver = co_await deliverOne(kept, endpoints, journal, scope);
+        }
         if (isOver) {
-            QFile::remove(folder_ + QLatin1Char('/') + file);
+            QFile::remove(file.fileName()); // while it is still ours
         }
     }
 }
 
-QCoro::Task<bool> UnsentTakes::deliverOne(QString file, DictationEndpoints& endpoints, TakeJournal& journal,
-                                          TaskScope scope) const {
-    const auto kept = objectIn(file);
-    if (!kept || kept->isEmpty()) {
-        co_return kept.has_value();
-    }
+QCoro::Task<bool> UnsentTakes::deliverOne(QJsonObject kept, DictationEndpoints& endpoints,
+                                          TakeJournal& journal, TaskScope scope) const {
     const QString language = foundation_.preferences.get(preference::translateLang).trimmed();
     DictationRequest request;
-    request.audio = QByteArray::fromBase64(kept->value(audioKey).toString().toLatin1());
-    request.ext = kept->value(extKey).toString(QStringLiteral("wav"));
-    request.prefix = kept->value(prefixKey).toString();
-    request.takeID = newUuid();
+    request.audio = QByteArray::fromBase64(kept.value(audioKey).toString().toLatin1());
+    request.ext = kept.value(extKey).toString(QStringLiteral("wav"));
+    request.prefix = kept.value(prefixKey).toString();
+    request.takeID = kept.value(takeKey).toString(newUuid());
     request.allowRetry = true;
     if (!language.isEmpty()) {
         request.translate = language;
@@ -110,7 +119,7 @@ QCoro::Task<bool> UnsentTakes::deliverOne(QString file, DictationEndpoints& endp
     }
     const QString text = result->text.trimmed();
     if (!text.isEmpty()) {
-        journal.add(deliveredFrom(*kept, text, *result));
+        journal.add(deliveredFrom(kept, text, *result));
         co_await sleep(foundation_.clock, untilWritten, scope);
         foundation_.log.diagLog(
             QStringLiteral("[tirra-dictate] the text of a take of before is in the history"));

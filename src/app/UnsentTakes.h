@@ -6,6 +6,7 @@
 #include "core/TakeCapture.h"
 #include "core/TakeJournal.h"
 
+#include <QJsonObject>
 #include <QString>
 
 namespace lorvane {
@@ -23,13 +24,13 @@ class UnsentTakes {
     /// Writes the file at once; false when it could not be written or the take holds nothing.
     bool keep(const FinishedTake& take) const;
     [[nodiscard]] bool isEmpty() const;
-    /// Sends each to the backend, the eldest first. One that yields no text, or is no take, goes away; one
-    /// that the backend did not answer stays for the next time.
+    /// Sends each to the backend, the eldest first, but for those that another process has in hand. One that
+    /// yields no text, or is no take, goes away; one that the backend did not answer stays for the next time.
     QCoro::Task<void> deliver(DictationEndpoints& endpoints, TakeJournal& journal, TaskScope scope) const;
 
  private:
     [[nodiscard]] QStringList files() const;
-    QCoro::Task<bool> deliverOne(QString file, DictationEndpoints& endpoints, TakeJournal& journal,
+    QCoro::Task<bool> deliverOne(QJsonObject kept, DictationEndpoints& endpoints, TakeJournal& journal,
                                  TaskScope scope) const;
 
     const Foundation foundation_;

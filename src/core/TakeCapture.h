@@ -11,6 +11,8 @@ struct FinishedTake {
     std::optional<Take> take;
     QString prefix;
     double seconds = 0;
+    /// By which the backend knows what it was sent last of it; empty when it has not been sent.
+    QString takeID = {};
 
     [[nodiscard]] bool isNothing() const { return !take && prefix.isEmpty(); }
 };

@@ -42,9 +42,10 @@ TakeDelivery::TakeDelivery(const Foundation& foundation, DictationEndpoints& end
       workspace_(workspace) {}
 
 QCoro::Task<void> TakeDelivery::deliverTake(FinishedTake take, int attempt, TaskScope scope) {
+    const DictationRequest request = requestFor(take);
+    take.takeID = request.takeID.value_or(QString());
     const auto own = std::make_shared<const FinishedTake>(take);
     underWay_ = own;
-    const DictationRequest request = requestFor(take);
     status_.isTranslating.set(request.translate.has_value());
     co_await landing_.typing().armTyping(scope);
     const DictationResult result = co_await send(request, scope);
@@ -65,6 +66,7 @@ QCoro::Task<void> TakeDelivery::deliverTake(FinishedTake take, int attempt, Task
 }
 
 QCoro::Task<void> TakeDelivery::abandonTyping(QString reason, TaskScope scope) {
+    underWay_.reset(); // nobody wants it any more, though a step of it may still run
     const bool clean = co_await landing_.typing().abandonTyping(reason, scope);
     static_cast<void>(clean); // nothing more can be done about it; the log has it
 }

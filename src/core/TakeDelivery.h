@@ -28,7 +28,7 @@ class TakeDelivery {
     QCoro::Task<void> abandonTyping(QString reason, TaskScope scope);
     /// The take is over, however it ended.
     void endTyping() { landing_.typing().endTyping(); }
-    /// The take that is under way to its text; null when none is.
+    /// The take that is under way to its text, as the backend was sent it; null when none is.
     [[nodiscard]] std::shared_ptr<const FinishedTake> underWay() const { return underWay_.lock(); }
     /// Leaves a text on the clipboard.
     void copy(const QString& text) { landing_.copy(text); }

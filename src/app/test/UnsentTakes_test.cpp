@@ -62,6 +62,57 @@ TEST_F(UnsentTakesTest, ATakeThatTheBackendDoesNotAnswerStays) {
     EXPECT_TRUE(journal.takes.empty());
 }
 
+TEST_F(UnsentTakesTest, ATakeIsSentUnderTheIdThatTheBackendKnows) {
+    FinishedTake sent = takeOf("audio");
+    sent.takeID = QStringLiteral("known");
+    ASSERT_TRUE(unsent.keep(sent));
+    backend.uploads.push_back(Backend::answer(text("said before")));
+    deliver();
+    ASSERT_EQ(backend.uploadRequests.size(), 1U);
+    EXPECT_EQ(backend.uploadRequests[0].takeID, QStringLiteral("known"));
+}
+
+TEST_F(UnsentTakesTest, ATakeThatWasNeverSentKeepsOneIdOverAllTries) {
+    ASSERT_TRUE(unsent.keep(takeOf("audio")));
+    backend.uploads.push_back(Backend::answer(failure(DictationError(TransportError{}))));
+    backend.uploads.push_back(Backend::answer(text("said before")));
+    deliver();
+    deliver();
+    ASSERT_EQ(backend.uploadRequests.size(), 2U);
+    EXPECT_FALSE(backend.uploadRequests[0].takeID->isEmpty());
+    EXPECT_EQ(backend.uploadRequests[0].takeID, backend.uploadRequests[1].takeID);
+}
+
+TEST_F(UnsentTakesTest, OfTwoProcessesOneDeliversATake) {
+    ASSERT_TRUE(unsent.keep(takeOf("audio")));
+    backend.uploads.push_back(Backend::answer(text("said before")));
+    const UnsentTakes other{world.foundation, folder.filePath("unsent")};
+    const TaskHandle first =
+        startTask([this](TaskScope scope) { return unsent.deliver(backend, journal, scope); });
+    ASSERT_TRUE(first.isRunning()) << "its text is in the history, but the file is not gone yet";
+    const TaskHandle second =
+        startTask([&](TaskScope scope) { return other.deliver(backend, journal, scope); });
+    EXPECT_FALSE(second.isRunning());
+    advance(1);
+    EXPECT_EQ(backend.uploadRequests.size(), 1U);
+    EXPECT_EQ(journal.takes.size(), 1U);
+    EXPECT_TRUE(unsent.isEmpty());
+}
+
+TEST_F(UnsentTakesTest, ATakeOfAProcessThatEndedWhileDeliveringIsDelivered) {
+    ASSERT_TRUE(unsent.keep(takeOf("audio")));
+    backend.uploads.push_back(Backend::answer(text("said before")));
+    {
+        const TaskHandle first =
+            startTask([this](TaskScope scope) { return unsent.deliver(backend, journal, scope); });
+        ASSERT_TRUE(first.isRunning());
+    }
+    backend.uploads.push_back(Backend::answer(text("said before")));
+    deliver();
+    EXPECT_EQ(backend.uploadRequests.size(), 2U);
+    EXPECT_TRUE(unsent.isEmpty());
+}
+
 TEST_F(UnsentTakesTest, ATakeWithoutSpeechGoesAway) {
     ASSERT_TRUE(unsent.keep(takeOf("audio")));
     backend.uploads.push_back(Backend::answer(failure(DictationError(Failure{Failure::Kind::noSpeech}))));

@@ -64,6 +64,25 @@ TEST_F(TakeDeliveryTest, CancelledTakeIsNotUnderWayAnyMore) {
     EXPECT_EQ(delivery.underWay(), nullptr);
 }
 
+TEST_F(TakeDeliveryTest, TakeThatIsCancelledWhileItsTextIsPastedIsNotUnderWayAnyMore) {
+    holdFor(1);
+    advance(0.1);
+    ASSERT_TRUE(pasteboard.isLent());
+    ASSERT_TRUE(delivery.underWay());
+    escape();
+    EXPECT_FALSE(delivery.underWay());
+}
+
+TEST_F(TakeDeliveryTest, TakeUnderWayBearsTheIdOfTheAttemptThatRuns) {
+    streamAnswers(Backend::failed(Kind::server));
+    backend.streams.push_back(Backend::answer(backend.otherwise, {}, seconds(5)));
+    holdFor(1);
+    advance(1.3);
+    ASSERT_EQ(backend.streamRequests.size(), 2U);
+    ASSERT_TRUE(delivery.underWay());
+    EXPECT_EQ(delivery.underWay()->takeID, backend.streamRequests[1].takeID);
+}
+
 TEST_F(TakeDeliveryTest, TargetLanguageIsSentTrimmed) {
     backend.streams.push_back(Backend::answer(backend.otherwise, {}, seconds(1)));
     preferences.set(preference::translateLang, QString(" \tde\u00a0"));
