@@ -23,9 +23,9 @@ QCoro::Task<TypedFragment> FragmentTyping::typeFragment(std::shared_ptr<TypingAt
     TypedFragment typed;
     typed.isComplete = text.isEmpty();
     co_await findWays(attempt, scope);
-    while (typed.units < text.size()) {
-        if (!attempt->ways || attempt->ways->empty()) {
-            typed.isRefused = true;
+    typed.hasNoWay = !attempt->ways || attempt->ways->empty();
+    while (!typed.hasNoWay && typed.units < text.size()) {
+        if (attempt->ways->empty()) {
             co_return typed;
         }
         const qsizetype cut = nextCut(text, typed.units, takesLineBreaks(*attempt));

@@ -29,8 +29,8 @@ struct TypedFragment {
     bool endsAtBreak = false;
     /// The rest was not posted, since the field or its caret was not where it should be.
     bool isOffTarget = false;
-    /// The rest was not posted, since no way takes it now.
-    bool isRefused = false;
+    /// The desktop has no way into the field just now.
+    bool hasNoWay = false;
 };
 
 /// Posts text into the armed field, at most twelve units at a time, each confirmed before the next. Of the

@@ -125,9 +125,9 @@ QCoro::Task<void> LiveTyping::typeFailed(Attempt attempt, TypedFragment typed, Q
         attempt->typingHalted = true;
         log(QStringLiteral("[tirra-type] lost the caret in %1 after %2 characters — stopping there")
                 .arg(name, count));
-    } else if (typed.isRefused) {
+    } else if (typed.hasNoWay) {
         attempt->typingHalted = true;
-        log(QStringLiteral("[tirra-type] no way takes text in %1 after %2 characters — pasting the rest")
+        log(QStringLiteral("[tirra-type] there is no way into %1 after %2 characters — pasting the rest")
                 .arg(name, count));
     } else if (attempt->typedLive.size() < unitsOfFirstFragment) {
         rememberItCannotKeepUp();
