@@ -155,7 +155,7 @@ void print(const DoctorReport& report, bool json, const Localisation& words) {
 } // namespace
 
 int runDoctor(bool json) {
-    Stores stores;
+    Stores stores([](const QString&) {}); // the report says it in the user's words
     const QDBusConnection session = QDBusConnection::sessionBus();
     Examination examination(stores.foundation(), session);
     Doctor doctor(examination.probes(), stores.foundation().words);

@@ -2,7 +2,6 @@
 #include "app/SessionRoads.h"
 
 #include "app/session/SessionProbe.h"
-#include "app/setup/SetupPlan.h"
 #include "app/setup/SetupProbe.h"
 #include "base/PreferenceCatalogue.h"
 #include "input/Hotkey.h"
@@ -27,6 +26,23 @@ QString openRoads(const std::vector<Road<Port>>& roads) {
 QString changesOf(SetupTopic topic, const SetupFacts& facts, const Localisation& words) {
     const SetupPlan plan = planSetup(topic, facts, words);
     return plan.changesAnything() ? plan.told.join(QLatin1Char(' ')) : QString();
+}
+
+QString trayStep(SetupDesktop desktop, const Localisation& words) {
+    switch (desktop) {
+    case SetupDesktop::gnome:
+        return words.text("Install the extension AppIndicator and switch it on.");
+    case SetupDesktop::kde:
+        return words.text("Add the system tray to a panel.");
+    case SetupDesktop::x11:
+        return words.text("Start a panel that has a tray.");
+    case SetupDesktop::sway:
+    case SetupDesktop::hyprland:
+    case SetupDesktop::niri:
+    case SetupDesktop::other:
+        break;
+    }
+    return words.text("Start a bar that has a tray, such as waybar.");
 }
 
 /// The one that a first start chooses where none is stored.
@@ -79,16 +95,18 @@ QCoro::Task<RoadFacts> SessionRoads::facts(TaskScope scope) {
     facts.isWayland = isWayland();
     facts.hasX = display_.isAlive() && capabilities_.canPostKeys();
     facts.pill = kindOf(choice_.pill);
+    const SetupFacts setup = probeSetup(bus_);
+    facts.trayStep = trayStep(setup.desktop, foundation_.words);
     if (session_) {
         co_await sleep(foundation_.clock, patience, scope);
-        addWaylandRoads(facts);
+        addWaylandRoads(facts, setup);
     } else {
         addXRoads(facts);
     }
     co_return facts;
 }
 
-void SessionRoads::addWaylandRoads(RoadFacts& facts) {
+void SessionRoads::addWaylandRoads(RoadFacts& facts, const SetupFacts& setup) {
     const SessionPorts& roads = session_->roads();
     if (const HoldRoad* const road = holdRoadIn(roads.holdRoads, chosenHoldKey(foundation_.preferences))) {
         facts.hold = road->name();
@@ -96,7 +114,6 @@ void SessionRoads::addWaylandRoads(RoadFacts& facts) {
     }
     facts.typing = openRoads(roads.posters);
     facts.paste = openRoads(roads.pasteKeys);
-    const SetupFacts setup = probeSetup(bus_);
     facts.holdSetup = changesOf(SetupTopic::hold, setup, foundation_.words);
     facts.typingSetup = changesOf(SetupTopic::typing, setup, foundation_.words);
 }

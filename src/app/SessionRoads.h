@@ -4,6 +4,7 @@
 #include "app/doctor/DoctorRoads.h"
 #include "app/session/SessionFacts.h"
 #include "app/session/WaylandSession.h"
+#include "app/setup/SetupPlan.h"
 #include "platform/linux/x11/X11Capabilities.h"
 
 namespace lorvane {
@@ -21,7 +22,7 @@ class SessionRoads {
     QCoro::Task<RoadFacts> facts(TaskScope scope);
 
  private:
-    void addWaylandRoads(RoadFacts& facts);
+    void addWaylandRoads(RoadFacts& facts, const SetupFacts& setup);
     void addXRoads(RoadFacts& facts) const;
 
     Foundation foundation_;

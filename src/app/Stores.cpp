@@ -24,8 +24,9 @@ std::optional<QString> stateFolder() {
 
 } // namespace
 
-Stores::Stores()
-    : log_(clock_, stateFolder()), store_(configFolder(), log_), words_(loadWords(preferences_, log_)) {}
+Stores::Stores(DiagnosticLog::Console console)
+    : log_(clock_, stateFolder(), std::move(console)), store_(configFolder(), log_),
+      words_(loadWords(preferences_, log_)) {}
 
 QString dataFolder() {
     return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/Tirra");

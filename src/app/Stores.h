@@ -11,7 +11,8 @@ namespace lorvane {
 /// The real foundation: clock, log, preferences and words of this user.
 class Stores {
  public:
-    Stores();
+    /// `console`: where the log's lines go besides its file; standard error when it is left empty.
+    explicit Stores(DiagnosticLog::Console console = {});
     [[nodiscard]] const Foundation& foundation() const { return foundation_; }
 
  private:

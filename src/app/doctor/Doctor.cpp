@@ -185,8 +185,7 @@ QCoro::Task<void> Doctor::services(DoctorReport* report, TaskScope scope) {
         add(*report, "tray", good ? Status::ok : Status::warning,
             good ? words_.text("There is a tray for the icon.")
                  : words_.text("There is no tray, so the icon does not show."),
-            words_.text(
-                "On GNOME, install the extension AppIndicator. \"lorvane open\" does what the icon does."));
+            words_.text("\"lorvane open\" does what the icon does."));
     }
 }
 

@@ -69,6 +69,17 @@ QJsonArray jsonOf(const std::vector<DoctorRoad>& roads) {
     return array;
 }
 
+QString verdict(const DoctorReport& report, const Localisation& words) {
+    if (!report.dictationWorks()) {
+        return words.text("Dictation does not work.");
+    }
+    const bool isAllWell = std::all_of(report.lines.begin(), report.lines.end(), [](const DoctorLine& line) {
+        return line.status == DoctorLine::Status::ok;
+    });
+    return isAllWell ? words.text("Dictation works.")
+                     : words.text("Dictation works. What is marked \"warn\" can be made better.");
+}
+
 } // namespace
 
 bool DoctorReport::dictationWorks() const {
@@ -85,8 +96,7 @@ QString asText(const DoctorReport& report, const Localisation& words) {
         text += QLatin1Char('\n') + words.text("Open windows") + QLatin1Char('\n') + textOf(report.windows);
     }
     text += QLatin1Char('\n');
-    text += report.dictationWorks() ? words.text("Dictation works.") : words.text("Dictation does not work.");
-    return text + QLatin1Char('\n');
+    return text + verdict(report, words) + QLatin1Char('\n');
 }
 
 QByteArray asJson(const DoctorReport& report) {

@@ -44,7 +44,7 @@ DoctorRoad paste(const RoadFacts& facts, const Localisation& words) {
         road.taken = words.text("keys of the X server, for X11 applications only");
     }
     if (!facts.typingSetup.isEmpty()) {
-        road.better = facts.typingSetup;
+        road.better = words.text("keys in every application");
         road.step = QStringLiteral("lorvane setup typing");
     }
     return road;
@@ -77,7 +77,7 @@ DoctorRoad tray(const RoadFacts& facts, const Localisation& words) {
     }
     return {Need::tray,
             facts.pill == RoadFacts::PillKind::xWindow ? words.text("the menu of the pill") : QString(),
-            words.text("a tray"), words.text("On GNOME, install the extension AppIndicator.")};
+            words.text("a tray"), facts.trayStep};
 }
 
 DoctorRoad reading(const RoadFacts& facts, const Localisation& words) {

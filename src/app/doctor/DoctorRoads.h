@@ -38,6 +38,8 @@ struct RoadFacts {
     QString paste;
     PillKind pill = PillKind::none;
     bool hasTray = false;
+    /// How this desktop gets a tray.
+    QString trayStep;
     bool readsFields = false;
     /// What "lorvane setup hold" and "lorvane setup typing" would do; empty when they would change nothing.
     QString holdSetup;

@@ -97,10 +97,11 @@ TEST(DoctorRoads, WithoutAnXServerThePillNamesWhatBringsIt) {
 TEST(DoctorRoads, WithoutATrayThePillHasTheMenu) {
     RoadFacts facts = complete();
     facts.hasTray = false;
+    facts.trayStep = "Start a panel.";
     EXPECT_FALSE(roadOf(facts, Need::tray).taken.isEmpty());
     facts.pill = RoadFacts::PillKind::none;
     EXPECT_TRUE(roadOf(facts, Need::tray).taken.isEmpty());
-    EXPECT_FALSE(roadOf(facts, Need::tray).step.isEmpty());
+    EXPECT_EQ(roadOf(facts, Need::tray).step, "Start a panel.");
 }
 
 } // namespace

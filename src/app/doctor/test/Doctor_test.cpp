@@ -297,6 +297,14 @@ TEST(DoctorReport, TextShowsStatusAndRemedy) {
     EXPECT_TRUE(text.endsWith(QStringLiteral("Dictation does not work.\n")));
 }
 
+TEST(DoctorReport, TheVerdictSaysWhetherSomethingCouldBeBetter) {
+    DoctorReport report;
+    report.lines.push_back({QStringLiteral("tray"), Status::ok, QStringLiteral("there"), QString()});
+    EXPECT_TRUE(asText(report, Localisation()).endsWith(QStringLiteral("\nDictation works.\n")));
+    report.lines.push_back({QStringLiteral("keys"), Status::warning, QStringLiteral("w"), QString()});
+    EXPECT_TRUE(asText(report, Localisation()).endsWith(QStringLiteral("can be made better.\n")));
+}
+
 TEST(SessionKind, TheSessionsOwnWordCountsElseItsDisplays) {
     const QString none;
     const QString x(QStringLiteral(":0"));
