@@ -111,6 +111,8 @@ TEST_F(ProgramConfiguration, AnErrorNamesTheKeyAndWhereItStands) {
         {"speech = generic http://x key-file=/absent\n", "speech: /absent cannot be read"},
         {"language = whispercpp http://x\n", "language: \"whispercpp\" is no kind"},
         {"language = vllm http://x\n", "language: vllm wants a model"},
+        {"take-memory = 50\n", "take-memory: too little for one take of audio-limit"},
+        {"audio-limit = 600\n", "take-memory: too little for one take of audio-limit"},
     };
     for (const auto& [text, expected] : files) {
         put(file, text);
