@@ -9,6 +9,7 @@
 
 #include <array>
 #include <condition_variable>
+#include <future>
 #include <gtest/gtest.h>
 #include <regex>
 #include <thread>
@@ -238,6 +239,33 @@ TEST_F(ReplicasTest, NoTakeIsLostAndNoneCountedTwiceWhileReplicasComeAndGo) {
     EXPECT_EQ(fromDatabase("SELECT count(*) FROM seen_take WHERE purpose = 'take'"), std::to_string(takes));
     EXPECT_EQ(fromDatabase("SELECT sum(words) FROM phone_words"), std::to_string(3 * takes));
     EXPECT_TRUE(answers(ports_[1]));
+}
+
+// An upload that was under way at a replica that dies: sent on when it has an id to be known by, and only
+// then.
+TEST_F(ReplicasTest, AnUploadIsSentOnToTheNextReplicaOnlyWithAnId) {
+    for (const bool named : {true, false}) {
+        gate_.set(false);
+        auto upload = take(named ? 1 : 2, "dictate");
+        if (!named)
+            upload.takeId.clear();
+        auto answer = std::async(std::launch::async, [&] { return request(nginxPort_, upload).status; });
+        std::size_t where = replicas_.size();
+        EXPECT_TRUE(eventually(
+            [&] {
+                for (where = 0; where < replicas_.size() && running(where) == 0;)
+                    ++where;
+                return where < replicas_.size() && gate_.held() > 0;
+            },
+            60s));
+        ASSERT_LT(where, replicas_.size());
+        replicas_.at(where)->kill();
+        gate_.set(true);
+        EXPECT_EQ(answer.get(), named ? 200 : 502) << named;
+        start(where);
+        ASSERT_TRUE(answers(ports_.at(where)));
+    }
+    EXPECT_EQ(fromDatabase("SELECT sum(words) FROM phone_words"), "3") << "of the take with an id alone";
 }
 
 // What the database's absence does to a running service, and its return.
