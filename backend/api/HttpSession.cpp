@@ -48,6 +48,21 @@ std::string_view afterQuestionMark(std::string_view target) {
 
 std::string_view plain(beast::string_view text) { return {text.data(), text.size()}; }
 
+// Who stands between us and a client may read such a request otherwise than we do: one host, one token, and a
+// body that is told by one length or in chunks (RFC 9112 3.2 and 6.1).
+template <class Parser>
+bool unambiguous(const Parser& parser) {
+    const auto& head = parser.get();
+    const auto hosts = head.count(http::field::host);
+    if (head.version() >= 11 ? hosts != 1 : hosts > 1)
+        return false;
+    if (head.count(http::field::authorization) > 1)
+        return false;
+    const auto coding = head.find(http::field::transfer_encoding);
+    return coding == head.end() || (head.version() >= 11 && beast::iequals(coding->value(), "chunked") &&
+                                    head.count(http::field::transfer_encoding) == 1);
+}
+
 } // namespace
 
 HttpSession::HttpSession(net::ip::tcp::socket socket, std::shared_ptr<ServerShared> shared)
@@ -124,6 +139,10 @@ net::awaitable<bool> HttpSession::serveOne() {
     }
     const auto& head = parser.get();
     version_ = head.version();
+    if (!unambiguous(parser)) {
+        const bool more = co_await refuse(400, codeOfStatus(400), true);
+        co_return more;
+    }
     auto found = shared_->routes.find(plain(head.method_string()), plain(head.target()));
     what_ = std::move(found.what);
     allow_ = found.allow;

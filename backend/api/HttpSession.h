@@ -75,7 +75,8 @@ class HttpSession : public std::enable_shared_from_this<HttpSession> {
     boost::beast::tcp_stream stream_;
     HttpWriter writer_;
     boost::asio::steady_timer timer_;
-    boost::beast::flat_buffer buffer_;
+    // Of what has come and was not read yet. A chunk's extensions and trailers would fill it without end.
+    boost::beast::flat_buffer buffer_{std::size_t(64) << 10};
     const std::shared_ptr<ServerShared> shared_;
     std::chrono::steady_clock::time_point began_;
     std::chrono::steady_clock::time_point headDue_ = std::chrono::steady_clock::time_point::max();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "api/Handlers.h"
 #include "api/JsonBody.h"
+#include "language/PersonName.h"
 #include "mail/Address.h"
 #include "mail/Mailer.h"
 
@@ -13,13 +14,6 @@ constexpr std::size_t longestName = 240; // 60 signs of UTF-8
 constexpr std::size_t longestTopic = 64;
 constexpr std::size_t longestMessage = 32 * 1024;
 constexpr std::size_t mostMeta = 32;
-
-// A name is shown to a stranger: it must not carry an address or a link of its own.
-std::string usableName(std::string name) {
-    return name.find_first_of("/:@<>\r\n") == std::string::npos && name.find("www.") == std::string::npos
-               ? name
-               : std::string();
-}
 
 Letter invitation(const Services& services, const std::string& to, const std::string& name,
                   const std::string& code) {
@@ -50,7 +44,9 @@ void sendOrRefuse(const Services& services, const Letter& letter, Exchange& exch
 void handleInvite(const Services& services, const Request& request, Exchange& exchange) {
     const JsonBody body(request.body);
     const auto email = body.text("email", longestAddress);
-    const auto name = usableName(body.optionalText("fromName", longestName).value_or(""));
+    auto name = body.optionalText("fromName", longestName).value_or("");
+    if (!looksLikeAName(name)) // a stranger reads it: it must not carry a message of its own
+        name.clear();
     if (!isMailAddress(email))
         throw BadBody("bad email");
     if (!admitted(services, request, exchange, "invite", services.options.limits.invitations))

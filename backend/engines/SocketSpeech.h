@@ -20,9 +20,6 @@ struct SocketSpeechCall {
     std::chrono::milliseconds wholeTime = std::chrono::seconds(200);
 };
 
-// Of a take's whole text, in bytes. A server that says more than anybody can speak has failed.
-constexpr std::size_t longestSocketText = std::size_t(1) << 20;
-
 struct SocketSpeechAnswer {
     SocketCallEnd call;
     std::string text; // as the server wrote it

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "engines/SocketReaders.h"
 #include "engines/SocketSpeech.h"
 
 #include <bit>
@@ -8,14 +9,11 @@
 #include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/core/tcp_stream.hpp>
 #include <boost/beast/websocket.hpp>
-#include <boost/json.hpp>
-#include <stdexcept>
 
 namespace lorvane::backend {
 
 namespace asio = boost::asio;
 namespace beast = boost::beast;
-namespace json = boost::json;
 
 namespace {
 
@@ -54,20 +52,11 @@ class Conversation {
         co_await socket_.async_write(asio::buffer(part.data(), part.size_bytes()), asio::use_awaitable);
     }
 
-    // The server answers each piece of sound, mostly with what it guesses so far; the words of a sentence
-    // that has ended come as "text".
-    asio::awaitable<void> receive(std::string& words) {
+    // The server answers each piece of sound, and the end.
+    asio::awaitable<void> receive(VoskReader& reader) {
         beast::flat_buffer buffer;
         co_await socket_.async_read(buffer, asio::use_awaitable);
-        json::error_code error;
-        const auto value = json::parse(beast::buffers_to_string(buffer.data()), error);
-        if (error || !value.is_object())
-            throw std::runtime_error("an answer that is no JSON object");
-        const auto* text = value.as_object().if_contains("text");
-        if (text && text->is_string() && !text->as_string().empty())
-            words += (words.empty() ? "" : " ") + std::string(text->as_string());
-        if (words.size() > longestSocketText)
-            throw std::runtime_error("a transcript without end");
+        reader.hear(beast::buffers_to_string(buffer.data()));
     }
 
  private:
@@ -81,17 +70,19 @@ class Conversation {
 SocketSpeechAnswer hearByVosk(const SocketSpeechCall& call, const std::stop_token& stop) {
     SocketSpeechAnswer answer;
     const auto talk = [&]() -> asio::awaitable<void> {
+        VoskReader reader;
         Conversation conversation(co_await asio::this_coro::executor, call);
         co_await conversation.connect();
         co_await conversation.sendText(R"({"config":{"sample_rate":)" + std::to_string(sampleRate) + "}}");
         for (std::size_t at = 0; at < call.samples.size(); at += chunk) {
             co_await conversation.sendSound(
                 call.samples.subspan(at, std::min(chunk, call.samples.size() - at)));
-            co_await conversation.receive(answer.text);
+            co_await conversation.receive(reader);
         }
         // The server compares these very bytes.
         co_await conversation.sendText(R"({"eof" : 1})");
-        co_await conversation.receive(answer.text);
+        co_await conversation.receive(reader);
+        answer.text = reader.text();
     };
     answer.call = runSocketCall(talk, call.wholeTime, stop);
     return answer;

@@ -1,17 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "engines/SocketReaders.h"
 #include "engines/SocketSpeech.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
-#include <boost/asio/read.hpp>
-#include <boost/asio/read_until.hpp>
-#include <boost/asio/redirect_error.hpp>
 #include <boost/asio/this_coro.hpp>
 #include <boost/asio/use_awaitable.hpp>
 #include <boost/asio/write.hpp>
 #include <boost/beast/core/tcp_stream.hpp>
 #include <boost/json.hpp>
-#include <stdexcept>
 
 namespace lorvane::backend {
 
@@ -21,38 +19,7 @@ namespace json = boost::json;
 namespace {
 
 constexpr std::size_t chunk = sampleRate; // samples of one event: a second
-constexpr std::size_t longestLine = std::size_t(64) << 10;
-constexpr std::size_t mostData = std::size_t(4) << 20;
 static_assert(std::endian::native == std::endian::little, "samples go out as they lie in memory");
-
-struct Event {
-    std::string type;
-    json::object data;
-};
-
-std::string textIn(const json::object& object, const char* key) {
-    const auto* value = object.if_contains(key);
-    return value && value->is_string() ? std::string(value->as_string()) : std::string();
-}
-
-std::size_t lengthIn(const json::object& object, const char* key) {
-    const auto* value = object.if_contains(key);
-    if (!value || value->is_null())
-        return 0;
-    json::error_code error;
-    const auto length = value->to_number<std::uint64_t>(error);
-    if (error || length > mostData)
-        throw std::runtime_error("an event of no possible length");
-    return static_cast<std::size_t>(length);
-}
-
-json::object objectOf(std::string_view text) {
-    json::error_code error;
-    auto value = json::parse(text, error);
-    if (error || !value.is_object())
-        throw std::runtime_error("an event that is no JSON object");
-    return std::move(value.as_object());
-}
 
 std::string eventLine(std::string_view type, json::object data, std::size_t payload) {
     json::object event{{"type", type}, {"data", std::move(data)}};
@@ -79,36 +46,19 @@ class Conversation {
         co_await asio::async_write(stream_, asio::buffer(event), asio::use_awaitable);
     }
 
-    asio::awaitable<Event> receive() {
-        stream_.expires_after(call_.answerTime);
-        const auto length = co_await asio::async_read_until(stream_, asio::dynamic_buffer(read_, longestLine),
-                                                            '\n', asio::use_awaitable);
-        const auto head = objectOf(std::string_view(read_).substr(0, length));
-        read_.erase(0, length);
-        Event event{textIn(head, "type"), {}};
-        if (const auto* data = head.if_contains("data"); data && data->is_object())
-            event.data = data->as_object();
-        const auto data = lengthIn(head, "data_length");
-        const auto payload = lengthIn(head, "payload_length");
-        co_await fill(data + payload);
-        if (data > 0)
-            for (auto& [key, value] : objectOf(std::string_view(read_).substr(0, data)))
-                event.data[key] = value;
-        read_.erase(0, data + payload);
-        co_return event;
+    asio::awaitable<void> listen(WyomingReader& reader) {
+        std::array<char, 16 * 1024> bytes;
+        for (bool whole = false; !whole;) {
+            stream_.expires_after(call_.answerTime);
+            const auto count = co_await stream_.async_read_some(asio::buffer(bytes), asio::use_awaitable);
+            whole = reader.feed({bytes.data(), count});
+        }
     }
 
  private:
-    asio::awaitable<void> fill(std::size_t bytes) {
-        if (read_.size() < bytes)
-            co_await asio::async_read(stream_, asio::dynamic_buffer(read_),
-                                      asio::transfer_at_least(bytes - read_.size()), asio::use_awaitable);
-    }
-
     const SocketSpeechCall& call_;
     boost::beast::tcp_stream stream_;
     asio::ip::tcp::resolver resolver_;
-    std::string read_;
 };
 
 json::object wishOf(const SocketSpeechCall& call) {
@@ -131,26 +81,6 @@ asio::awaitable<void> speak(Conversation& conversation, const SocketSpeechCall& 
     co_await conversation.send(eventLine("audio-stop", {}, 0), {});
 }
 
-// A server that streams sends pieces before the whole; one that sends only pieces ends them with a stop.
-asio::awaitable<void> listen(Conversation& conversation, std::string& text) {
-    std::string pieces;
-    for (;;) {
-        const Event event = co_await conversation.receive();
-        if (event.type == "error")
-            throw std::runtime_error("the server told an error");
-        if (event.type == "transcript-chunk")
-            pieces += textIn(event.data, "text");
-        if (event.type == "transcript-stop")
-            text = pieces;
-        if (event.type == "transcript")
-            text = textIn(event.data, "text");
-        if (std::max(pieces.size(), text.size()) > longestSocketText)
-            throw std::runtime_error("a transcript without end");
-        if (event.type == "transcript" || event.type == "transcript-stop")
-            co_return;
-    }
-}
-
 } // namespace
 
 SocketSpeechAnswer hearByWyoming(const SocketSpeechCall& call, const std::stop_token& stop) {
@@ -159,7 +89,9 @@ SocketSpeechAnswer hearByWyoming(const SocketSpeechCall& call, const std::stop_t
         Conversation conversation(co_await asio::this_coro::executor, call);
         co_await conversation.connect();
         co_await speak(conversation, call);
-        co_await listen(conversation, answer.text);
+        WyomingReader reader;
+        co_await conversation.listen(reader);
+        answer.text = reader.text();
     };
     answer.call = runSocketCall(talk, call.wholeTime, stop);
     return answer;

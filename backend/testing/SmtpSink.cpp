@@ -5,6 +5,7 @@
 
 #include <csignal>
 #include <stdexcept>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -12,6 +13,8 @@ namespace lorvane::backend::testing {
 
 SmtpSink::SmtpSink(const std::string& mode) : pid_(::fork()) {
     if (pid_ == 0) {
+        // However a test ends, its mail server ends with it.
+        ::prctl(PR_SET_PDEATHSIG, SIGTERM);
         ::execl(LORVANE_SMTP_SINK, LORVANE_SMTP_SINK, (folder_ / "").c_str(), mode.c_str(), nullptr);
         ::_exit(127);
     }

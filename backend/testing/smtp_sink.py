@@ -3,15 +3,13 @@
 """smtp_sink FOLDER MODE: a mail server for tests. Keeps each letter as FOLDER/letter-N with the envelope in its first
 lines, and writes its port to FOLDER/port once it listens. MODE: tls (STARTTLS wanted before mail, certificate in
 FOLDER/cert.pem), login (the same, and the user "lorvane" with the password "secret"), plain (no TLS), refuse (every
-receiver unknown), hang (takes the connection and says nothing)."""
-import os
+receiver unknown), hang (takes the connection and says nothing). Ends by a signal; who starts it sees to one."""
 import pathlib
 import signal
 import socket
 import ssl
 import subprocess
 import sys
-import time
 
 from aiosmtpd.controller import Controller
 from aiosmtpd.smtp import SMTP, AuthResult
@@ -69,7 +67,4 @@ else:
     Sink(Keep(), hostname="127.0.0.1", port=port).start()
 (folder / "port.new").write_text(str(port))
 (folder / "port.new").rename(folder / "port")
-parent = os.getppid()
-signal.signal(signal.SIGTERM, lambda *_: os._exit(0))
-while os.getppid() == parent:
-    time.sleep(0.2)
+signal.pause()

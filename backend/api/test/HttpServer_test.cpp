@@ -138,17 +138,68 @@ TEST_F(HttpServerTest, TheBodyIsAskedForOnlyWhenItIsWanted) {
 
 TEST_F(HttpServerTest, WhatIsNotHttpIsABadRequest) {
     for (const char* text :
-         {"hello\r\n\r\n", "GET\r\n\r\n", "POST /echo HTTP/1.1\r\nContent-Length: -1\r\n\r\n",
-          "POST /echo HTTP/1.1\r\nContent-Length: 99999999999999999999999\r\n\r\n",
-          "POST /open HTTP/1.1\r\nContent-Length: 3\r\nContent-Length: 4\r\n\r\nabc",
-          "GET /get HTTP/9.9\r\n\r\n", "\x16\x03\x01\x02\x00\x01\x00\x01\xfc\x03\x03"}) {
+         {"hello\r\n\r\n", "GET\r\n\r\n", "POST /echo HTTP/1.1\r\nHost: x\r\nContent-Length: -1\r\n\r\n",
+          "POST /echo HTTP/1.1\r\nHost: x\r\nContent-Length: 99999999999999999999999\r\n\r\n",
+          "POST /open HTTP/1.1\r\nHost: x\r\nContent-Length: 3\r\nContent-Length: 4\r\n\r\nabc",
+          "GET /get HTTP/9.9\r\nHost: x\r\n\r\n", "\x16\x03\x01\x02\x00\x01\x00\x01\xfc\x03\x03"}) {
         Connection connection(port_);
         connection.send(text);
         EXPECT_EQ(connection.readReply().status, 400) << text;
     }
     Connection chunk(port_);
-    chunk.send("POST /open HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\nxyz\r\n");
+    chunk.send("POST /open HTTP/1.1\r\nHost: x\r\nTransfer-Encoding: chunked\r\n\r\nxyz\r\n");
     EXPECT_EQ(chunk.readReply().status, 400);
+}
+
+// A proxy before us may take the first reading, and what we take for a second request for a body.
+TEST_F(HttpServerTest, ARequestThatCanBeReadInTwoWaysIsRefusedAndEndsItsConnection) {
+    const std::string second = "GET /get HTTP/1.1\r\nHost: x\r\n\r\n";
+    const std::string open = "POST /open HTTP/1.1\r\nHost: x\r\n";
+    const std::string abc = "Content-Length: 3\r\n\r\nabc";
+    const std::string chunks = "\r\n3\r\nabc\r\n0\r\n\r\n";
+    for (const auto& text : {
+             open + "Transfer-Encoding: chunked\r\n" + abc,
+             open + "Content-Length: 3\r\nTransfer-Encoding: chunked\r\n" + chunks,
+             open + "Transfer-Encoding: xchunked\r\n" + abc,
+             open + "Transfer-Encoding: identity\r\n" + abc,
+             open + "Transfer-Encoding: gzip, chunked\r\n" + chunks,
+             open + "Transfer-Encoding: chunked, chunked\r\n" + chunks,
+             open + "Transfer-Encoding: chunked\r\nTransfer-Encoding: identity\r\n" + chunks,
+             open + "Transfer-Encoding:\r\n chunked\r\n" + abc,
+             open + "Content-Length: 3\r\nContent-Length: 4\r\n\r\nabc",
+             open + "Content-Length : 3\r\n\r\nabc",
+             open + "Content-Length: +3\r\n\r\nabc",
+             open + "Host: y\r\n" + abc,
+             open + "Authorization: Bearer good\r\nAuthorization: Bearer bad\r\n" + abc,
+             "POST /open HTTP/1.1\r\n" + abc,
+             "POST /open HTTP/1.0\r\nTransfer-Encoding: chunked\r\n" + chunks,
+             "POST /open HTTP/1.1\nHost: x\n" + abc,
+             open + "X: a\rContent-Length: 0\r\n" + abc,
+         }) {
+        Connection connection(port_);
+        connection.send(text + second);
+        connection.shutdownSend();
+        const auto all = connection.readAll();
+        EXPECT_TRUE(all.starts_with("HTTP/1.1 400 ") || all.starts_with("HTTP/1.0 400 ")) << text << all;
+        EXPECT_EQ(all.find("HTTP/1", 8), std::string::npos) << "nothing after it is answered: " << text;
+    }
+}
+
+TEST_F(HttpServerTest, ChunkExtensionsAndTrailersDoNotFillTheMemory) {
+    const std::string head = "POST /open HTTP/1.1\r\nHost: x\r\nTransfer-Encoding: chunked\r\n\r\n";
+    const std::string trailer = "X: " + std::string(1000, 'y') + "\r\n";
+    for (const auto& [begin, more] :
+         {std::pair(head + "3;", std::string(1000, 'x')), std::pair(head + "3\r\nabc\r\n0\r\n", trailer),
+          std::pair(head + "0\r\nX: ", std::string(1000, 'y'))}) {
+        Connection connection(port_);
+        connection.send(begin);
+        for (int i = 0; i < 1000 && connection.send(more); ++i) {
+        }
+        EXPECT_EQ(connection.readReply().status, 400) << begin;
+    }
+    Connection fine(port_);
+    fine.send(head + "3;a=b\r\nabc\r\n0\r\nX: y\r\n\r\n");
+    EXPECT_EQ(fine.readReply().body, "0|||3");
 }
 
 TEST_F(HttpServerTest, AHeaderTooLargeIsRefused) {

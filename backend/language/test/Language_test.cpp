@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "language/Insights.h"
+#include "language/PersonName.h"
 #include "language/Sentences.h"
 #include "language/SpeechFigures.h"
 #include "language/Summary.h"
@@ -141,4 +142,39 @@ TEST(Language, RandomBytesDoNoHarm) {
         insightsOf(all);
     }
     SUCCEED();
+}
+
+TEST(PersonName, NamesOfManyKindsAreNames) {
+    for (const char* name : {"Bob", "Zoë Müller", "José da Silva Jr.", "Анна Петрова", "李小龍", "O'Brien",
+                             "Anna-Maria O’Neill", "Dr. A. B. Smith", "नेहा शर्मा", "  Ann  "})
+        EXPECT_TRUE(looksLikeAName(name)) << name;
+}
+
+TEST(PersonName, WhatCarriesAMessageIsNone) {
+    for (const char* name : {"",
+                             " ",
+                             ".",
+                             "-. x",
+                             "evil.com",
+                             "Visit evil.com now",
+                             "t.co",
+                             "http://evil.example",
+                             "evil\u2024com",
+                             "a@b",
+                             "call 555",
+                             "a\nb",
+                             "a\tb",
+                             "\u202egnp.exe",
+                             "a\u2028b",
+                             "a\u200bb",
+                             "😀",
+                             "win <b>money</b>",
+                             "win a lot of money with this",
+                             "\xff\xfe",
+                             "Ann\xc3",
+                             "a,b",
+                             "..",
+                             "A..B"})
+        EXPECT_FALSE(looksLikeAName(name)) << name;
+    EXPECT_FALSE(looksLikeAName(std::string_view("a\0b", 3)));
 }
