@@ -45,19 +45,23 @@ std::chrono::milliseconds admitOn(PostgresLink& link, std::string_view bucket, s
     if (rate.burst <= 0)
         return std::chrono::milliseconds(0);
     const auto interval = rate.interval.count();
+    // Further away than a whole allowance it is by a clock that was set back since.
+    const std::string full = "(SELECT CASE WHEN a.full_at > now + $4::bigint THEN now"
+                             " ELSE greatest(a.full_at, now) END FROM clock)";
     const auto taken =
-        link.run(clock + " INSERT INTO allowance AS a (bucket, key, full_at)"
-                         " SELECT $1, $2::bigint, now + $3::bigint FROM clock"
-                         " ON CONFLICT(bucket, key) DO UPDATE"
-                         " SET full_at = greatest(a.full_at, (SELECT now FROM clock)) + $3::bigint"
-                         " WHERE greatest(a.full_at, (SELECT now FROM clock)) + $3::bigint"
-                         "       <= (SELECT now FROM clock) + $4::bigint RETURNING full_at",
+        link.run(clock +
+                     " INSERT INTO allowance AS a (bucket, key, full_at)"
+                     " SELECT $1, $2::bigint, now + $3::bigint FROM clock"
+                     " ON CONFLICT(bucket, key) DO UPDATE SET full_at = " +
+                     full + " + $3::bigint WHERE " + full +
+                     " + $3::bigint <= (SELECT now FROM clock) + $4::bigint RETURNING full_at",
                  PostgresValues().text(bucket).number(key).number(interval).number(interval * rate.burst));
     if (!taken.empty())
         return std::chrono::milliseconds(0);
     const auto late = link.run(
-        clock + " SELECT full_at + $3::bigint - now FROM allowance, clock WHERE bucket = $1 AND key = $2",
-        PostgresValues().text(bucket).number(key).number(interval - interval * rate.burst));
+        clock + " SELECT " + full +
+            " + $3::bigint - $4::bigint - now FROM allowance a, clock WHERE bucket = $1 AND key = $2",
+        PostgresValues().text(bucket).number(key).number(interval).number(interval * rate.burst));
     return std::chrono::milliseconds(late.empty() ? 1 : std::max<std::int64_t>(1, late.number(0, 0)));
 }
 

@@ -119,6 +119,9 @@ std::chrono::milliseconds SqliteStorage::admitLocked(std::string_view bucket, st
         if (read.step())
             full = std::max(now, read.integer(0));
     }
+    // Further away than a whole allowance it is by a clock that was set back since.
+    if (full > now + interval * rate.burst)
+        full = now;
     const auto next = full + interval;
     if (const auto early = next - now - interval * rate.burst; early > 0)
         return std::chrono::milliseconds(early);

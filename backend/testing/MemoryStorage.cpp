@@ -111,7 +111,8 @@ std::chrono::milliseconds MemoryStorage::admitLocked(std::string_view bucket, st
         return std::chrono::milliseconds(0);
     const auto now = milliseconds();
     auto& fullAt = fullAt_[{std::string(bucket), key}];
-    const auto next = std::max(now, fullAt) + rate.interval.count();
+    const auto whole = rate.interval.count() * rate.burst;
+    const auto next = (fullAt > now + whole ? now : std::max(now, fullAt)) + rate.interval.count();
     if (const auto early = next - now - rate.interval.count() * rate.burst; early > 0)
         return std::chrono::milliseconds(early);
     fullAt = next;

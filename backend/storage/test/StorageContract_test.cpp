@@ -119,6 +119,18 @@ TEST_P(StorageContract, AnAllowanceIsSpentAndComesBackOneByOne) {
     EXPECT_EQ(storage_.admit("mail", 1, Rate{}), 0ms) << "no limit";
 }
 
+TEST_P(StorageContract, AfterTheClockIsSetBackAnAllowanceBeginsAnew) {
+    const Rate rate{2, 1min};
+    for (const auto time : {0h, -24h}) {
+        world_->advance(time);
+        EXPECT_EQ(storage_.admit("mail", 1, rate), 0ms);
+        EXPECT_EQ(storage_.admit("mail", 1, rate), 0ms);
+        const auto wait = storage_.admit("mail", 1, rate);
+        EXPECT_GT(wait, 30s);
+        EXPECT_LE(wait, 1min);
+    }
+}
+
 TEST_P(StorageContract, AllowancesAreExactWithManyThreads) {
     std::atomic<int> passed = 0;
     std::vector<std::thread> threads;
@@ -270,16 +282,15 @@ TEST_P(StorageContract, ATakeCountsOnceHoweverManySendItAtOnce) {
 
 TEST_P(StorageContract, WhatIsOlderThanTheHourGoesAndTheRestStays) {
     const auto a = device("a");
-    const Rate many{1000, 10h};
+    const Rate rate{152, 10h};
     for (int i = 0; i < 150; ++i)
-        EXPECT_TRUE(storage_.admitTake("take", a, sha256(std::to_string(i)), many));
+        EXPECT_TRUE(storage_.admitTake("take", a, sha256(std::to_string(i)), rate));
     world_->advance(61min);
-    EXPECT_TRUE(storage_.admitTake("take", a, sha256("fresh"), many));
-    EXPECT_TRUE(storage_.admitTake("take", a, sha256("7"), many));
-    const Rate none{1, 1000h};
-    EXPECT_TRUE(storage_.admitTake("take", a, sha256("7"), none));
-    EXPECT_TRUE(storage_.admitTake("take", a, sha256("fresh"), none));
-    EXPECT_FALSE(storage_.admitTake("take", a, sha256("8"), none));
+    EXPECT_TRUE(storage_.admitTake("take", a, sha256("fresh"), rate));
+    EXPECT_TRUE(storage_.admitTake("take", a, sha256("7"), rate)) << "for the last that is left";
+    EXPECT_TRUE(storage_.admitTake("take", a, sha256("7"), rate));
+    EXPECT_TRUE(storage_.admitTake("take", a, sha256("fresh"), rate));
+    EXPECT_FALSE(storage_.admitTake("take", a, sha256("8"), rate));
 }
 
 TEST_P(StorageContract, BytesComeBackAsTheyWent) {
