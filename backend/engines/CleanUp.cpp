@@ -5,6 +5,7 @@
 #include "engines/SpokenNumbers.h"
 
 #include <algorithm>
+#include <span>
 
 namespace lorvane::backend {
 
@@ -73,7 +74,8 @@ std::string CleanUp::add(std::string_view raw, milliseconds pause) {
         auto lower = lowered(word);
         if (isFiller(lower))
             continue;
-        held_.push_back({std::move(word), std::move(lower), pause_});
+        held_.push_back({std::move(word), pause_});
+        lower_.push_back(std::move(lower));
         pause_ = {};
     }
     return settle(false);
@@ -96,17 +98,16 @@ std::string CleanUp::settle(bool final) {
         at += taken;
     }
     held_.erase(held_.begin(), held_.begin() + static_cast<std::ptrdiff_t>(at));
+    lower_.erase(lower_.begin(), lower_.begin() + static_cast<std::ptrdiff_t>(at));
     return out;
 }
 
 // Writes what begins at that word and says how many words it was; none when more has to be known.
 std::size_t CleanUp::take(std::size_t at, bool final, std::string& out) {
     const bool last = at + 1 == held_.size();
-    if (last && !final && mayBeginMark(held_[at].lower))
+    if (last && !final && mayBeginMark(lower_[at]))
         return 0;
-    std::vector<std::string> ahead{held_[at].lower};
-    if (!last)
-        ahead.push_back(held_[at + 1].lower);
+    const auto ahead = std::span(lower_).subspan(at, last ? 1 : 2);
     if (const SpokenMark* mark = namesWhatFollows(previous_) ? nullptr : spokenMark(ahead)) {
         writeMark(mark->written, out);
         return mark->second.empty() ? 1 : 2;
@@ -115,9 +116,7 @@ std::size_t CleanUp::take(std::size_t at, bool final, std::string& out) {
 }
 
 std::size_t CleanUp::takeNumber(std::size_t at, bool final, std::string& out) {
-    std::vector<std::string> ahead;
-    for (auto held = at; held < held_.size(); ++held)
-        ahead.push_back(held_[held].lower);
+    const auto ahead = std::span(lower_).subspan(at);
     const auto number = wish_.numbersAsWords ? SpokenNumber{} : spokenNumber(ahead, previous_, final);
     switch (number.kind) {
     case SpokenNumber::Kind::unclear:
@@ -132,20 +131,22 @@ std::size_t CleanUp::takeNumber(std::size_t at, bool final, std::string& out) {
     }
     const auto count = std::max<std::size_t>(number.words, 1);
     for (std::size_t i = 0; i < count; ++i)
-        takeWord(held_[at + i], out);
+        takeWord(at + i, out);
     return count;
 }
 
-void CleanUp::takeWord(const Held& held, std::string& out) {
-    if (held.lower == previous_ && isStutterable(held.lower))
+void CleanUp::takeWord(std::size_t at, std::string& out) {
+    const auto& held = held_[at];
+    const auto& lower = lower_[at];
+    if (lower == previous_ && isStutterable(lower))
         return;
     writePause(held.pause, out);
-    const auto spelled = wish_.noContractions ? spelledOut(held.lower) : std::string_view();
-    const auto proper = properForm(held.lower);
+    const auto spelled = wish_.noContractions ? spelledOut(lower) : std::string_view();
+    const auto proper = properForm(lower);
     const auto written = !spelled.empty() ? std::string(spelled)
                          : proper.empty() ? held.word
                                           : std::string(proper);
-    writeWord(wish_.lowerCase ? lowered(written) : written, held.lower, out);
+    writeWord(wish_.lowerCase ? lowered(written) : written, lower, out);
 }
 
 void CleanUp::writeWord(const std::string& written, std::string_view lower, std::string& out) {

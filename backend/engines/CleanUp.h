@@ -28,20 +28,20 @@ class CleanUp {
  private:
     struct Held {
         std::string word;
-        std::string lower;
         std::chrono::milliseconds pause{0}; // before it
     };
 
     std::string settle(bool final);
     std::size_t take(std::size_t at, bool final, std::string& out);
     std::size_t takeNumber(std::size_t at, bool final, std::string& out);
-    void takeWord(const Held& held, std::string& out);
+    void takeWord(std::size_t at, std::string& out);
     void writeWord(const std::string& written, std::string_view lower, std::string& out);
     void writeMark(std::string_view mark, std::string& out);
     void writePause(std::chrono::milliseconds pause, std::string& out);
 
     const StyleWish wish_;
     std::vector<Held> held_;
+    std::vector<std::string> lower_;     // the same words in small letters
     std::chrono::milliseconds pause_{0}; // before the next word that is kept
     std::string previous_;               // the word before, in lower case; empty after a mark
     std::size_t words_ = 0;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engines/CleanUp.h"
 
+#include <ctime>
 #include <gtest/gtest.h>
 #include <random>
 
@@ -19,6 +20,27 @@ std::string cleaned(const std::vector<std::string>& segments) {
 std::string cleaned(const std::string& segment) { return cleaned(std::vector<std::string>{segment}); }
 
 } // namespace
+
+// A prefix may have so many words at once: what grows with their square would hold a worker for minutes.
+TEST(CleanUp, TenTimesTheWordsTakeAboutTenTimesTheTime) {
+    const auto secondsFor = [](const std::string& word, int count) {
+        std::string text;
+        for (int i = 0; i < count; ++i)
+            text += word + ' ';
+        timespec before{};
+        ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &before);
+        CleanUp cleanUp;
+        cleanUp.add(text);
+        cleanUp.finish();
+        timespec after{};
+        ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &after);
+        return static_cast<double>(after.tv_sec - before.tv_sec) +
+               static_cast<double>(after.tv_nsec - before.tv_nsec) * 1e-9;
+    };
+    for (const char* word : {"a", "word", "one", "twenty", "twenty one", "one hundred", "point", "question",
+                             "comma", "um", "new", "two thousand and", "first", "o'clock", "half past"})
+        EXPECT_LT(secondsFor(word, 30'000), 40 * secondsFor(word, 3'000) + 0.1) << word;
+}
 
 TEST(CleanUp, ASentenceBeginsWithACapitalAndEndsWithAFullStop) {
     EXPECT_EQ(cleaned("go forward and stop"), "Go forward and stop.");
