@@ -32,7 +32,11 @@ std::string head(const std::string& name, const std::string& help, const char* t
 } // namespace
 
 void Metrics::addGauge(std::string name, std::string help, std::function<double()> value) {
-    gauges_.push_back({std::move(name), std::move(help), std::move(value)});
+    readings_.push_back({std::move(name), std::move(help), "gauge", std::move(value)});
+}
+
+void Metrics::addCounter(std::string name, std::string help, std::function<double()> value) {
+    readings_.push_back({std::move(name), std::move(help), "counter", std::move(value)});
 }
 
 void Metrics::countRequest(std::string_view route, int status, std::chrono::milliseconds took) {
@@ -78,8 +82,9 @@ std::string Metrics::timesText() const {
 
 std::string Metrics::text() const {
     std::string text;
-    for (const auto& gauge : gauges_)
-        text += head(gauge.name, gauge.help, "gauge") + gauge.name + ' ' + number(gauge.value()) + '\n';
+    for (const auto& reading : readings_)
+        text += head(reading.name, reading.help, reading.type) + reading.name + ' ' +
+                number(reading.value()) + '\n';
     const std::lock_guard lock(mutex_);
     text += head("lorvane_audio_seconds_total", "Sound of the takes that were worked on.", "counter") +
             "lorvane_audio_seconds_total " + number(audioSeconds_) + '\n';

@@ -19,6 +19,7 @@ class Metrics {
  public:
     // Added before the first text() and read at each.
     void addGauge(std::string name, std::string help, std::function<double()> value);
+    void addCounter(std::string name, std::string help, std::function<double()> value); // never falls
     // `status` 0: the client left before its answer was whole.
     void countRequest(std::string_view route, int status, std::chrono::milliseconds took);
     void countAudio(double seconds);
@@ -31,15 +32,16 @@ class Metrics {
         std::uint64_t all = 0;
         double seconds = 0;
     };
-    struct Gauge {
+    struct Reading {
         std::string name;
         std::string help;
+        const char* type;
         std::function<double()> value;
     };
     std::string requestsText() const;
     std::string timesText() const;
 
-    std::vector<Gauge> gauges_;
+    std::vector<Reading> readings_;
     mutable std::mutex mutex_;
     std::map<std::pair<std::string, int>, std::uint64_t> requests_;
     std::map<std::string, Times> times_;

@@ -113,6 +113,19 @@ void Backend::addGauges() {
         [this, whole = takeBytes_->left()] { return whole - takeBytes_->left(); });
     add("lorvane_slow_waiting", "Letters and texts that wait.", [this] { return slow_.queued(); });
     add("lorvane_ready", "1 when requests may come.", [this] { return unready().empty() ? 1 : 0; });
+    addServers("speech", [this] { return engine_->figures(); });
+    addServers("language", [this] { return linguist_.figures(); });
+}
+
+void Backend::addServers(const std::string& kind, const std::function<ServerFigures()>& figures) {
+    const auto add = [&](const char* what, const std::string& help, auto value) {
+        metrics_.addCounter("lorvane_" + kind + '_' + what + "_total", help + ' ' + kind + " servers.",
+                            [figures, value] { return static_cast<double>(value(figures())); });
+    };
+    add("calls", "Requests to", [](const ServerFigures& all) { return all.calls; });
+    add("failures", "Requests that failed by the fault of",
+        [](const ServerFigures& all) { return all.failures; });
+    add("seconds", "Time of all requests to", [](const ServerFigures& all) { return all.seconds; });
 }
 
 } // namespace lorvane::backend

@@ -61,6 +61,7 @@ class Backend {
  private:
     std::string_view unready() const;
     void addGauges();
+    void addServers(const std::string& kind, const std::function<ServerFigures()>& figures);
     void sweep(const std::stop_token& stop);
 
     enum class EngineState { loading, ready, failed };

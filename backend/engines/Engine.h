@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "net/ServerPool.h"
+
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -48,6 +50,8 @@ class Engine {
     virtual bool speaks(std::string_view language) const = 0;
     // Whether it gives plain segments. An empty language: nobody knows.
     virtual bool mayBePlain(std::string_view) const { return true; }
+    // Of the servers that hear for it; none of an engine that hears itself.
+    virtual ServerFigures figures() const { return {}; }
     // Loads what the first recognition would load. Blocks.
     virtual void warmUp() = 0;
     virtual Recognition recognise(const RecognitionJob& job, const OnSegment& onSegment,

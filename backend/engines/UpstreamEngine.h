@@ -28,6 +28,7 @@ class UpstreamEngine : public Engine {
     std::string_view name() const override { return "upstream"; }
     bool speaks(std::string_view) const override { return true; }
     bool mayBePlain(std::string_view language) const override;
+    ServerFigures figures() const override { return pool_.figures(); }
     void warmUp() override {}
     Recognition recognise(const RecognitionJob& job, const OnSegment& onSegment,
                           std::stop_token stop) override;

@@ -51,6 +51,7 @@ class ChatClient {
 
     ChatOutcome complete(const ChatRequest& request, const ChatTimes& times, ChatListener& listener,
                          const std::stop_token& stop);
+    ServerFigures figures() const { return pool_.figures(); }
 
  private:
     Attempt ask(const ChatServer& server, const ChatRequest& request, const ChatTimes& times,

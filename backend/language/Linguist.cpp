@@ -40,6 +40,10 @@ void Linguist::prepare(const std::stop_token& stop) {
         apertium_->findPairs(stop);
 }
 
+ServerFigures Linguist::figures() const {
+    return chat_ ? chat_->figures() + hurried_->figures() : ServerFigures();
+}
+
 std::optional<Insights> Linguist::insights(const std::vector<std::string>& samples,
                                            const std::stop_token& stop) const {
     auto counted = insightsOf(samples);

@@ -31,6 +31,9 @@ class Linguist {
     // Texts written by language servers; nothing without any.
     const Writer* writer() const { return writer_ ? &*writer_ : nullptr; }
 
+    // Of the language servers.
+    ServerFigures figures() const;
+
     // Nothing for too few messages.
     std::optional<Insights> insights(const std::vector<std::string>& samples,
                                      const std::stop_token& stop) const;

@@ -78,7 +78,8 @@ Attempt ServerPool::tryAll(const Ask& ask, std::chrono::milliseconds& queue, con
             ServerPool& pool;
             Place& place;
             Attempt& attempt;
-            ~Leaving() { pool.leave(place, attempt); }
+            std::chrono::steady_clock::time_point entered = std::chrono::steady_clock::now();
+            ~Leaving() { pool.leave(place, attempt, std::chrono::steady_clock::now() - entered); }
         };
         last = {Attempt::End::next, "it could not be asked"};
         {
@@ -119,12 +120,20 @@ ServerPool::Place* ServerPool::enter(std::set<const Place*>& tried, std::chrono:
     return nullptr;
 }
 
-void ServerPool::leave(Place& place, const Attempt& attempt) {
+ServerFigures ServerPool::figures() const {
+    const std::lock_guard lock(mutex_);
+    return figures_;
+}
+
+void ServerPool::leave(Place& place, const Attempt& attempt, std::chrono::steady_clock::duration took) {
     {
         const std::lock_guard lock(mutex_);
         --place.busy;
         const bool fault =
             attempt.end == Attempt::End::next || (attempt.end == Attempt::End::over && attempt.fault);
+        ++figures_.calls;
+        figures_.failures += fault ? 1 : 0;
+        figures_.seconds += std::chrono::duration<double>(took).count();
         if (fault)
             place.breaker.failed(std::chrono::steady_clock::now());
         else if (attempt.end != Attempt::End::stopped)

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -58,6 +59,17 @@ struct Attempt {
     bool fault = false; // `over` was the server's fault
 };
 
+// Of all requests to servers so far, each server that was asked for something counted.
+struct ServerFigures {
+    std::uint64_t calls = 0;
+    std::uint64_t failures = 0; // that were the server's fault
+    double seconds = 0;         // of all of them
+
+    friend ServerFigures operator+(const ServerFigures& a, const ServerFigures& b) {
+        return {a.calls + b.calls, a.failures + b.failures, a.seconds + b.seconds};
+    }
+};
+
 // Servers in order of preference: one that cannot be reached, is too busy or fails leaves the work to the
 // next; after the last one all are tried once more. Any thread, several calls at once; a call blocks.
 class ServerPool {
@@ -71,19 +83,21 @@ class ServerPool {
     ServerPool& operator=(const ServerPool&) = delete;
 
     Attempt run(const Ask& ask, const std::stop_token& stop);
+    ServerFigures figures() const;
 
  private:
     struct Place;
     Attempt tryAll(const Ask& ask, std::chrono::milliseconds& queue, const std::stop_token& stop);
     Place* enter(std::set<const Place*>& tried, std::chrono::milliseconds& queue,
                  const std::stop_token& stop);
-    void leave(Place& place, const Attempt& attempt);
+    void leave(Place& place, const Attempt& attempt, std::chrono::steady_clock::duration took);
 
     const std::string kind_;
     const PoolTimes times_;
-    std::mutex mutex_;
+    mutable std::mutex mutex_;
     std::condition_variable_any changed_;
     std::vector<std::unique_ptr<Place>> places_;
+    ServerFigures figures_;
 };
 
 } // namespace lorvane::backend

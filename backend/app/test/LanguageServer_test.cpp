@@ -227,6 +227,24 @@ TEST_F(LanguageServerTest, AClientThatLeavesEndsTheRequestToTheServer) {
     EXPECT_TRUE(eventually([&] { return backend_.backend().busy() == 0; }));
 }
 
+TEST_F(LanguageServerTest, MetricsTellItsCallsItsFailuresAndItsTime) {
+    const auto figure = [this](const std::string& name) {
+        const auto text = backend_.get("/metrics").body;
+        const auto at = text.find("\nlorvane_language_" + name + "_total ");
+        return at == std::string::npos ? -1.0 : std::stod(text.substr(text.find(' ', at)));
+    };
+    EXPECT_EQ(figure("calls"), 0);
+    stream();
+    EXPECT_EQ(figure("calls"), 2) << "the text and its label";
+    EXPECT_EQ(figure("failures"), 0);
+    EXPECT_GT(figure("seconds"), 0);
+    cleaned_ = jsonAnswer(500, "");
+    stream();
+    EXPECT_EQ(figure("calls"), 5) << "a label, and the text twice";
+    EXPECT_EQ(figure("failures"), 2);
+    EXPECT_NE(backend_.get("/metrics").body.find("\nlorvane_speech_calls_total 0\n"), std::string::npos);
+}
+
 TEST_F(LanguageServerTest, ATakeThatIsBeingWrittenHoldsNoWorker) {
     BackendOptions one = options();
     one.workers = 1;
@@ -239,7 +257,7 @@ TEST_F(LanguageServerTest, ATakeThatIsBeingWrittenHoldsNoWorker) {
         clients.emplace_back(backend.port());
         clients.back().send(requestText(backend.take("dictate-stream", token, sound())));
     }
-    EXPECT_TRUE(eventually([&] { return record.runs == 3; }));
+    EXPECT_TRUE(eventually([&] { return record.runs == 3 && upstream_.requests().size() == 6; }));
     EXPECT_TRUE(eventually([&] {
         const auto figures = backend.get("/metrics").body;
         return figures.find("\nlorvane_takes_writing 3\n") != std::string::npos &&
