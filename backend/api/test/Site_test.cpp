@@ -45,6 +45,9 @@ TEST(DailyGoal, IsForThoseWhoDictateOnATelephone) {
 }
 
 TEST(DailyGoal, AStreakLivesThroughADayThatIsNotOverYet) {
+    const auto ahead = goalOf({{130, 70}, {100, 60}, {99, 50}}, 100, 50);
+    EXPECT_EQ(ahead->phoneWords, 60) << "a day that a wrong clock gave does not hide today";
+    EXPECT_EQ(ahead->streak, 2);
     const auto open = goalOf({{100, 10}, {99, 50}, {98, 80}, {96, 80}}, 100, 50);
     EXPECT_FALSE(open->met);
     EXPECT_EQ(open->phoneWords, 10);
