@@ -34,6 +34,8 @@ class FragmentPoster {
     [[nodiscard]] virtual QString name() const = 0;
     /// A line feed or a tab lands as text. False where it is the key: there it may send, or leave the field.
     [[nodiscard]] virtual bool takesLineBreaks() const = 0;
+    /// `posted` is the application's own word that it is done, and not only that the text is on its way.
+    [[nodiscard]] virtual bool tellsWhenDone() const { return false; }
     /// Whether that field may be tried at all. Waits at most 150 ms.
     virtual QCoro::Task<bool> canPost(PostingTarget target, TaskScope scope) = 0;
     /// At most 12 UTF-16 units of whole characters without control characters, but for those that

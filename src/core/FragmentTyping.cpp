@@ -76,6 +76,7 @@ QCoro::Task<TypedFragment> FragmentTyping::postCut(std::shared_ptr<TypingAttempt
         co_return nothing;
     }
     Post post;
+    post.isAnswered = outcome == PostOutcome::posted && way->tellsWhenDone();
     post.count = before + cut.size();
     post.units = cut.size();
     post.isTrial = outcome == PostOutcome::posted && attempt->ways->size() > 1 && !isProven(*attempt, way);

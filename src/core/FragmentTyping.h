@@ -46,6 +46,8 @@ class FragmentTyping {
         qsizetype units = 0;
         /// Another way may be tried when this one shows no effect.
         bool isTrial = false;
+        /// The application itself said that it is done.
+        bool isAnswered = false;
     };
     using Check = std::function<QCoro::Task<Arrival>(Post post)>;
 

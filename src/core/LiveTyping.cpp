@@ -185,10 +185,14 @@ QCoro::Task<Arrival> LiveTyping::awaitCaret(Attempt attempt, qint64 expected, Fr
             co_return Arrival::failed;
         }
         sawEffect = sawEffect || state != untouched;
-        if (post.isTrial && !sawEffect && foundation_.clock.now() >= posted + effectAwaited) {
+        const bool shouldShow = post.isAnswered && foundation_.clock.now() >= posted + effectAwaited;
+        if (post.isTrial && !sawEffect && shouldShow) {
             co_return Arrival::noEffect;
         }
         co_await sleep(foundation_.clock, betweenReads, scope);
+    }
+    if (post.isTrial && !sawEffect) {
+        co_return Arrival::noEffect;
     }
     const Arrival late = co_await catchUp(attempt, watch, expected, scope);
     co_return late;

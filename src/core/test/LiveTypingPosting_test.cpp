@@ -313,6 +313,22 @@ TEST_F(LiveTypingTest, AWayThatWorkedOnceIsNotGivenUpForOneLateText) {
     EXPECT_TRUE(attempt().typingHalted);
 }
 
+TEST_F(LiveTypingTest, TextThatIsOnlyOnItsWayIsWaitedForBeforeAnotherWayPostsIt) {
+    w.insertionWay.answers = false;
+    w.field.lag = std::chrono::milliseconds(120);
+    armAndType("Hello");
+    EXPECT_EQ(text(), "Hello");
+    EXPECT_TRUE(w.keysWay.posts.empty());
+}
+
+TEST_F(LiveTypingTest, AWayWhoseTextNeverComesLeavesItToTheNext) {
+    w.insertionWay.answers = false;
+    w.insertionWay.hasNoEffect = true;
+    armAndType("Hello");
+    EXPECT_EQ(text(), "Hello");
+    EXPECT_EQ(w.keysWay.posts, (std::vector<QString>{"Hello"}));
+}
+
 TEST_F(LiveTypingTest, AWayThatRefusesLeavesItToTheNextAtOnce) {
     w.insertionWay.outcome = PostOutcome::refused;
     armAndType(hello);

@@ -60,11 +60,13 @@ class FakeFragmentPoster final : public FragmentPoster {
 
     [[nodiscard]] QString name() const override { return name_; }
     [[nodiscard]] bool takesLineBreaks() const override { return lineBreaks; }
+    [[nodiscard]] bool tellsWhenDone() const override { return answers; }
     QCoro::Task<bool> canPost(PostingTarget target, TaskScope scope) override;
     QCoro::Task<PostOutcome> post(PostingTarget target, QString text, TaskScope scope) override;
     void finish() override { ++finished; }
 
     bool offered = true;
+    bool answers = true;
     bool lineBreaks = true;
     PostOutcome outcome = PostOutcome::posted;
     /// Says its outcome and does nothing.
