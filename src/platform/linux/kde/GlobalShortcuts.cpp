@@ -7,6 +7,8 @@
 #include <QDBusPendingReply>
 #include <QDBusServiceWatcher>
 
+#include <utility>
+
 namespace lorvane {
 
 namespace {
@@ -87,21 +89,34 @@ void GlobalShortcuts::ownerIs(const QString& name, const QString& owner) {
         return;
     }
     isThere_ = isThere;
-    if (isThere_) {
-        for (const QString& ourName : ours_) {
-            if (taken_.contains(ourName)) {
-                request(ourName);
-            } else {
-                unregister(ourName);
-            }
+    isTidy_ = false;
+    if (isThere_ && !taken_.isEmpty()) {
+        tidy();
+        const QStringList names = taken_.keys();
+        for (const QString& taken : names) {
+            request(taken);
         }
     }
     changed_.emit();
 }
 
+/// What an earlier run has left is let go. Not before something is taken: who only looks what is there, as
+/// the doctor does, must leave those of the program that runs alone.
+void GlobalShortcuts::tidy() {
+    if (std::exchange(isTidy_, true)) {
+        return;
+    }
+    for (const QString& name : ours_) {
+        if (!taken_.contains(name)) {
+            unregister(name);
+        }
+    }
+}
+
 void GlobalShortcuts::take(const GlobalShortcut& shortcut) {
     taken_.insert(shortcut.name, {shortcut, 0, std::nullopt});
     if (isThere_) {
+        tidy();
         request(shortcut.name);
     }
 }

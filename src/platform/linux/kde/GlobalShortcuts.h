@@ -29,8 +29,8 @@ struct GlobalShortcut {
 /// The global shortcuts of a KDE session (org.kde.KGlobalAccel on the session bus), where the compositor
 /// itself serves them: on X11 a service of the same name does, which sees no modifier alone. A shortcut that
 /// is taken by another is left to it. The service keeps shortcuts when their program dies: what an earlier
-/// run left is let go at the start, what this one leaves by the guard (ShortcutGuard). Main thread; nothing
-/// waits for the bus, and the service is never started by a question.
+/// run left is let go when the first is taken, what this one leaves by the guard (ShortcutGuard). Main
+/// thread; nothing waits for the bus, and the service is never started by a question.
 class GlobalShortcuts final : public QObject {
     Q_OBJECT
 
@@ -81,6 +81,7 @@ class GlobalShortcuts final : public QObject {
     void answered(const QString& name, std::uint64_t serial, const QDBusMessage& answer);
     void refuse(const QString& name, const QString& holder);
     void unregister(const QString& name);
+    void tidy();
     void ask(const QDBusMessage& question, Answer answer);
     [[nodiscard]] static QDBusMessage call(const QString& method);
 
@@ -90,6 +91,7 @@ class GlobalShortcuts final : public QObject {
     QMap<QString, QString> owners_;
     QMap<QString, std::uint64_t> ownerQuestions_;
     bool isThere_ = false;
+    bool isTidy_ = false;
     std::uint64_t lastSerial_ = 0;
     QMap<QString, Taken> taken_;
     Signal<QString, bool> edge_;

@@ -217,7 +217,24 @@ TEST_F(KdeHoldRoadTest, LosesAHeldKeyWithTheServiceAndIsBackWithIt) {
 
 TEST_F(KdeHoldRoadTest, LetsGoOfWhatAnEarlierRunLeft) {
     openThere();
-    EXPECT_TRUE(waitUntil([this] { return service.calls.count(QStringLiteral("unregister")) == 5; }));
+    watch({keyCode::rightControl});
+    EXPECT_TRUE(waitUntil([this] { return service.unregistered.size() == 4; }));
+    EXPECT_FALSE(service.unregistered.contains(control));
+    EXPECT_TRUE(has(control, {Qt::Key_Control}));
+}
+
+TEST_F(KdeHoldRoadTest, WhoOnlyLooksLeavesTheShortcutsOfTheProgramThatRuns) {
+    openThere();
+    watch({keyCode::rightControl});
+    ASSERT_TRUE(has(control, {Qt::Key_Control}));
+    {
+        KdeHoldRoad doctors(QDBusConnection::sessionBus(), world.foundation, [] { return false; });
+        ASSERT_TRUE(waitUntil([&] { return !doctors.offer().keys.empty(); }));
+    }
+    watch({keyCode::rightControl, keyCode::fn}); // is heard after all that was sent before
+    ASSERT_TRUE(has(extra, {Qt::Key_Menu}));
+    EXPECT_TRUE(has(control, {Qt::Key_Control}));
+    EXPECT_FALSE(service.unregistered.contains(control));
 }
 
 TEST_F(KdeHoldRoadTest, FollowsThePreferenceOfTheExtraKey) {
