@@ -2,6 +2,7 @@
 #include "app/session/GnomeSession.h"
 
 #include "app/ControlNames.h"
+#include "app/session/EngineInPreferences.h"
 #include "base/PreferenceCatalogue.h"
 #include "platform/linux/x11/PasteChord.h"
 
@@ -11,13 +12,6 @@ namespace {
 
 /// X counts keys from here, Linux input events from 0.
 constexpr int firstKey = 8;
-const PreferenceKey<QString> usersInputMethod{
-    QLatin1String("tirra.linux.usersInputMethod"), {}, QLatin1String("input method")};
-
-EngineMemory memoryIn(Preferences& preferences) {
-    return {[&preferences] { return preferences.get(usersInputMethod); },
-            [&preferences](const QString& engine) { preferences.set(usersInputMethod, engine); }};
-}
 
 ShellExtensionHoldRoad::Options holdOptions(Preferences& preferences, RemoteDesktopKeys& keys) {
     ShellExtensionHoldRoad::Options options;
@@ -37,7 +31,8 @@ GnomeSession::GnomeSession(const SessionParts& parts)
       hold_(parts.bus, parts.foundation.clock, holdOptions(parts.foundation.preferences, keys_)),
       editingKeys_(keys_, parts.foundation.clock, keyboard()),
       pasteKeys_(keys_, parts.foundation.clock, keyboard()),
-      inputMethod_(parts.foundation.clock, parts.foundation.log, memoryIn(parts.foundation.preferences)) {}
+      inputMethod_(parts.foundation.clock, parts.foundation.log,
+                   engineInPreferences(parts.foundation.preferences)) {}
 
 GnomeKeyboard GnomeSession::keyboard() const {
     return {[this] { return hold_.modifierFlags(); },

@@ -65,6 +65,7 @@ class GatedPoster final : public FragmentPoster {
 
     [[nodiscard]] QString name() const override { return poster_.name(); }
     [[nodiscard]] bool takesLineBreaks() const override { return poster_.takesLineBreaks(); }
+    [[nodiscard]] bool tellsWhenDone() const override { return poster_.tellsWhenDone(); }
     QCoro::Task<bool> canPost(PostingTarget target, TaskScope scope) override;
     QCoro::Task<PostOutcome> post(PostingTarget target, QString text, TaskScope scope) override;
     void finish() override { poster_.finish(); }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/session/X11Session.h"
 
+#include "app/session/EngineInPreferences.h"
 #include "app/session/NoPasteboard.h"
 
 #include <QCoreApplication>
@@ -13,9 +14,11 @@ X11Session::X11Session(const Foundation& foundation, X11Connection& display)
       workspace_(display, DesktopEntries(DesktopEntries::standardFolders(), QLocale::system().name())),
       keyEvents_(display, foundation, [this] { return workspace_.isOwnProcessInFront(); }),
       extraKey_(display, foundation), pasteKeys_(display, foundation.clock), editingKeys_(display),
+      inputMethod_(foundation.clock, foundation.log, engineInPreferences(foundation.preferences)),
       keyPoster_(display, foundation.clock,
                  [this](const RunningApplication& application) { return settleTimes_.of(application); }),
-      pasteboard_(X11Pasteboard::open(foundation.clock)), ownKeys_(keyEvents_) {
+      typedKeys_(keyPoster_, inputMethod_), pasteboard_(X11Pasteboard::open(foundation.clock)),
+      ownKeys_(keyEvents_) {
     if (!pasteboard_) {
         pasteboard_ = std::make_unique<NoPasteboard>(foundation.log);
     }

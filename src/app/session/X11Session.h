@@ -3,8 +3,10 @@
 
 #include "app/SettleTimes.h"
 #include "app/session/DesktopSession.h"
+#include "app/session/UncomposedPoster.h"
 #include "base/Foundation.h"
 #include "platform/linux/clipboard/X11Pasteboard.h"
+#include "platform/linux/ibus/IbusPoster.h"
 #include "platform/linux/x11/OwnWindowKeyFilter.h"
 #include "platform/linux/x11/X11Capabilities.h"
 #include "platform/linux/x11/X11EditingKeys.h"
@@ -28,7 +30,7 @@ class X11Session final : public DesktopSession {
     [[nodiscard]] EditingKeys& editingKeys() override { return editingKeys_; }
     [[nodiscard]] PasteKeys& pasteKeys() override { return pasteKeys_; }
     [[nodiscard]] Pasteboard& pasteboard() override { return *pasteboard_; }
-    [[nodiscard]] std::vector<FragmentPoster*> posters() override { return {&keyPoster_}; }
+    [[nodiscard]] std::vector<FragmentPoster*> posters() override { return {&inputMethod_, &typedKeys_}; }
     [[nodiscard]] bool canPostKeys() override { return display_.isAlive() && capabilities_.canPostKeys(); }
     void watchOwnWindows() override;
 
@@ -41,7 +43,9 @@ class X11Session final : public DesktopSession {
     X11PasteKeys pasteKeys_;
     X11EditingKeys editingKeys_;
     SettleTimes settleTimes_;
+    IbusPoster inputMethod_;
     X11KeyPoster keyPoster_;
+    UncomposedPoster typedKeys_;
     std::unique_ptr<Pasteboard> pasteboard_;
     OwnWindowKeyFilter ownKeys_;
 };

@@ -17,6 +17,7 @@ class AtspiInsertion final : public FragmentPoster {
     AtspiInsertion(AtspiBus& bus, AtspiFieldAccess& fields, Clock& clock);
 
     [[nodiscard]] QString name() const override { return QStringLiteral("insertion"); }
+    [[nodiscard]] bool tellsWhenDone() const override { return true; }
     [[nodiscard]] bool takesLineBreaks() const override { return true; }
     /// A text that can be edited through the interface, no password and no terminal.
     QCoro::Task<bool> canPost(PostingTarget target, TaskScope scope) override;

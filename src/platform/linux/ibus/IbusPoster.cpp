@@ -69,13 +69,22 @@ QCoro::Task<bool> IbusPoster::canPost(PostingTarget /*target*/, TaskScope scope)
 
 /// Also when it cannot be told.
 QCoro::Task<bool> IbusPoster::isComposing(TaskScope scope) {
+    const QString context = co_await currentContext(scope);
+    co_return context.isEmpty() || preedit_.isComposingIn(context);
+}
+
+QCoro::Task<bool> IbusPoster::isUserComposing(TaskScope scope) {
+    const QString context = co_await currentContext(scope);
+    co_return preedit_.isComposingIn(context);
+}
+
+QCoro::Task<QString> IbusPoster::currentContext(TaskScope scope) {
     if (!bus_.isConnected()) {
-        co_return true;
+        co_return QString();
     }
     const auto asking = bus_.link().property(QStringLiteral("CurrentInputContext"), questionBound);
     const QDBusMessage answer = co_await asking.wait(scope);
-    const QString context = valueIn(answer).value<QDBusObjectPath>().path();
-    co_return !isAnswer(answer) || context.isEmpty() || preedit_.isComposingIn(context);
+    co_return isAnswer(answer) ? valueIn(answer).value<QDBusObjectPath>().path() : QString();
 }
 
 QCoro::Task<PostOutcome> IbusPoster::post(PostingTarget /*target*/, QString text, TaskScope scope) {

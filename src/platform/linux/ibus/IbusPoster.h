@@ -42,6 +42,9 @@ class IbusPoster final : public FragmentPoster {
     QCoro::Task<PostOutcome> post(PostingTarget target, QString text, TaskScope scope) override;
     void finish() override;
 
+    /// The user composes with an engine of the daemon's, so that keys would go into that. False where it
+    /// cannot be told.
+    QCoro::Task<bool> isUserComposing(TaskScope scope);
     /// The daemon answers.
     [[nodiscard]] bool isConnected() const { return bus_.isConnected(); }
     /// Our engine is, or may be, in the place of the user's.
@@ -58,6 +61,8 @@ class IbusPoster final : public FragmentPoster {
     QCoro::Task<std::optional<QString>> engineInForce(TaskScope scope);
     QCoro::Task<bool> putInForce(QString engine, TaskScope scope);
     QCoro::Task<bool> isComposing(TaskScope scope);
+    /// The input context that has the focus; empty when there is none or the daemon does not say.
+    QCoro::Task<QString> currentContext(TaskScope scope);
     void beginGivingBack();
     QCoro::Task<void> giveBack(QString usersEngine, TaskScope scope);
 

@@ -31,6 +31,9 @@ class IbusFixture : public testing::Test {
     std::optional<bool> canPost(IbusPoster& poster) {
         return run<bool>([&](TaskScope scope) { return poster.canPost(nowhere, scope); });
     }
+    std::optional<bool> isUserComposing(IbusPoster& poster) {
+        return run<bool>([&](TaskScope scope) { return poster.isUserComposing(scope); });
+    }
     bool waitClosely(const std::function<bool()>& condition, Duration bound = std::chrono::seconds(5)) {
         const Instant deadline = clock.now() + bound;
         while (!condition() && clock.now() < deadline) {

@@ -72,8 +72,12 @@ TEST_F(IbusPosterTest, WhileTheUserComposesNothingIsOfferedAndNoEngineIsChanged)
     ASSERT_TRUE(waitClosely([&] { return canPost(*ways) == false; }));
     EXPECT_EQ(post(*ways, QStringLiteral("a")), PostOutcome::refused);
     EXPECT_TRUE(daemon->setEngines.isEmpty());
+    EXPECT_EQ(isUserComposing(*ways), true);
     daemon->compose(QString(), false);
     EXPECT_TRUE(waitClosely([&] { return canPost(*ways) == true; }));
+    EXPECT_EQ(isUserComposing(*ways), false);
+    daemon->silent = {QStringLiteral("CurrentInputContext")};
+    EXPECT_EQ(isUserComposing(*ways), false) << "a daemon that hangs keeps nobody from keys";
 }
 
 TEST_F(IbusPosterTest, WithoutAnEngineOfTheUsersNothingIsBorrowed) {
