@@ -31,15 +31,18 @@ function(lorvane_test name)
   endif()
 endfunction()
 
-# lorvane_desktop_test(<name> SOURCES ... LINKS ... [SESSION <kind>]): runs inside a fresh virtual desktop, of that kind
-# of session (scripts/virtual-desktop --session), else x11.
+# lorvane_desktop_test(<name> SOURCES ... LINKS ... [SESSION <kind>] [INPUT_METHOD <name>]): runs inside a fresh virtual
+# desktop, of that kind of session (scripts/virtual-desktop --session), else x11.
 function(lorvane_desktop_test name)
-  cmake_parse_arguments(arg "" "SESSION" "SOURCES;LINKS" ${ARGN})
+  cmake_parse_arguments(arg "" "SESSION;INPUT_METHOD" "SOURCES;LINKS" ${ARGN})
   if(NOT BUILD_TESTING)
     return()
   endif()
   if(arg_SESSION)
     set(arg_SESSION --session ${arg_SESSION})
+  endif()
+  if(arg_INPUT_METHOD)
+    list(APPEND arg_SESSION --input-method ${arg_INPUT_METHOD})
   endif()
   add_executable(lorvane_${name}_test ${arg_SOURCES})
   target_link_libraries(lorvane_${name}_test PRIVATE ${arg_LINKS} lorvane_test_main lorvane_warnings)

@@ -17,6 +17,7 @@ _PROGRAMS = {
     "pactl": "pulseaudio-utils",
     "gnome-keyring-daemon": "gnome-keyring",
 }
+IBUS_PROGRAMS = {"ibus-daemon": "ibus"}
 _A11Y_SERVICE = "/usr/share/dbus-1/services/org.a11y.Bus.service"
 
 AUDIO = """\
@@ -157,6 +158,18 @@ class Desktop:
                               "org.freedesktop.DBus.StartServiceByName", "string:org.a11y.atspi.Registry", "uint32:0")
         if not registry:
             raise Failure("the accessibility registry (at-spi2-core) does not start")
+
+    def choose_ibus(self):
+        """As im-config does for a user; the daemon's address is sought elsewhere by suites with settings of their own."""
+        self.environment.update({"GTK_IM_MODULE": "ibus", "QT_IM_MODULE": "ibus", "XMODIFIERS": "@im=ibus",
+                                 "IBUS_ADDRESS_FILE": f"{self.folder}/run/ibus-address"})
+
+    def start_ibus(self):
+        """Without its panel, which would put an engine in force from the user's settings."""
+        self.start("ibus-daemon", ["ibus-daemon", "--xim", "--panel=disable"])
+        engine = "xkb:us::eng"
+        self.wait("ibus-daemon", "an engine is in force",
+                  lambda: self.answer("ibus", "engine", engine) or self.answer("ibus", "engine").strip() == engine)
 
     def start_keyring(self):
         keyring = self.start("gnome-keyring-daemon",

@@ -11,7 +11,7 @@ import tempfile
 import time
 
 from desktop import processes
-from desktop.services import Desktop, Failure, missing
+from desktop.services import IBUS_PROGRAMS, Desktop, Failure, missing
 from desktop.sessions import SESSIONS
 
 _PREFIX = "lorvane-desktop-"
@@ -30,7 +30,8 @@ class _Ended(Exception):
 def run(options):
     """Makes the desktop, runs the command in it and returns its exit status (128 + signal when it was killed)."""
     session = SESSIONS[options.session](options)
-    if packages := missing(session.programs()):
+    programs = {**session.programs(), **(IBUS_PROGRAMS if options.input_method else {})}
+    if packages := missing(programs):
         return _complain(f"missing; install with: apt-get install {' '.join(packages)}", 127)
     _remove_leftovers()
     folder = tempfile.mkdtemp(prefix=_PREFIX, dir="/tmp")
@@ -136,7 +137,11 @@ def _run_desktop(session, options, folder, guard):
     try:
         signal.pthread_sigmask(signal.SIG_UNBLOCK, _ENDING)
         desktop = Desktop(folder, _environment(session, folder))
+        if options.input_method:
+            desktop.choose_ibus()
         session.bring_up(desktop)
+        if options.input_method:
+            desktop.start_ibus()
         if options.verbose:
             print(f"virtual-desktop: up in {time.monotonic() - started:.2f} s", file=sys.stderr, flush=True)
         status = _run_command(options.command, desktop.environment)

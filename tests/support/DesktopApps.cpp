@@ -175,7 +175,9 @@ void DesktopApp::empty() {
     }
     PhysicalKeyboard keyboard;
     const bool gone = waitUntil([&] {
-        keyboard.chord({keycode::leftControl, keycode::letterA});
+        // By keys that every layout has in one place.
+        keyboard.chord({keycode::leftControl, keycode::end});
+        keyboard.chord({keycode::leftControl, keycode::leftShift, keycode::home});
         keyboard.tap(keycode::deleteForward);
         return waitForText(QString(), std::chrono::seconds(1)).isEmpty();
     });

@@ -10,6 +10,7 @@ namespace lorvane {
 // X key codes (evdev) of the keys that the program knows, and of some that tests need besides.
 namespace keycode {
 inline constexpr int escape = 9;
+inline constexpr int backspace = 22;
 inline constexpr int letterQ = 24;
 inline constexpr int letterA = 38;
 inline constexpr int letterZ = 52;
@@ -18,9 +19,11 @@ inline constexpr int enter = 36;
 inline constexpr int leftControl = 37;
 inline constexpr int leftShift = 50;
 inline constexpr int rightShift = 62;
+inline constexpr int leftAlt = 64;
 inline constexpr int space = 65;
 inline constexpr int rightControl = 105;
 inline constexpr int rightAlt = 108;
+inline constexpr int home = 110;
 inline constexpr int end = 115;
 inline constexpr int deleteForward = 119;
 inline constexpr int pause = 127;

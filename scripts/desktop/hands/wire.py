@@ -30,9 +30,11 @@ class Connection:
     """The compositor of this environment, with its globals known."""
 
     def __init__(self):
-        name = os.path.join(os.environ["XDG_RUNTIME_DIR"], os.environ["WAYLAND_DISPLAY"])
-        self._socket = socket.socket(socket.AF_UNIX, socket.SOCK_STREAM)
-        self._socket.connect(name)
+        if given := os.environ.get("WAYLAND_SOCKET"):  # the compositor has started us
+            self._socket = socket.socket(fileno=int(given))
+        else:
+            self._socket = socket.socket(socket.AF_UNIX, socket.SOCK_STREAM)
+            self._socket.connect(os.path.join(os.environ["XDG_RUNTIME_DIR"], os.environ["WAYLAND_DISPLAY"]))
         self._next = _REGISTRY + 1
         self._incoming = b""
         self.globals = {}

@@ -56,7 +56,7 @@ TypingResult TypingTrial::type(const QString& text, const QStringList& pieces,
     backend_.scriptAnew("/api/dictate-stream", stream.reply());
     const auto takes = backend_.requests("/api/dictate-stream").size();
     const QString earlier = program_.log();
-    hand_.hold(keycode::rightControl, std::chrono::milliseconds(600));
+    hand_.hold(keycode::rightControl, std::chrono::seconds(1)); // a quarter of it tells a hold in KWin
     if (!waitUntil([&] { return backend_.requests("/api/dictate-stream").size() > takes; })) {
         throw std::runtime_error("no take came: " + program_.log().toStdString());
     }

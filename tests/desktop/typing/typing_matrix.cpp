@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Takes of many scripts through the real program into real applications, with what stands there compared to
-// what should: a line for each application, and with --markdown the rows of a table. Runs in a virtual
+// what should: a line for each application, and with --results its figures as JSON. Runs in a virtual
 // desktop. Fails when a character is wrong or an application is not typed into that can be.
 #include "TypingTrial.h"
 
@@ -9,6 +9,9 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 
 #include <algorithm>
 #include <cstdio>
@@ -17,38 +20,32 @@ namespace {
 
 using namespace lorvane;
 
-struct Summary {
-    QString way;
-    int runs = 0;
-    int characters = 0;
-    int wrong = 0;
-    int typed = 0; // runs that needed no paste
-    std::vector<double> rates;
-    QStringList settled;
-
-    [[nodiscard]] double rate() const {
-        auto sorted = rates;
-        std::sort(sorted.begin(), sorted.end());
-        return sorted.empty() ? 0 : sorted[sorted.size() / 2];
-    }
-};
+constexpr int waitCharacters = 200;
+constexpr std::chrono::milliseconds betweenPieces{70}; // some 150 characters a second
 
 struct Options {
     int runs;
     int characters;
+    int waits;
     bool verbose;
 };
 
-QString howSettled(const QStringList& settled) {
-    QStringList kinds = settled;
-    kinds.removeDuplicates();
-    QStringList counted;
-    for (const QString& kind : kinds) {
-        counted.append(kinds.size() == 1 ? kind
-                                         : QStringLiteral("%1 × %2").arg(settled.count(kind)).arg(kind));
+struct Summary {
+    QString way;
+    std::vector<TypingResult> takes;
+    /// Shorter ones that stream more slowly than any application types, for the wait at their end.
+    std::vector<TypingResult> waits;
+
+    [[nodiscard]] int wrong() const {
+        int sum = 0;
+        for (const auto* const list : {&takes, &waits}) {
+            for (const TypingResult& take : *list) {
+                sum += take.wrong;
+            }
+        }
+        return sum;
     }
-    return counted.join(QStringLiteral(", "));
-}
+};
 
 void say(const QString& line) {
     std::printf("%s\n", line.toUtf8().constData());
@@ -57,33 +54,36 @@ void say(const QString& line) {
 
 bool isGood(const TypingTarget& target, const Summary& summary) {
     const bool isTypedInto = target.isTerminal ? summary.way.isEmpty() : !summary.way.isEmpty();
-    return summary.wrong == 0 && isTypedInto;
+    return summary.wrong() == 0 && isTypedInto;
+}
+
+void report(const TypingTarget& target, const TypingResult& result, const QString& text,
+            const Options& options) {
+    if (options.verbose || result.wrong != 0) {
+        say(QStringLiteral("%1: %2 characters, %3 wrong, %4 s, %5 ms after the last line, %6")
+                .arg(target.name)
+                .arg(result.characters)
+                .arg(result.wrong)
+                .arg(result.typing, 0, 'f', 2)
+                .arg(result.afterDone * 1000, 0, 'f', 1)
+                .arg(result.settled));
+    }
+    if (result.wrong != 0) {
+        say(QStringLiteral("it holds\n%1\ninstead of\n%2").arg(result.seen, text));
+    }
 }
 
 Summary run(const TypingTarget& target, const Options& options) {
     TypingTrial trial(target);
     Summary summary;
-    for (int number = 1; number <= options.runs; ++number) {
+    for (int number = 1; number <= options.runs + options.waits; ++number) {
+        const bool isWait = number > options.runs;
         const auto seed = static_cast<unsigned>(number);
-        const QString text = corpus::mixed(options.characters, seed);
-        const TypingResult result = trial.type(text, corpus::fragments(text, seed));
-        summary.runs++;
-        summary.characters += result.characters;
-        summary.wrong += result.wrong;
-        summary.typed += result.settled == QLatin1String("typed") ? 1 : 0;
-        summary.rates.push_back((result.characters - result.wrong) / result.typing);
-        summary.settled.append(result.settled);
-        if (options.verbose || result.wrong != 0) {
-            say(QStringLiteral("%1 run %2: %3 wrong, %4 s, %5")
-                    .arg(target.name)
-                    .arg(number)
-                    .arg(result.wrong)
-                    .arg(result.typing, 0, 'f', 2)
-                    .arg(result.settled));
-        }
-        if (result.wrong != 0) {
-            say(QStringLiteral("it holds\n%1\ninstead of\n%2").arg(result.seen, text));
-        }
+        const QString text = corpus::mixed(isWait ? waitCharacters : options.characters, seed);
+        const TypingResult result = trial.type(text, corpus::fragments(text, seed),
+                                               isWait ? betweenPieces : std::chrono::milliseconds(0));
+        (isWait ? summary.waits : summary.takes).push_back(result);
+        report(target, result, text, options);
     }
     summary.way = trial.way();
     if (!isGood(target, summary)) {
@@ -92,15 +92,23 @@ Summary run(const TypingTarget& target, const Options& options) {
     return summary;
 }
 
-QString row(const TypingTarget& target, const Summary& summary) {
-    const QStringList cells{target.toolkit,
-                            summary.way.isEmpty() ? QStringLiteral("paste") : summary.way,
-                            QString::number(summary.runs),
-                            QString::number(summary.characters),
-                            QString::number(summary.wrong),
-                            QString::number(summary.rate(), 'f', 0),
-                            howSettled(summary.settled)};
-    return QStringLiteral("| %1 |").arg(cells.join(QStringLiteral(" | ")));
+QJsonArray toJson(const std::vector<TypingResult>& results) {
+    QJsonArray array;
+    for (const TypingResult& result : results) {
+        array.append(QJsonObject{{QStringLiteral("characters"), result.characters},
+                                 {QStringLiteral("wrong"), result.wrong},
+                                 {QStringLiteral("seconds"), result.typing},
+                                 {QStringLiteral("afterDone"), result.afterDone},
+                                 {QStringLiteral("settled"), result.settled}});
+    }
+    return array;
+}
+
+QJsonObject toJson(const TypingTarget& target, const Summary& summary) {
+    return {{QStringLiteral("application"), target.toolkit},
+            {QStringLiteral("way"), summary.way.isEmpty() ? QStringLiteral("paste") : summary.way},
+            {QStringLiteral("takes"), toJson(summary.takes)},
+            {QStringLiteral("waits"), toJson(summary.waits)}};
 }
 
 /// One application that does not come up leaves the others to be tried.
@@ -113,34 +121,43 @@ std::optional<Summary> tryToRun(const TypingTarget& target, const Options& optio
     }
 }
 
+void keep(const QString& path, const QJsonArray& results) {
+    QFile file(path);
+    if (path.isEmpty()) {
+        return;
+    }
+    if (!file.open(QIODevice::WriteOnly) || file.write(QJsonDocument(results).toJson()) < 0) {
+        throw std::runtime_error("the results cannot be written");
+    }
+}
+
 int runAll(const QCommandLineParser& arguments) {
-    const Options options{arguments.value(QStringLiteral("runs")).toInt(),
-                          arguments.value(QStringLiteral("characters")).toInt(),
+    const auto number = [&](const char* name) { return arguments.value(QLatin1String(name)).toInt(); };
+    const Options options{number("runs"), number("characters"), number("waits"),
                           arguments.isSet(QStringLiteral("verbose"))};
     const QString only = arguments.value(QStringLiteral("app"));
-    QStringList rows;
+    QJsonArray results;
+    bool isKnown = false;
     bool good = true;
     for (const TypingTarget& target : typingTargets()) {
         if (!only.isEmpty() && target.name != only) {
             continue;
         }
+        isKnown = true;
         const auto summary = tryToRun(target, options);
         good = good && summary && isGood(target, *summary);
-        if (!summary) {
-            continue;
+        if (summary) {
+            results.append(toJson(target, *summary));
+            say(QStringLiteral("%1, by %2: %3 wrong%4")
+                    .arg(target.toolkit, results.last()[QStringLiteral("way")].toString())
+                    .arg(summary->wrong())
+                    .arg(isGood(target, *summary) ? QString() : QStringLiteral("  FAILED")));
         }
-        rows.append(row(target, *summary));
-        say(rows.back() + (isGood(target, *summary) ? QString() : QStringLiteral("  FAILED")));
     }
-    if (rows.isEmpty() && good) {
+    if (!isKnown) {
         throw std::runtime_error("no application is called " + only.toStdString());
     }
-    if (QFile file(arguments.value(QStringLiteral("markdown"))); !file.fileName().isEmpty()) {
-        if (!file.open(QIODevice::WriteOnly)) {
-            throw std::runtime_error("the rows cannot be written");
-        }
-        file.write(rows.join(QChar(u'\n')).toUtf8() + '\n');
-    }
+    keep(arguments.value(QStringLiteral("results")), results);
     return good ? 0 : 1;
 }
 
@@ -154,9 +171,12 @@ int main(int argc, char** argv) {
                          QStringLiteral("10")});
     arguments.addOption({QStringLiteral("characters"), QStringLiteral("in each take"), QStringLiteral("n"),
                          QStringLiteral("2000")});
+    arguments.addOption({QStringLiteral("waits"),
+                         QStringLiteral("takes of 200 characters that stream at 150 a second"),
+                         QStringLiteral("n"), QStringLiteral("0")});
     arguments.addOption({QStringLiteral("app"), QStringLiteral("this one only"), QStringLiteral("name")});
     arguments.addOption(
-        {QStringLiteral("markdown"), QStringLiteral("writes the rows there"), QStringLiteral("file")});
+        {QStringLiteral("results"), QStringLiteral("writes the figures there"), QStringLiteral("file")});
     arguments.addOption({QStringLiteral("verbose"), QStringLiteral("a line for each take")});
     arguments.process(application);
     try {
