@@ -13,7 +13,6 @@ namespace lorvane {
 namespace {
 
 using CompositorKilled = LiveTypingDesk;
-using OtherInputMethod = LiveTypingDesk;
 
 QByteArray contentOf(const QString& path) {
     QFile file(path);
@@ -36,25 +35,6 @@ TEST_F(CompositorKilled, InTheMiddleOfATakeLosesNothing) {
         << program->log().toStdString() << program->output().toStdString();
     // It may go with its display, but in good order.
     EXPECT_TRUE(program->isRunning() || program->exitCode() == 1) << program->exitCode();
-}
-
-TEST_F(OtherInputMethod, HasABrowserTypedIntoByAnotherRoad) {
-    QProcess theirs;
-    theirs.start(QStringLiteral(HOLD_INPUT_METHOD), {});
-    ASSERT_TRUE(theirs.waitForStarted());
-    ASSERT_TRUE(waitUntil([&] { return theirs.canReadLine(); })) << theirs.readAllStandardError().data();
-    ASSERT_EQ(theirs.readLine(), "it is ours\n");
-    startProgram();
-    const auto browser = DesktopApp::chromium(own);
-    LiveStream stream = dictate();
-    const QString text = QStringLiteral("Typed beside another input method — ещё раз.");
-    EXPECT_TRUE(isTyped(stream, text, *browser)) << program->log().toStdString();
-    stream.finish(text);
-    EXPECT_TRUE(goesThrough(delivered));
-    EXPECT_TRUE(holds(*browser, own + text));
-    EXPECT_EQ(theirs.state(), QProcess::Running);
-    theirs.kill();
-    theirs.waitForFinished();
 }
 
 } // namespace
