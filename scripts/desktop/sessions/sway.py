@@ -14,6 +14,7 @@ class Sway(WaylandSession):
         with open(settings, "w", encoding="utf-8") as file:
             file.write(f"output * resolution {self.options.size}\n"
                        "focus_follows_mouse no\n"
+                       f"xwayland {'disable' if self.options.no_xwayland else 'enable'}\n"
                        f"exec {self.teller(desktop)}\n")
         desktop.start("sway", ["sway", "-c", settings], WLR_BACKENDS="headless", WLR_LIBINPUT_NO_DEVICES="1",
                       WLR_RENDERER="pixman")
