@@ -40,15 +40,17 @@ class BoundedJson {
         explicit Memory(std::size_t bytes) : left_(bytes) {}
 
      private:
-        void* do_allocate(std::size_t size, std::size_t alignment) override {
+        void* do_allocate(std::size_t size, std::size_t) override {
             if (size > left_)
                 throw std::bad_alloc();
-            void* const bytes = ::operator new(size, std::align_val_t(alignment));
+            // The library asks for no more than the usual alignment, and names another one when it gives
+            // back.
+            void* const bytes = ::operator new(size);
             left_ -= size;
             return bytes;
         }
-        void do_deallocate(void* bytes, std::size_t size, std::size_t alignment) override {
-            ::operator delete(bytes, std::align_val_t(alignment));
+        void do_deallocate(void* bytes, std::size_t size, std::size_t) override {
+            ::operator delete(bytes);
             left_ += size;
         }
         bool do_is_equal(const memory_resource& other) const noexcept override { return this == &other; }
