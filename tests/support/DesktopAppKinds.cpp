@@ -96,11 +96,11 @@ std::unique_ptr<DesktopApp> DesktopApp::writer(const QString& text) {
     app->proveKeyboard(keycode::letterQ, [&] { return app->text() != text; });
     PhysicalKeyboard keyboard;
     if (!waitUntil([&] {
-            keyboard.chord({keycode::leftAlt, keycode::backspace}); // undoes, whatever the layout
+            keyboard.command({keycode::leftAlt, keycode::backspace}); // undoes, whatever the layout
             return app->waitForText(text, std::chrono::seconds(1)) == text;
         }))
         throw std::runtime_error("what was typed for a trial stays: " + app->text().toStdString());
-    keyboard.chord({keycode::leftControl, keycode::end});
+    keyboard.command({keycode::leftControl, keycode::end});
     app->waitUntilQuiet();
     return app;
 }

@@ -176,8 +176,8 @@ void DesktopApp::empty() {
     PhysicalKeyboard keyboard;
     const bool gone = waitUntil([&] {
         // By keys that every layout has in one place.
-        keyboard.chord({keycode::leftControl, keycode::end});
-        keyboard.chord({keycode::leftControl, keycode::leftShift, keycode::home});
+        keyboard.command({keycode::leftControl, keycode::end});
+        keyboard.command({keycode::leftControl, keycode::leftShift, keycode::home});
         keyboard.tap(keycode::deleteForward);
         return waitForText(QString(), std::chrono::seconds(1)).isEmpty();
     });

@@ -2,6 +2,7 @@
 #include "support/PhysicalKeyboard.h"
 
 #include "support/SessionHands.h"
+#include "support/Wait.h"
 
 #include <algorithm>
 #include <array>
@@ -133,6 +134,17 @@ void PhysicalKeyboard::chord(const std::vector<int>& keyCodes) {
         press(keyCode);
     for (auto keyCode = keyCodes.rbegin(); keyCode != keyCodes.rend(); ++keyCode)
         release(*keyCode);
+}
+
+void PhysicalKeyboard::command(const std::vector<int>& keyCodes) {
+    constexpr std::chrono::milliseconds moment{40};
+    for (std::size_t i = 0; i < keyCodes.size(); ++i) {
+        if (i + 1 == keyCodes.size())
+            (void)waitUntil([] { return false; }, moment);
+        press(keyCodes[i]);
+    }
+    for (auto key = keyCodes.rbegin(); key != keyCodes.rend(); ++key)
+        release(*key);
 }
 
 void PhysicalKeyboard::hold(int keyCode, std::chrono::milliseconds time) {

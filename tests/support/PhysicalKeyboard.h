@@ -49,6 +49,9 @@ class PhysicalKeyboard {
     void tap(int keyCode);
     // Presses in the order given and releases in the opposite one.
     void chord(const std::vector<int>& keyCodes);
+    // The same as a hand does it: the others have been down for a moment when the last one comes. What a
+    // desktop tells of a modifier alone is otherwise not what a user makes it tell.
+    void command(const std::vector<int>& keyCodes);
     // The time in between is kept by the server, so no thread sleeps for it; returns once the release has
     // happened.
     void hold(int keyCode, std::chrono::milliseconds time);

@@ -1,16 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Reads the focused field of another program through accessibility, and puts its caret somewhere.
 #include "support/FieldReader.h"
+#include "support/Wait.h"
 #include "support/Windows.h"
 
 #include <chrono>
 #include <cstdio>
 #include <exception>
-#include <thread>
 
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QCoreApplication>
-#include <QtCore/QElapsedTimer>
 #include <QtCore/QJsonDocument>
 
 using lorvane::FieldReader;
@@ -30,19 +29,16 @@ struct Asked {
 // Any answer that is there within the time; accessibility tells of a new field by events only to those that
 // listened before it came, so this asks again and again.
 std::optional<ShownField> waitForField(const FieldReader& reader, const Asked& wanted) {
-    QElapsedTimer passed;
-    passed.start();
-    while (true) {
+    std::optional<ShownField> reading;
+    const auto isThere = [&] {
         const qint64 pid = wanted.pid != 0 ? wanted.pid : lorvane::windows::active().pid;
-        auto reading = pid == 0 ? std::nullopt : wanted.document ? reader.document(pid) : reader.focused(pid);
+        reading = pid == 0 ? std::nullopt : wanted.document ? reader.document(pid) : reader.focused(pid);
         if (!reading && pid != 0 && wanted.alsoResting)
             reading = reader.resting(pid);
-        if (reading)
-            return reading;
-        if (static_cast<double>(passed.elapsed()) >= wanted.seconds * 1000)
-            return std::nullopt;
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
+        return reading.has_value();
+    };
+    (void)lorvane::waitUntil(isThere, std::chrono::milliseconds(static_cast<qint64>(wanted.seconds * 1000)));
+    return reading;
 }
 
 int show(const FieldReader& reader, const QString& verb, const Asked& wanted) {

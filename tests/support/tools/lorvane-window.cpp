@@ -1,16 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Lists the windows of this display, waits for one, activates or closes one.
+#include "support/Wait.h"
 #include "support/Windows.h"
 
 #include <chrono>
 #include <cstdio>
 #include <exception>
 #include <optional>
-#include <thread>
 
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QCoreApplication>
-#include <QtCore/QElapsedTimer>
 
 using lorvane::WindowInfo;
 namespace windows = lorvane::windows;
@@ -37,17 +36,17 @@ struct Wanted {
 };
 
 int wait(const Wanted& wanted, double seconds) {
-    QElapsedTimer passed;
-    passed.start();
-    while (static_cast<double>(passed.elapsed()) <= seconds * 1000) {
+    const auto isThere = [&wanted] {
         for (const auto& window : windows::all()) {
             if (wanted.matches(window)) {
                 print(window);
-                return 0;
+                return true;
             }
         }
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
+        return false;
+    };
+    if (lorvane::waitUntil(isThere, std::chrono::milliseconds(static_cast<qint64>(seconds * 1000))))
+        return 0;
     std::fputs("lorvane-window: no such window\n", stderr);
     return 1;
 }
