@@ -25,7 +25,8 @@ struct PasteboardLoan {
     QString text;
     /// The only process that is served the text; everyone else is served `previous`. A requestor whose
     /// process cannot be told is served the text. 0 when it is not known: then everyone is served, and
-    /// counts as the target. Everyone is served as well when `previous` could not be read.
+    /// counts as the target. Everyone is served as well when `previous` could not be read. Where the system
+    /// never tells who asks, everyone is served `previous` until the keys that paste go out.
     ProcessId target = 0;
     PasteboardSnapshot previous;
     /// Lend the selection of the middle mouse button as well, and give it back with the clipboard.

@@ -168,6 +168,12 @@ std::unique_ptr<DesktopApp> DesktopApp::xfceTerminal() {
     return app;
 }
 
+std::unique_ptr<DesktopApp> DesktopApp::foot() {
+    std::unique_ptr<DesktopApp> app(new DesktopApp);
+    app->startTerminal(QStringLiteral("foot"), {});
+    return app;
+}
+
 std::unique_ptr<DesktopApp> DesktopApp::command(const QString& program, const QStringList& arguments) {
     std::unique_ptr<DesktopApp> app(new DesktopApp);
     app->start(program, arguments);

@@ -35,6 +35,8 @@ class DesktopApp {
     // keyboard when they are handed out. The first shows nothing on the accessibility bus.
     static std::unique_ptr<DesktopApp> xterm();
     static std::unique_ptr<DesktopApp> xfceTerminal();
+    // A window of Wayland that shows nothing on the accessibility bus.
+    static std::unique_ptr<DesktopApp> foot();
     // Any program with a text field that takes the focus by itself.
     static std::unique_ptr<DesktopApp> command(const QString& program, const QStringList& arguments);
 

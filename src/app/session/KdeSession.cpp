@@ -13,7 +13,7 @@ constexpr std::uint32_t xOffset = 8;
 } // namespace
 
 KdeSession::KdeSession(const SessionParts& parts)
-    : words_(parts.foundation.words), input_(parts.wayland, parts.foundation.clock),
+    : words_(parts.foundation.words), input_(parts.wayland, parts.foundation.clock), windows_(parts.wayland),
       keymap_(parts.wayland, parts.seat), layout_(parts.bus),
       shortcuts_(parts.bus, parts.foundation, [this] { return input_.isPosting(); }),
       pasteKeys_(input_, parts.foundation.clock, keyboard()), editingKeys_(input_, keyboard()),

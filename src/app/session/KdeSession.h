@@ -10,6 +10,7 @@
 #include "platform/linux/kde/KdeHoldRoad.h"
 #include "platform/linux/kde/KdeLayout.h"
 #include "platform/linux/kde/KdePasteKeys.h"
+#include "platform/linux/kde/PlasmaWindows.h"
 
 namespace lorvane {
 
@@ -20,6 +21,7 @@ class KdeSession {
     explicit KdeSession(const SessionParts& parts);
 
     [[nodiscard]] SessionPorts ports();
+    [[nodiscard]] std::optional<WindowIdentity> activeWindow() const { return windows_.active(); }
 
  private:
     [[nodiscard]] KdeKeyboard keyboard();
@@ -29,6 +31,7 @@ class KdeSession {
 
     const Localisation& words_;
     FakeInput input_;
+    PlasmaWindows windows_;
     SeatKeymap keymap_;
     KdeLayout layout_;
     KdeHoldRoad shortcuts_;

@@ -38,8 +38,10 @@ WaylandSession::WaylandSession(const SessionParts& parts, AtspiBus& bus, Clipboa
       naming_(installedApplications()),
       atspiWorkspace_(bus,
                       [this](ProcessId process, const QString& name) { return naming_.name(process, name); }),
-      workspace_(xWorkspace_, atspiWorkspace_), wlroots_(parts), kde_(parts), gnome_(parts), common_(parts),
-      roads_(collect()), keyEvents_(parts.foundation, roads_.holdRoads), xEditingKeys_(parts.display),
+      windowWorkspace_([this] { return activeWindow(); }, naming_),
+      workspace_(xWorkspace_, atspiWorkspace_, windowWorkspace_), wlroots_(parts), kde_(parts), gnome_(parts),
+      common_(parts), roads_(collect()), keyEvents_(parts.foundation, roads_.holdRoads),
+      xEditingKeys_(parts.display),
       editingKeys_([this] { return isXInFront(); }, xEditingKeys_, roads_.editingKeys),
       xPasteKeys_(parts.display, parts.foundation.clock),
       pasteKeys_([this] { return isXInFront(); }, keysOfX(xPasteKeys_, parts.display), roads_.pasteKeys,
@@ -48,6 +50,11 @@ WaylandSession::WaylandSession(const SessionParts& parts, AtspiBus& bus, Clipboa
                   [this](const RunningApplication& application) { return settleTimes_.of(application); }) {
     gatePosters();
     openPasteboard(parts, clipboard);
+}
+
+std::optional<WindowIdentity> WaylandSession::activeWindow() const {
+    const auto window = kde_.activeWindow();
+    return window ? window : wlroots_.activeWindow();
 }
 
 SessionPorts WaylandSession::collect() {
@@ -77,7 +84,10 @@ void WaylandSession::openPasteboard(const SessionParts& parts, ClipboardRoad cli
             pasteboard_ = std::move(controlled);
         }
     } else if (clipboard == ClipboardRoad::xSelection) {
-        pasteboard_ = XWaylandPasteboard::open(clock, xWorkspace_);
+        if (auto besides = XWaylandPasteboard::open(clock, xWorkspace_)) {
+            pasteKeys_.onKeys = [pasteboard = besides.get()] { pasteboard->keysGoOut(); };
+            pasteboard_ = std::move(besides);
+        }
     }
     if (!pasteboard_) {
         pasteboard_ = std::make_unique<NoPasteboard>(parts.foundation.log);

@@ -11,6 +11,7 @@
 #include "app/session/SessionKeyEvents.h"
 #include "app/session/SessionKeys.h"
 #include "app/session/SessionWorkspace.h"
+#include "app/session/WindowWorkspace.h"
 #include "app/session/WlrootsSession.h"
 #include "platform/linux/atspi/AtspiWorkspace.h"
 #include "platform/linux/x11/X11EditingKeys.h"
@@ -44,6 +45,7 @@ class WaylandSession final : public DesktopSession {
 
  private:
     [[nodiscard]] bool isXInFront() const { return xWorkspace_.frontmostApplication().has_value(); }
+    [[nodiscard]] std::optional<WindowIdentity> activeWindow() const;
     [[nodiscard]] SessionPorts collect();
     void gatePosters();
     void openPasteboard(const SessionParts& parts, ClipboardRoad clipboard);
@@ -53,6 +55,7 @@ class WaylandSession final : public DesktopSession {
     X11Workspace xWorkspace_;
     ApplicationNaming naming_;
     AtspiWorkspace atspiWorkspace_;
+    WindowWorkspace windowWorkspace_;
     SessionWorkspace workspace_;
     WlrootsSession wlroots_;
     KdeSession kde_;

@@ -5,7 +5,8 @@ namespace lorvane {
 
 WlrootsSession::WlrootsSession(const SessionParts& parts)
     : socket_(parts.foundation.clock, parts.foundation.log, CompositorSocket::standardPlaces),
-      holdRoad_(parts.foundation, socket_), keyboard_(parts.wayland, parts.seat, parts.foundation.clock),
+      holdRoad_(parts.foundation, socket_), toplevels_(parts.wayland),
+      keyboard_(parts.wayland, parts.seat, parts.foundation.clock),
       inputMethod_(parts.wayland, parts.seat, parts.foundation.clock),
       keyboardPoster_(keyboard_, parts.wayland),
       editingKeys_(keyboard_, [this] { return holdRoad_.heldFlags(); }),

@@ -4,6 +4,7 @@
 #include "app/session/SessionPorts.h"
 #include "platform/linux/wlroots/BindingHoldRoad.h"
 #include "platform/linux/wlroots/CompositorSocket.h"
+#include "platform/linux/wlroots/ForeignToplevels.h"
 #include "platform/linux/wlroots/InputMethodPoster.h"
 #include "platform/linux/wlroots/VirtualKeyboard.h"
 #include "platform/linux/wlroots/VirtualKeyboardPoster.h"
@@ -19,10 +20,12 @@ class WlrootsSession {
     explicit WlrootsSession(const SessionParts& parts);
 
     [[nodiscard]] SessionPorts ports();
+    [[nodiscard]] std::optional<WindowIdentity> activeWindow() const { return toplevels_.active(); }
 
  private:
     CompositorSocket socket_;
     BindingHoldRoad holdRoad_;
+    ForeignToplevels toplevels_;
     VirtualKeyboard keyboard_;
     InputMethodPoster inputMethod_;
     VirtualKeyboardPoster keyboardPoster_;

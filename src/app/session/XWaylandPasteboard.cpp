@@ -11,10 +11,11 @@ std::unique_ptr<XWaylandPasteboard> XWaylandPasteboard::open(Clock& clock, const
 
 void XWaylandPasteboard::lend(PasteboardLoan loan) {
     const auto front = ofX_.frontmostApplication();
-    if (!front || front->processId != loan.target) {
-        loan.target = 0;
+    if (front && front->processId == loan.target) {
+        inner_->lend(std::move(loan));
+    } else {
+        inner_->lendToAll(std::move(loan));
     }
-    inner_->lend(std::move(loan));
 }
 
 } // namespace lorvane

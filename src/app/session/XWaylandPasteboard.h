@@ -9,7 +9,9 @@
 namespace lorvane {
 
 /// The clipboard of a compositor by the X server beside it, which the compositor keeps equal to its own. What
-/// a Wayland application asks for, the compositor asks for on its behalf, so such a loan is for everyone.
+/// a Wayland application asks for, the compositor asks for on its behalf, so such a loan is for everyone from
+/// the keys on. Before them the compositor gets the old text: it makes a copy at each change, and its own
+/// programs that keep a history ask then.
 class XWaylandPasteboard final : public Pasteboard {
  public:
     /// Null without an X display. `ofX`: who is in front among the windows of the X server.
@@ -23,6 +25,7 @@ class XWaylandPasteboard final : public Pasteboard {
     }
     void setString(const QString& text) override { inner_->setString(text); }
     void lend(PasteboardLoan loan) override;
+    void keysGoOut() { inner_->keysGoOut(); }
     [[nodiscard]] LoanState loanState() const override { return inner_->loanState(); }
     void restore(const PasteboardSnapshot& snapshot) override { inner_->restore(snapshot); }
 

@@ -105,7 +105,8 @@ SetupPlan planKdeTyping(const SetupFacts& facts, const Localisation& words) {
             words.text(QStringLiteral("Lorvane will be allowed to press keys, so that it can paste."))};
         plan.files.push_back({folder + QStringLiteral("kwin.desktop"),
                               desktopFile(QStringLiteral("Lorvane"), facts.program,
-                                          "X-KDE-Wayland-Interfaces=org_kde_kwin_fake_input")});
+                                          "X-KDE-Wayland-Interfaces=org_kde_kwin_fake_input,"
+                                          "org_kde_plasma_window_management")});
         plan.refreshes = {{QStringLiteral("kbuildsycoca6")}, {QStringLiteral("kbuildsycoca5")}};
         plan.afterwards = {
             words.text(QStringLiteral("Start Lorvane again: it is known to the desktop then."))};

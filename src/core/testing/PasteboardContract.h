@@ -95,6 +95,10 @@ TYPED_TEST_P(PasteboardContract, OnlyTheTargetsRequestCounts) {
 TYPED_TEST_P(PasteboardContract, WithoutAKnownTargetEveryoneIsServedAndCounts) {
     this->desktop.copyElsewhere("old");
     this->lend("lent", 0, this->desktop.snapshot());
+    if constexpr (!TypeParam::tellsWhoAsks) {
+        EXPECT_EQ(this->desktop.pasteIntoAnother(), "old") << "before the keys";
+        EXPECT_EQ(this->desktop.pasteIntoTarget(), "lent");
+    }
     EXPECT_EQ(this->desktop.pasteIntoAnother(), "lent");
     EXPECT_TRUE(this->state().lastRequest);
     EXPECT_EQ(this->desktop.pasteIntoTarget(), "lent");

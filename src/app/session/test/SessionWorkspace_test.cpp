@@ -2,8 +2,10 @@
 // Who is in front in a Wayland session, with real applications of both window systems.
 #include "app/session/ApplicationNaming.h"
 #include "app/session/SessionWorkspace.h"
+#include "app/session/WindowWorkspace.h"
 #include "platform/linux/atspi/AtspiWorkspace.h"
 #include "platform/linux/desktop/QtClock.h"
+#include "platform/linux/wlroots/ForeignToplevels.h"
 #include "platform/linux/x11/X11Workspace.h"
 #include "support/DesktopApps.h"
 
@@ -33,7 +35,10 @@ class SessionWorkspaceTest : public ::testing::Test {
     ApplicationNaming naming{DesktopEntries(DesktopEntries::standardFolders(), "en_US")};
     AtspiWorkspace ofAll{
         bus, [this](ProcessId process, const QString& name) { return naming.name(process, name); }};
-    SessionWorkspace workspace{ofX, ofAll};
+    WaylandConnection wayland{log};
+    ForeignToplevels toplevels{wayland};
+    WindowWorkspace ofWindows{[this] { return toplevels.active(); }, naming};
+    SessionWorkspace workspace{ofX, ofAll, ofWindows};
 };
 
 TEST_F(SessionWorkspaceTest, TheApplicationThatIsStartedIsInFrontAndTheOtherOnceItIsChosen) {

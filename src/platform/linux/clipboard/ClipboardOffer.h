@@ -19,6 +19,15 @@ class ClipboardOffer {
     static ClipboardOffer lent(ClipboardContent text, ProcessId target,
                                std::optional<ClipboardContent> previous);
 
+    /// Where nobody tells who asks, a loan is told apart by time: until `letOut` everyone is offered the old
+    /// text, or an empty one, under the types of the lent text, since programs that keep a history ask at
+    /// once. Where the old content could not be read they are offered the text. Nobody counts as the target.
+    void holdBack();
+    void letOut() {
+        isHeldBack_ = false;
+        meanwhile_.reset();
+    }
+
     [[nodiscard]] const ClipboardContent& forRequestor(std::optional<ProcessId> requestor) const;
     /// The requestor is the one that the text was lent to, as far as can be told. False for an offer to
     /// everyone.
@@ -32,8 +41,11 @@ class ClipboardOffer {
  private:
     ClipboardContent own_;
     std::optional<ClipboardContent> previous_;
+    /// What everyone is offered while the text is held back.
+    std::optional<ClipboardContent> meanwhile_;
     ProcessId target_ = 0;
     bool isLoan_ = false;
+    bool isHeldBack_ = false;
 };
 
 } // namespace lorvane

@@ -10,8 +10,6 @@ namespace {
 constexpr Duration silence = std::chrono::milliseconds(500);
 constexpr Duration compositorPatience = std::chrono::milliseconds(500);
 constexpr int mostAttempts = 3;
-/// Nobody's number: a program that is not the one that is pasted into.
-constexpr ProcessId somebodyElse = -1;
 
 /// Best first. A plain text without a charset is UTF-8 among Wayland programs.
 const QStringList& textTypes() {
@@ -138,7 +136,6 @@ QCoro::Task<std::optional<QString>> ControlledSelection::readText(qsizetype most
 void ControlledSelection::take(ClipboardOffer offer) {
     changing_.reset();
     offer_ = std::move(offer);
-    keysWentOut_ = false;
     isOwned_ = true;
     isLost_ = false;
     lastRequest_.reset();
@@ -176,23 +173,12 @@ void ControlledSelection::release() {
     connection_.flush();
 }
 
-std::optional<ProcessId> ControlledSelection::assumedRequestor() const {
-    return keysWentOut_ ? std::nullopt : std::optional(somebodyElse);
-}
-
 void ControlledSelection::send(const QString& type, FileDescriptor end) {
-    const auto requestor = assumedRequestor();
-    const TypedBytes* const own = offer_.own().find(type);
-    const bool isText = contenttypes::isText(type);
-    if (isText && offer_.isBorrower(requestor)) {
+    if (contenttypes::isText(type) && offer_.isBorrower(std::nullopt)) {
         lastRequest_ = clock_.now();
     }
-    const ClipboardContent& served = offer_.forRequestor(requestor);
-    const TypedBytes* entry = isText ? served.find(type) : own;
-    if (entry != nullptr) {
+    if (const TypedBytes* const entry = offer_.forRequestor(std::nullopt).find(type)) {
         writers_.write(std::move(end), entry->bytes);
-    } else if (const auto text = isText ? textOf(served) : std::nullopt) {
-        writers_.write(std::move(end), text->toUtf8());
     }
 }
 

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "base/Task.h"
-#include "platform/linux/clipboard/ClipboardOffer.h"
 #include "platform/linux/clipboard/DataControlDevice.h"
+#include "platform/linux/clipboard/OwnedSelection.h"
 #include "platform/linux/clipboard/PipeTransfer.h"
 
 #include <optional>
@@ -12,11 +12,8 @@ namespace lorvane {
 
 /// One of the compositor's clipboards: reads it while it is another program's and serves it while it is ours.
 ///
-/// The compositor does not tell who asks. A lent text is therefore told apart by time: until `keysGoOut`
-/// whoever asks is served what was there before, since a program that keeps a history asks at once when the
-/// owner changes; from then on the text. The types that are offered are those of the text throughout, because
-/// a change of them would be another copy in the eyes of all. Main thread.
-class ControlledSelection {
+/// The compositor does not tell who asks, so a lent text is held back until the keys go out. Main thread.
+class ControlledSelection final : public OwnedSelection {
  public:
     ControlledSelection(WaylandConnection& connection, DataControlDevice& device, PipeWriters& writers,
                         Clock& clock, WaylandSelection selection);
@@ -33,18 +30,9 @@ class ControlledSelection {
     /// The text alone; what was read with it may be replaced from then on.
     QCoro::Task<std::optional<QString>> readText(qsizetype mostBytes, TaskScope scope);
 
-    /// Takes the clipboard from whoever has it.
-    void take(ClipboardOffer offer);
-    /// Offers something else, or nothing (`release`), unless another program has taken the clipboard, even
-    /// when that news is still on its way.
-    void replace(ClipboardOffer offer);
-    void release();
-    void keysGoOut() { keysWentOut_ = true; }
-
-    [[nodiscard]] bool isOwned() const { return isOwned_; }
-    [[nodiscard]] bool isLost() const { return isLost_; }
-    [[nodiscard]] const ClipboardOffer& offer() const { return offer_; }
-    [[nodiscard]] std::optional<Instant> lastRequest() const { return lastRequest_; }
+    void take(ClipboardOffer offer) override;
+    void replace(ClipboardOffer offer) override;
+    void release() override;
 
  private:
     [[nodiscard]] bool mayReplace() const { return isOwned_ || readAt_ == changes_; }
@@ -53,20 +41,14 @@ class ControlledSelection {
     /// The compositor has told everything that it had to tell; false when it does not answer.
     QCoro::Task<bool> caughtUp(TaskScope scope);
     void send(const QString& type, FileDescriptor end);
-    [[nodiscard]] std::optional<ProcessId> assumedRequestor() const;
 
     WaylandConnection& connection_;
     DataControlDevice& device_;
     PipeWriters& writers_;
     Clock& clock_;
     WaylandSelection selection_;
-    ClipboardOffer offer_;
-    bool keysWentOut_ = false;
-    bool isOwned_ = false;
-    bool isLost_ = false;
     std::uint32_t changes_ = 0;
     std::optional<std::uint32_t> readAt_;
-    std::optional<Instant> lastRequest_;
     Handle changing_;
     Handle watch_;
 };

@@ -58,27 +58,34 @@ class SourceOf {
     [[nodiscard]] typename Protocol::Source* raw() const { return source_; }
     void replaced() { content_.cancelled = nullptr; }
     [[nodiscard]] bool isOver() const { return isOver_; }
+    void lose() {
+        isOver_ = true;
+        if (const auto cancelled = std::exchange(content_.cancelled, nullptr)) {
+            cancelled();
+        }
+    }
 
  private:
     static constexpr typename Protocol::SourceListener listener{
         [](void* self, typename Protocol::Source*, const char* type, int end) {
             static_cast<SourceOf*>(self)->content_.send(QString::fromUtf8(type), FileDescriptor(end));
         },
-        [](void* self, typename Protocol::Source*) {
-            auto& source = *static_cast<SourceOf*>(self);
-            source.isOver_ = true;
-            if (const auto cancelled = std::exchange(source.content_.cancelled, nullptr)) {
-                cancelled();
-            }
-        }};
+        [](void* self, typename Protocol::Source*) { static_cast<SourceOf*>(self)->lose(); }};
 
     typename Protocol::Source* source_;
     DataControlDevice::Source content_;
     bool isOver_ = false;
 };
 
+/// A device of one seat, which ends with it.
+class EndingDevice : public DataControlDevice {
+ public:
+    /// It has ended: what of ours was on its clipboards is there no more.
+    virtual void lose() = 0;
+};
+
 template <typename Protocol>
-class DeviceOf final : public DataControlDevice {
+class DeviceOf final : public EndingDevice {
  public:
     DeviceOf(typename Protocol::Manager* manager, wl_seat* seat, std::uint32_t version)
         : manager_(manager), device_(Protocol::device(manager, seat)),
@@ -122,6 +129,11 @@ class DeviceOf final : public DataControlDevice {
     }
     [[nodiscard]] bool isAlive() const override { return isAlive_; }
     [[nodiscard]] bool hasPrimary() const override { return hasPrimary_; }
+    void lose() override {
+        for (auto& [kept, where] : sources_) {
+            kept->lose();
+        }
+    }
 
  private:
     using OfferPtr = std::shared_ptr<OfferOf<Protocol>>;
@@ -162,6 +174,7 @@ class DeviceOf final : public DataControlDevice {
     void finished() {
         isAlive_ = false;
         current_ = {};
+        lose();
         changed_.emit(WaylandSelection::clipboard);
         changed_.emit(WaylandSelection::primary);
     }
@@ -180,7 +193,7 @@ class DeviceOf final : public DataControlDevice {
 };
 
 template <typename Protocol>
-std::unique_ptr<DataControlDevice> openBy(WaylandConnection& connection, wl_seat* seat) {
+std::unique_ptr<EndingDevice> openBy(WaylandConnection& connection, wl_seat* seat) {
     auto* const manager =
         connection.bind<typename Protocol::Manager>(Protocol::interface(), Protocol::version);
     if (manager == nullptr) {
@@ -190,14 +203,85 @@ std::unique_ptr<DataControlDevice> openBy(WaylandConnection& connection, wl_seat
     return std::make_unique<DeviceOf<Protocol>>(manager, seat, version);
 }
 
+/// One device after the other, as seats and managers come and go.
+class LastingDevice final : public DataControlDevice {
+ public:
+    LastingDevice(WaylandConnection& connection, WaylandSeat& seat) : connection_(connection), seat_(seat) {
+        watches_.push_back(seat.onChanged([this] { reopen(); }));
+        watches_.push_back(connection.onGlobalGone([this](const WaylandGlobal& global) {
+            if (global.interface == protocol_) {
+                reopen();
+            }
+        }));
+        for (const char* interface : {ExtDataControl::interface().name, WlrDataControl::interface().name}) {
+            watches_.push_back(connection.onGlobal(interface, [this](const WaylandGlobal&) {
+                if (!isAlive()) {
+                    reopen();
+                }
+            }));
+        }
+    }
+
+    void offer(WaylandSelection selection, Source source) override {
+        if (device_) {
+            device_->offer(selection, std::move(source));
+        } else if (source.cancelled) {
+            source.cancelled();
+        }
+    }
+    void clear(WaylandSelection selection) override {
+        if (device_) {
+            device_->clear(selection);
+        }
+    }
+    [[nodiscard]] std::shared_ptr<ForeignOffer> current(WaylandSelection selection) const override {
+        return device_ ? device_->current(selection) : nullptr;
+    }
+    [[nodiscard]] Handle onChange(std::function<void(WaylandSelection)> changed) override {
+        return changed_.subscribe(std::move(changed));
+    }
+    [[nodiscard]] bool isAlive() const override { return device_ && device_->isAlive(); }
+    [[nodiscard]] bool hasPrimary() const override { return device_ && device_->hasPrimary(); }
+
+ private:
+    void reopen() {
+        if (device_) {
+            device_->lose();
+        }
+        device_.reset();
+        if (seat_.seat() != nullptr) {
+            open(seat_.seat());
+        }
+        if (device_) {
+            inner_ = device_->onChange([this](WaylandSelection selection) { changed_.emit(selection); });
+        }
+        changed_.emit(WaylandSelection::clipboard);
+        changed_.emit(WaylandSelection::primary);
+    }
+    void open(wl_seat* seat) {
+        device_ = openBy<ExtDataControl>(connection_, seat);
+        protocol_ = ExtDataControl::interface().name;
+        if (!device_) {
+            device_ = openBy<WlrDataControl>(connection_, seat);
+            protocol_ = WlrDataControl::interface().name;
+        }
+    }
+
+    WaylandConnection& connection_;
+    WaylandSeat& seat_;
+    std::unique_ptr<EndingDevice> device_;
+    QByteArray protocol_;
+    Signal<WaylandSelection> changed_;
+    Handle inner_;
+    std::vector<Handle> watches_;
+};
+
 } // namespace
 
-std::unique_ptr<DataControlDevice> DataControlDevice::open(WaylandConnection& connection, wl_seat* seat) {
-    if (seat == nullptr) {
-        return nullptr;
-    }
-    auto device = openBy<ExtDataControl>(connection, seat);
-    return device ? std::move(device) : openBy<WlrDataControl>(connection, seat);
+std::unique_ptr<DataControlDevice> DataControlDevice::open(WaylandConnection& connection, WaylandSeat& seat) {
+    const bool isOffered = connection.offers(ExtDataControl::interface().name) ||
+                           connection.offers(WlrDataControl::interface().name);
+    return isOffered ? std::make_unique<LastingDevice>(connection, seat) : nullptr;
 }
 
 } // namespace lorvane

@@ -3,7 +3,7 @@
 
 #include "base/Signal.h"
 #include "platform/linux/clipboard/FileDescriptor.h"
-#include "platform/linux/wayland/WaylandConnection.h"
+#include "platform/linux/wayland/WaylandSeat.h"
 
 #include <QString>
 #include <QStringList>
@@ -26,7 +26,8 @@ class ForeignOffer {
 };
 
 /// The clipboards of a seat, for a program that needs no focus for it: the protocols ext_data_control_v1 and
-/// wlr_data_control_unstable_v1, which are alike. Main thread.
+/// wlr_data_control_unstable_v1, which are alike. Made anew when the seat or the protocol's own object goes
+/// and comes again; what we had on a clipboard is lost then. Main thread.
 class DataControlDevice {
  public:
     struct Source {
@@ -37,9 +38,9 @@ class DataControlDevice {
         std::function<void()> cancelled;
     };
 
-    /// By the better protocol that is offered; null without one.
+    /// By the better protocol that is offered; null without one. The connection knows its globals already.
     [[nodiscard]] static std::unique_ptr<DataControlDevice> open(WaylandConnection& connection,
-                                                                 wl_seat* seat);
+                                                                 WaylandSeat& seat);
     virtual ~DataControlDevice() = default;
 
     virtual void offer(WaylandSelection selection, Source source) = 0;
@@ -49,7 +50,7 @@ class DataControlDevice {
     [[nodiscard]] virtual std::shared_ptr<ForeignOffer> current(WaylandSelection selection) const = 0;
     /// Told when `current` is another one.
     [[nodiscard]] virtual Handle onChange(std::function<void(WaylandSelection)> changed) = 0;
-    /// False when the compositor has ended it: nothing is read and nothing arrives any more.
+    /// False while there is none: nothing is read and nothing arrives.
     [[nodiscard]] virtual bool isAlive() const = 0;
     [[nodiscard]] virtual bool hasPrimary() const = 0;
 };

@@ -14,8 +14,8 @@ constexpr Duration primaryPatience = std::chrono::milliseconds(100);
 } // namespace
 
 std::unique_ptr<DataControlPasteboard> DataControlPasteboard::open(WaylandConnection& connection,
-                                                                   const WaylandSeat& seat, Clock& clock) {
-    auto device = DataControlDevice::open(connection, seat.seat());
+                                                                   WaylandSeat& seat, Clock& clock) {
+    auto device = DataControlDevice::open(connection, seat);
     if (!device) {
         return nullptr;
     }
@@ -34,20 +34,17 @@ DataControlPasteboard::~DataControlPasteboard() = default;
 QCoro::Task<PasteboardSnapshot> DataControlPasteboard::snapshot(TaskScope scope) {
     const auto read = co_await clipboard_.readAll(mostBytes, patience, scope);
     co_await rememberPrimary(scope);
-    form_ = formOf(read.content);
-    PasteboardSnapshot result = snapshotOf(read.content);
-    result.readable = read.readable;
-    co_return result;
+    co_return loans_.remember(read.content, read.readable);
 }
 
 QCoro::Task<void> DataControlPasteboard::rememberPrimary(TaskScope scope) {
-    primaryBefore_.reset();
+    loans_.primaryBefore.reset();
     if (!device_->hasPrimary()) {
         co_return;
     }
     const auto read = co_await primary_.readAll(mostPrimaryBytes, primaryPatience, scope);
     if (read.readable) {
-        primaryBefore_ = read.content;
+        loans_.primaryBefore = read.content;
     }
 }
 
@@ -55,71 +52,9 @@ QCoro::Task<std::optional<QString>> DataControlPasteboard::string(TaskScope scop
     return clipboard_.readText(mostBytes, std::move(scope));
 }
 
-void DataControlPasteboard::setString(const QString& text) {
-    if (isPrimaryLent_ && primary_.offer().own().text() == text) {
-        primary_.replace(ClipboardOffer(contentOfText(text)));
-        isPrimaryLent_ = false;
-    }
-    returnPrimary();
-    clipboard_.take(ClipboardOffer(contentOfText(text)));
-}
-
 void DataControlPasteboard::lend(PasteboardLoan loan) {
-    const auto text = contentOfBorrowedText(loan.text);
-    std::optional<ClipboardContent> previous;
-    if (loan.previous.readable) {
-        previous = contentOfSnapshot(loan.previous, form_);
-    }
-    clipboard_.take(ClipboardOffer::lent(text, loan.target, std::move(previous)));
-    if (loan.primaryToo && device_->hasPrimary()) {
-        primary_.take(ClipboardOffer::lent(text, loan.target, primaryBefore_));
-        isPrimaryLent_ = true;
-    } else {
-        returnPrimary();
-    }
-}
-
-void DataControlPasteboard::keysGoOut() {
-    clipboard_.keysGoOut();
-    primary_.keysGoOut();
-}
-
-LoanState DataControlPasteboard::loanState() const {
-    LoanState state{clipboard_.lastRequest(), clipboard_.isLost()};
-    if (isPrimaryLent_ && primary_.lastRequest() > state.lastRequest) {
-        state.lastRequest = primary_.lastRequest();
-    }
-    return state;
-}
-
-void DataControlPasteboard::restore(const PasteboardSnapshot& snapshot) {
-    returnPrimary();
-    if (!snapshot.readable) {
-        if (clipboard_.isOwned()) {
-            clipboard_.replace(ClipboardOffer(clipboard_.offer().own()));
-        }
-    } else if (snapshot.items.isEmpty()) {
-        clipboard_.release();
-    } else {
-        const auto* previous = clipboard_.offer().previous();
-        clipboard_.replace(ClipboardOffer(contentOfSnapshot(snapshot, previous ? *previous : form_)));
-    }
-}
-
-void DataControlPasteboard::returnPrimary() {
-    if (!isPrimaryLent_) {
-        return;
-    }
-    isPrimaryLent_ = false;
-    const auto* previous = primary_.offer().previous();
-    if (!primary_.isOwned() || previous == nullptr) {
-        return;
-    }
-    if (previous->isEmpty()) {
-        primary_.release();
-    } else {
-        primary_.replace(ClipboardOffer(*previous));
-    }
+    loan.primaryToo = loan.primaryToo && device_->hasPrimary();
+    loans_.lend(std::move(loan), true);
 }
 
 } // namespace lorvane

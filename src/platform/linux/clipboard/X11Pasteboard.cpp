@@ -38,8 +38,7 @@ X11Pasteboard::X11Pasteboard(std::unique_ptr<XcbConnection> connection, Clock& c
 
 X11Pasteboard::~X11Pasteboard() {
     primaryRead_ = TaskHandle();
-    returnPrimary();
-    giveBack(clipboard_);
+    loans_.end();
     handOver();
 }
 
@@ -57,20 +56,18 @@ QCoro::Task<PasteboardSnapshot> X11Pasteboard::snapshot(TaskScope scope) {
         primaryDone_ = done;
         co_await done.wait(scope);
     }
-    form_ = formOf(read.content);
-    PasteboardSnapshot result = snapshotOf(read.content);
-    result.readable = read.readable;
-    co_return result;
+    co_return loans_.remember(read.content, read.readable);
 }
 
 void X11Pasteboard::rememberPrimary() {
-    primaryBefore_.reset();
+    loans_.primaryBefore.reset();
     if (primary_.isOwned()) {
-        primaryBefore_ = primary_.offer().own();
+        loans_.primaryBefore = primary_.offer().own();
         return;
     }
     if (connection_->ownerOf(primary_.selection()) == XCB_WINDOW_NONE) {
-        primaryBefore_ = ClipboardContent(); // known at once, however late a busy machine lets us hear it
+        loans_.primaryBefore =
+            ClipboardContent(); // known at once, however late a busy machine lets us hear it
         return;
     }
     primaryRead_ = startTask([this](TaskScope scope) { return readPrimary(std::move(scope)); });
@@ -79,7 +76,7 @@ void X11Pasteboard::rememberPrimary() {
 QCoro::Task<void> X11Pasteboard::readPrimary(TaskScope scope) {
     const SelectionRead read = co_await primaryReader_.readAll(mostPrimaryBytes, scope);
     if (read.readable) {
-        primaryBefore_ = read.content;
+        loans_.primaryBefore = read.content;
     }
     const auto done = primaryDone_;
     done.complete(true);
@@ -95,75 +92,15 @@ QCoro::Task<std::optional<QString>> X11Pasteboard::string(TaskScope scope) {
     co_return text;
 }
 
-void X11Pasteboard::setString(const QString& text) {
-    if (isPrimaryLent_ && primary_.offer().own().text() == text) {
-        primary_.replace(ClipboardOffer(contentOfText(text)));
-        isPrimaryLent_ = false;
-    }
-    returnPrimary();
-    clipboard_.take(ClipboardOffer(contentOfText(text)));
-}
-
 void X11Pasteboard::lend(PasteboardLoan loan) {
     primaryRead_ = TaskHandle();
-    const auto text = contentOfBorrowedText(loan.text);
-    std::optional<ClipboardContent> previous;
-    if (loan.previous.readable) {
-        previous = contentOfSnapshot(loan.previous, form_);
-    }
-    clipboard_.take(ClipboardOffer::lent(text, loan.target, std::move(previous)));
-    if (loan.primaryToo) {
-        primary_.take(ClipboardOffer::lent(text, loan.target, primaryBefore_));
-        isPrimaryLent_ = true;
-    } else {
-        returnPrimary(); // an earlier loan's, if it is still out
-    }
+    loans_.lend(std::move(loan), false);
 }
 
-LoanState X11Pasteboard::loanState() const {
-    LoanState state;
-    state.lost = clipboard_.isLost();
-    state.lastRequest = clipboard_.lastRequest();
-    if (isPrimaryLent_ && primary_.lastRequest() > state.lastRequest) {
-        state.lastRequest = primary_.lastRequest();
-    }
-    return state;
-}
-
-void X11Pasteboard::restore(const PasteboardSnapshot& snapshot) {
-    returnPrimary();
-    if (!snapshot.readable) {
-        if (clipboard_.isOwned()) {
-            clipboard_.replace(ClipboardOffer(clipboard_.offer().own()));
-        }
-    } else if (snapshot.items.isEmpty()) {
-        clipboard_.release();
-    } else {
-        const auto* previous = clipboard_.offer().previous();
-        clipboard_.replace(ClipboardOffer(contentOfSnapshot(snapshot, previous ? *previous : form_)));
-    }
-}
-
-void X11Pasteboard::returnPrimary() {
-    if (!isPrimaryLent_) {
-        return;
-    }
-    isPrimaryLent_ = false;
-    giveBack(primary_);
-}
-
-void X11Pasteboard::giveBack(SelectionOwner& owner) {
-    if (!owner.isOwned() || !owner.offer().isLoan()) {
-        return;
-    }
-    const auto* previous = owner.offer().previous();
-    if (previous == nullptr) {
-        owner.replace(ClipboardOffer(owner.offer().own()));
-    } else if (previous->isEmpty()) {
-        owner.release();
-    } else {
-        owner.replace(ClipboardOffer(*previous));
-    }
+void X11Pasteboard::lendToAll(PasteboardLoan loan) {
+    primaryRead_ = TaskHandle();
+    loan.target = 0;
+    loans_.lend(std::move(loan), true);
 }
 
 void X11Pasteboard::handOver() {

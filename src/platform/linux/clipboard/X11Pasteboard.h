@@ -3,6 +3,7 @@
 
 #include "base/Clock.h"
 #include "core/Pasteboard.h"
+#include "platform/linux/clipboard/ClipboardLoans.h"
 #include "platform/linux/clipboard/IncrementalSender.h"
 #include "platform/linux/clipboard/ReadingWindows.h"
 #include "platform/linux/clipboard/SelectionOwner.h"
@@ -31,20 +32,22 @@ class X11Pasteboard final : public Pasteboard {
     QCoro::Task<PasteboardSnapshot> snapshot(TaskScope scope) override;
     QCoro::Task<std::optional<QString>> string(TaskScope scope) override;
     /// Ends a loan; the middle mouse button keeps a borrowed text when it is this very text.
-    void setString(const QString& text) override;
+    void setString(const QString& text) override { loans_.setString(text); }
     /// The selection of the middle mouse button is given back as it was at the time of the last `snapshot`.
     void lend(PasteboardLoan loan) override;
-    [[nodiscard]] LoanState loanState() const override;
+    /// For a target that others ask on behalf of: until `keysGoOut` everyone is served the old text, then the
+    /// lent one.
+    void lendToAll(PasteboardLoan loan);
+    void keysGoOut() { loans_.keysGoOut(); }
+    [[nodiscard]] LoanState loanState() const override { return loans_.state(); }
     /// A copy that another program has made meanwhile stays, unless `string` has read it: then the caller
     /// knows what it replaces. An unreadable snapshot leaves the text of a loan to everyone.
-    void restore(const PasteboardSnapshot& snapshot) override;
+    void restore(const PasteboardSnapshot& snapshot) override { loans_.restore(snapshot); }
 
  private:
     X11Pasteboard(std::unique_ptr<XcbConnection> connection, Clock& clock);
     void rememberPrimary();
     QCoro::Task<void> readPrimary(TaskScope scope);
-    void returnPrimary();
-    static void giveBack(SelectionOwner& owner);
     void handOver();
 
     std::unique_ptr<XcbConnection> connection_;
@@ -55,11 +58,7 @@ class X11Pasteboard final : public Pasteboard {
     SelectionOwner primary_;
     SelectionReader clipboardReader_;
     SelectionReader primaryReader_;
-    /// The order and the property types of what was read last; a snapshot does not carry them.
-    ClipboardContent form_;
-    /// What the middle mouse button had at the last snapshot; nothing when it was not readable in time.
-    std::optional<ClipboardContent> primaryBefore_;
-    bool isPrimaryLent_ = false;
+    ClipboardLoans loans_{clipboard_, primary_};
     Completion<bool> primaryDone_;
     TaskHandle primaryRead_;
 };

@@ -20,6 +20,33 @@ TEST(ClipboardOffer, ATextForEveryoneIsOfferedToEveryone) {
     EXPECT_FALSE(offer.isLoan());
 }
 
+TEST(ClipboardOffer, ATextThatIsHeldBackIsTheOldOneUnderTheSameTypes) {
+    auto offer = ClipboardOffer::lent(lentText, editor, oldText);
+    offer.holdBack();
+    const auto held = offer.forRequestor(editor);
+    EXPECT_EQ(held.text(), QStringLiteral("old"));
+    EXPECT_EQ(formOf(held), formOf(lentText));
+    EXPECT_FALSE(offer.isBorrower(editor));
+    EXPECT_EQ(*offer.previous(), oldText) << "what is given back stays as it was";
+    offer.letOut();
+    EXPECT_EQ(offer.forRequestor(editor), lentText);
+    EXPECT_TRUE(offer.isBorrower(editor));
+}
+
+TEST(ClipboardOffer, WithoutAnOldTextAnEmptyOneIsOfferedMeanwhile) {
+    auto offer = ClipboardOffer::lent(lentText, 0, ClipboardContent{{{"image/png", "png", "image/png", 8}}});
+    offer.holdBack();
+    EXPECT_EQ(offer.forRequestor(std::nullopt).text(), QString());
+    EXPECT_EQ(offer.forRequestor(std::nullopt).find("image/png"), nullptr);
+}
+
+TEST(ClipboardOffer, WhatCouldNotBeReadIsNotOfferedMeanwhile) {
+    auto offer = ClipboardOffer::lent(lentText, 0, std::nullopt);
+    offer.holdBack();
+    EXPECT_EQ(offer.forRequestor(std::nullopt), lentText);
+    EXPECT_FALSE(offer.isBorrower(std::nullopt)) << "before the keys nobody is the target";
+}
+
 TEST(ClipboardOffer, OnlyTheTargetIsOfferedALentText) {
     const auto offer = ClipboardOffer::lent(lentText, editor, oldText);
     EXPECT_EQ(offer.forRequestor(editor), lentText);

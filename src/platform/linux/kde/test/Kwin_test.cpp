@@ -9,6 +9,7 @@
 #include "platform/linux/kde/KdeEditingKeys.h"
 #include "platform/linux/kde/KdeHoldRoad.h"
 #include "platform/linux/kde/KdePasteKeys.h"
+#include "platform/linux/kde/PlasmaWindows.h"
 #include "support/Corpus.h"
 #include "support/DesktopApps.h"
 #include "support/FieldReader.h"
@@ -73,7 +74,7 @@ void setUpSession() {
     write(method, head + INPUT_METHOD_HELPER "\nX-KDE-Wayland-VirtualKeyboard=true\n", QIODevice::WriteOnly);
     write(entries + QStringLiteral("kwin-test.desktop"),
           head + QCoreApplication::applicationFilePath().toUtf8() +
-              "\nX-KDE-Wayland-Interfaces=org_kde_kwin_fake_input\n",
+              "\nX-KDE-Wayland-Interfaces=org_kde_kwin_fake_input,org_kde_plasma_window_management\n",
           QIODevice::WriteOnly);
     write(config + QStringLiteral("/kwinrc"), "\n[Wayland]\nInputMethod=" + method.toUtf8() + '\n',
           QIODevice::Append);
@@ -315,6 +316,23 @@ TEST_F(KwinTest, PastesByTheKeysOfEachKind) {
     EXPECT_EQ(app->waitForText(text), text);
     copy.kill();
     copy.waitForFinished();
+}
+
+TEST_F(KwinTest, TellsWhichWindowHasTheKeyboard) {
+    const PlasmaWindows windows(wayland);
+    const auto isActive = [&](const DesktopApp& app, const QString& id) {
+        return waitUntil([&] { return windows.active() == WindowIdentity{id, app.pid()}; });
+    };
+    const auto first = DesktopApp::mousepad();
+    EXPECT_TRUE(isActive(*first, QStringLiteral("mousepad")))
+        << windows.active()->applicationId.toStdString();
+    const auto second = DesktopApp::gnomeTextEditor();
+    EXPECT_TRUE(isActive(*second, QStringLiteral("org.gnome.TextEditor")));
+    second->kill();
+    EXPECT_TRUE(waitUntil([&] {
+        const auto now = windows.active();
+        return !now || now->applicationId != QLatin1String("org.gnome.TextEditor");
+    }));
 }
 
 TEST_F(KwinTest, AimIsTakenOnceTheModifiersAreUp) {

@@ -44,8 +44,8 @@ int main(int argc, char** argv) {
     DiagnosticLog log(clock, std::nullopt);
     WaylandConnection connection(log);
     connection.awaitGlobals(clock, std::chrono::seconds(10));
-    const WaylandSeat seat(connection);
-    const auto device = DataControlDevice::open(connection, seat.seat());
+    WaylandSeat seat(connection);
+    const auto device = DataControlDevice::open(connection, seat);
     if (!device) {
         say("no data control");
         return 1;
