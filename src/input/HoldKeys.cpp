@@ -26,4 +26,19 @@ std::uint32_t modifierMaskOf(int code) {
     }
 }
 
+int leftTwinOf(int code) {
+    switch (code) {
+    case keyCode::rightCommand:
+        return keyCode::leftCommand;
+    case keyCode::rightOption:
+        return keyCode::leftOption;
+    case keyCode::rightShift:
+        return keyCode::leftShift;
+    case keyCode::rightControl:
+        return keyCode::leftControl;
+    default:
+        return 0;
+    }
+}
+
 } // namespace lorvane

@@ -76,10 +76,13 @@ class HoldRoad {
     /// tells nothing until it is back. The observer may begin and end watches.
     [[nodiscard]] virtual Handle watch(std::vector<int> keyCodes,
                                        std::function<void(const HoldEdge&)> observer) = 0;
+    /// Whether a watched key is watched in truth: who tells of it has taken the watch. Only then is the key
+    /// counted on. True at once where nobody has to take it. A change is told by `onChange`.
+    [[nodiscard]] virtual bool isInForce(int /*keyCode*/) const { return true; }
     /// Whether that key (either side where sides are not told apart) is down now; absent when it cannot be
     /// asked. Answers within 150 ms.
     virtual QCoro::Task<std::optional<bool>> isHeld(int keyCode, TaskScope scope) = 0;
-    /// Told after `offer` has changed.
+    /// Told after `offer` or `isInForce` has changed.
     [[nodiscard]] virtual Handle onChange(std::function<void()> changed) = 0;
 };
 

@@ -15,6 +15,7 @@ HoldRoadKeyEvents::HoldRoadKeyEvents(const Foundation& foundation, std::vector<H
     : clock_(foundation.clock), preferences_(foundation.preferences), log_(foundation.log),
       roads_(std::move(roads)), programHasFocus_(std::move(programHasFocus)) {
     for (HoldRoad* const road : roads_) {
+        states_[road].offer = road->offer();
         states_[road].change = road->onChange([this, road] { roadChanged(*road); });
     }
     for (const auto* const key : {&preference::hotkey, &preference::toggleHotkey}) {
@@ -85,14 +86,17 @@ void HoldRoadKeyEvents::followSoon() {
 }
 
 void HoldRoadKeyEvents::roadChanged(HoldRoad& road) {
-    states_.at(&road).blindTo.clear();
+    RoadState& state = states_.at(&road);
+    if (HoldOffer offer = road.offer(); offer != state.offer) {
+        state.offer = std::move(offer);
+        state.blindTo.clear();
+    }
     followSoon();
 }
 
 void HoldRoadKeyEvents::follow() {
     const std::vector<Choice> choices = wanted();
     dropAllBut(choices);
-    QStringList taken;
     std::map<HoldRoad*, std::vector<int>> keys;
     for (const Choice& choice : choices) {
         const int code = choice.key.keyCode;
@@ -104,21 +108,28 @@ void HoldRoadKeyEvents::follow() {
                     HoldPressListener{
                         [this, code](bool isDown, Instant time) { moved(code, isDown, time); },
                         [this](Instant time) { deliver(KeyEventKind::keyDown, firstOtherKeyCode, time); }});
-                taken.append(
-                    QStringLiteral("[tirra-keys] key %1 comes by %2").arg(code).arg(choice.road->name()));
             }
-            watched_.emplace(code, Watched{choice, std::move(press)});
+            watched_.emplace(code, Watched{choice, std::move(press), false});
         }
         keys[choice.road].push_back(code);
     }
     for (HoldRoad* const road : roads_) {
         watch(*road, std::move(keys[road]));
     }
-    // Whoever reads it may count on the key.
-    for (const QString& line : taken) {
-        log_.diagLog(line);
-    }
+    announce();
     roadsChanged_.emit();
+}
+
+// Whoever reads it may count on the key.
+void HoldRoadKeyEvents::announce() {
+    for (auto& [code, watched] : watched_) {
+        const HoldRoad& road = *watched.choice.road;
+        const bool isInForce = road.isInForce(code);
+        if (watched.press && isInForce && !watched.isAnnounced) {
+            log_.diagLog(QStringLiteral("[tirra-keys] key %1 comes by %2").arg(code).arg(road.name()));
+        }
+        watched.isAnnounced = isInForce;
+    }
 }
 
 void HoldRoadKeyEvents::dropAllBut(const std::vector<Choice>& choices) {

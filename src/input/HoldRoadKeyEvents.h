@@ -57,12 +57,15 @@ class HoldRoadKeyEvents final : public KeyEvents {
         Choice choice;
         /// None for Escape, which is told like any other key.
         std::unique_ptr<HoldPress> press;
+        /// The log has said that it is in force.
+        bool isAnnounced = false;
     };
     struct RoadState {
         std::vector<int> keys;
         Handle watch;
         Handle change;
-        /// Keys whose holding it turned out not to see.
+        HoldOffer offer;
+        /// Keys whose holding it turned out not to see, as long as it offers the same.
         std::set<int> blindTo;
     };
 
@@ -75,6 +78,7 @@ class HoldRoadKeyEvents final : public KeyEvents {
     void followSoon();
     void dropAllBut(const std::vector<Choice>& choices);
     void watch(HoldRoad& road, std::vector<int> keys);
+    void announce();
     void roadChanged(HoldRoad& road);
 
     void handleEdge(HoldRoad& road, const HoldEdge& edge);

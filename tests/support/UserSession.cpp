@@ -69,4 +69,11 @@ void beSetUp() {
         chooseInputMethod();
 }
 
+void showModifiersToX(bool wanted) {
+    const ToolResult done = runProgram({QStringLiteral("setup"), QStringLiteral("hold"),
+                                        wanted ? QStringLiteral("--yes") : QStringLiteral("--undo")});
+    if (done.status != 0)
+        throw std::runtime_error("lorvane setup hold: " + (done.output + done.errors).toStdString());
+}
+
 } // namespace lorvane::session

@@ -25,6 +25,8 @@ qint64 compositor();
 // What the program's user has done once in this kind of session, as docs/desktops.md tells: the extension of
 // the GNOME Shell is on, and KWin knows the program's desktop entry. Does it at the first call in a process.
 void beSetUp();
+// Lets KWin show programs of X11 the modifiers, by the program's own setup, or takes that back.
+void showModifiersToX(bool wanted);
 } // namespace session
 
 } // namespace lorvane

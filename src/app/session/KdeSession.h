@@ -10,7 +10,10 @@
 #include "platform/linux/kde/KdeHoldRoad.h"
 #include "platform/linux/kde/KdeLayout.h"
 #include "platform/linux/kde/KdePasteKeys.h"
+#include "platform/linux/kde/KwinKeySight.h"
 #include "platform/linux/kde/PlasmaWindows.h"
+#include "platform/linux/kde/SidedHoldRoad.h"
+#include "platform/linux/x11/X11HoldRoad.h"
 
 namespace lorvane {
 
@@ -25,6 +28,9 @@ class KdeSession {
 
  private:
     [[nodiscard]] KdeKeyboard keyboard();
+    [[nodiscard]] bool isShown(XKeySight keys) const;
+    [[nodiscard]] ModifierSight modifierSight();
+    void followSight();
     [[nodiscard]] std::vector<std::uint32_t> chordFor(PasteRoute route) const;
     [[nodiscard]] QString fakeInputObstacle() const;
     [[nodiscard]] QString helperObstacle();
@@ -35,10 +41,16 @@ class KdeSession {
     SeatKeymap keymap_;
     KdeLayout layout_;
     KdeHoldRoad shortcuts_;
+    KwinKeySight sight_;
+    X11RawKeys xKeys_;
+    X11HoldRoad shown_;
+    SidedHoldRoad sided_;
     KdePasteKeys pasteKeys_;
     KdeEditingKeys editingKeys_;
     HelperLink helper_;
     InputMethodV1Poster inputMethod_;
+    Handle sightChange_;
+    Handle serviceChange_;
 };
 
 } // namespace lorvane

@@ -3,6 +3,8 @@
 
 #include <QFile>
 
+#include <unistd.h>
+
 namespace lorvane {
 
 const wl_keyboard_listener SeatKeymap::listener = {
@@ -38,6 +40,9 @@ void SeatKeymap::follow() {
 void SeatKeymap::takeKeymap(std::uint32_t format, int descriptor, std::uint32_t size) {
     QFile file;
     const bool isOpen = file.open(descriptor, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle);
+    if (!isOpen) {
+        close(descriptor); // it is ours whatever becomes of it
+    }
     const uchar* const text = isOpen && format == WL_KEYBOARD_KEYMAP_FORMAT_XKB_V1
                                   ? file.map(0, size, QFileDevice::MapPrivateOption)
                                   : nullptr;

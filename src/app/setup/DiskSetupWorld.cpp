@@ -18,17 +18,39 @@ namespace {
 
 constexpr int programPatience = 10000; // milliseconds
 
-} // namespace
-
-std::optional<QByteArray> DiskSetupWorld::read(const QString& path) const {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? std::optional(file.readAll()) : std::nullopt;
+/// A link stays a link: its target is written.
+QString targetOf(const QString& path) {
+    const QFileInfo info(path);
+    return info.isSymLink() ? info.symLinkTarget() : path;
 }
 
-// A link stays a link: its target is written.
+} // namespace
+
+Result<std::optional<QByteArray>, QString> DiskSetupWorld::read(const QString& path) const {
+    QFile file(path);
+    if (!QFileInfo::exists(path) && !QFileInfo(path).isSymLink()) {
+        return std::optional<QByteArray>();
+    }
+    if (!file.open(QIODevice::ReadOnly)) {
+        return failure(file.errorString());
+    }
+    QByteArray content = file.readAll();
+    if (file.error() != QFile::NoError) {
+        return failure(file.errorString());
+    }
+    return std::optional(std::move(content));
+}
+
+QStringList DiskSetupWorld::foldersToMake(const QString& path) const {
+    QStringList folders;
+    for (QFileInfo folder(targetOf(path)); !(folder = QFileInfo(folder.path())).exists();) {
+        folders.prepend(folder.filePath());
+    }
+    return folders;
+}
+
 bool DiskSetupWorld::write(const QString& path, const QByteArray& content) {
-    const QFileInfo info(path);
-    const QString target = info.isSymLink() ? info.symLinkTarget() : path;
+    const QString target = targetOf(path);
     if (!QDir().mkpath(QFileInfo(target).path())) {
         return false;
     }
@@ -36,13 +58,12 @@ bool DiskSetupWorld::write(const QString& path, const QByteArray& content) {
     return file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.commit();
 }
 
-bool DiskSetupWorld::remove(const QString& path) {
+bool DiskSetupWorld::remove(const QString& path, const QStringList& folders) {
     if (QFile::exists(path) && !QFile::remove(path)) {
         return false;
     }
-    const QDir folder = QFileInfo(path).dir();
-    if (folder.isEmpty()) {
-        folder.rmdir(folder.path());
+    for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder) {
+        QDir().rmdir(*folder);
     }
     return true;
 }

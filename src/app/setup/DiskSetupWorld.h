@@ -14,9 +14,10 @@ class DiskSetupWorld final : public SetupWorld {
     DiskSetupWorld(const Foundation& foundation, QDBusConnection session)
         : foundation_(foundation), session_(std::move(session)) {}
 
-    [[nodiscard]] std::optional<QByteArray> read(const QString& path) const override;
+    [[nodiscard]] Result<std::optional<QByteArray>, QString> read(const QString& path) const override;
+    [[nodiscard]] QStringList foldersToMake(const QString& path) const override;
     bool write(const QString& path, const QByteArray& content) override;
-    bool remove(const QString& path) override;
+    bool remove(const QString& path, const QStringList& folders) override;
     std::optional<QByteArray> run(const QStringList& command) override;
     QString placeShellExtension(bool wanted) override;
     void switchDevices(bool on) override;

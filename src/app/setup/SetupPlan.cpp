@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/setup/SetupPlan.h"
 
+#include "app/setup/DesktopEntry.h"
+
 namespace lorvane {
 
 namespace {
@@ -47,14 +49,23 @@ SetupPlan planShellExtension(const SetupFacts& facts, const Localisation& words)
     return plan;
 }
 
-std::vector<QStringList> kwinLooksAgain() {
-    return {{QStringLiteral("dbus-send"), QStringLiteral("--session"), QStringLiteral("--dest=org.kde.KWin"),
-             QStringLiteral("/KWin"), QStringLiteral("org.kde.KWin.reconfigure")}};
+QStringList kwinLooksAgain() {
+    return {QStringLiteral("dbus-send"),
+            QStringLiteral("--session"),
+            QStringLiteral("--type=method_call"),
+            QStringLiteral("--dest=org.kde.KWin"),
+            QStringLiteral("/KWin"),
+            QStringLiteral("org.kde.KWin.reconfigure")};
 }
 
-// KWin reads this one key anew only when it is told of it as KDE's settings do: a dictionary of groups and
-// keys, the names as bytes without an end ("InputMethod").
-QStringList kwinHearsOfInputMethod() {
+// As KDE's settings tell of a change: a dictionary of groups and keys, the names as bytes without an end.
+// KWin reads some keys anew only then, and Lorvane, if it runs, hears of it too.
+QStringList kwinHearsOf(const SetupKey& key) {
+    QStringList bytes;
+    for (const char byte : key.key) {
+        bytes.append(
+            QStringLiteral("0x%1").arg(static_cast<unsigned char>(byte), 0, 16)); // NOLINT(*-magic-numbers)
+    }
     return {QStringLiteral("gdbus"),
             QStringLiteral("emit"),
             QStringLiteral("--session"),
@@ -62,7 +73,33 @@ QStringList kwinHearsOfInputMethod() {
             QStringLiteral("/kwinrc"),
             QStringLiteral("--signal"),
             QStringLiteral("org.kde.kconfig.notify.ConfigChanged"),
-            QStringLiteral("{'Wayland': [[byte 0x49,0x6e,0x70,0x75,0x74,0x4d,0x65,0x74,0x68,0x6f,0x64]]}")};
+            QStringLiteral("{'%1': [[byte %2]]}")
+                .arg(QString::fromUtf8(key.group), bytes.join(QLatin1Char(',')))};
+}
+
+SetupPlan planModifierSight(const SetupFacts& facts, const Localisation& words) {
+    if (facts.showsModifiers) {
+        return nothingToDo(words.text(QStringLiteral(
+            "Nothing is missing: Ctrl, Alt and Shift can be held, and left and right are told apart.")));
+    }
+    if (!facts.hasX) {
+        return nothingToDo(words.text(QStringLiteral(
+            "Nothing is missing: Ctrl, Alt and Shift can be held as it is. Left and right are not told "
+            "apart; "
+            "to have that, let Lorvane read the keyboards: lorvane setup hold --key-devices")));
+    }
+    SetupPlan plan;
+    plan.told = {
+        words.text(QStringLiteral("Ctrl, Alt and Shift can be held as it is, but left and right are not told "
+                                  "apart, and a tap of one starts nothing.")),
+        words.text(QStringLiteral("KWin will show programs of X11, Lorvane among them, when Ctrl, Alt and "
+                                  "Shift go down and up, and "
+                                  "nothing else that is typed (System Settings, Legacy X11 App Support)."))};
+    plan.keys = {
+        {facts.configFolder + QStringLiteral("/kwinrc"), "Xwayland", "XwaylandEavesdrops", "Modifiers"}};
+    plan.refreshes = {kwinLooksAgain(), kwinHearsOf(plan.keys.front())};
+    plan.afterwards = {words.text(QStringLiteral("It is in force at once, no new login is needed."))};
+    return plan;
 }
 
 SetupPlan planHold(const SetupFacts& facts, const Localisation& words) {
@@ -79,20 +116,12 @@ SetupPlan planHold(const SetupFacts& facts, const Localisation& words) {
     case SetupDesktop::gnome:
         return planShellExtension(facts, words);
     case SetupDesktop::kde:
-        return nothingToDo(words.text(QStringLiteral(
-            "Nothing is missing: Ctrl, Alt and Shift can be held as it is. Left and right are not told "
-            "apart; "
-            "to have that, let Lorvane read the keyboards: lorvane setup hold --key-devices")));
+        return planModifierSight(facts, words);
     default:
         return nothingToDo(words.text(QStringLiteral(
             "This desktop shows no held keys of its own accord. Either bind start, stop and toggle as below, "
             "or let Lorvane read the keyboards: lorvane setup hold --key-devices")));
     }
-}
-
-QByteArray desktopFile(const QString& name, const QString& program, const QByteArray& more) {
-    return "[Desktop Entry]\nType=Application\nName=" + name.toUtf8() + "\nExec=" + program.toUtf8() +
-           "\nNoDisplay=true\n" + more + '\n';
 }
 
 // A package brings entries that name its programs; what runs from elsewhere needs some of its own.
@@ -104,17 +133,17 @@ SetupPlan planKdeTyping(const SetupFacts& facts, const Localisation& words) {
         plan.told = {
             words.text(QStringLiteral("Lorvane will be allowed to press keys, so that it can paste."))};
         plan.files.push_back({folder + QStringLiteral("kwin.desktop"),
-                              desktopFile(QStringLiteral("Lorvane"), facts.program,
-                                          "X-KDE-Wayland-Interfaces=org_kde_kwin_fake_input,"
-                                          "org_kde_plasma_window_management")});
+                              hiddenDesktopEntry(QStringLiteral("Lorvane"), facts.program,
+                                                 "X-KDE-Wayland-Interfaces=org_kde_kwin_fake_input,"
+                                                 "org_kde_plasma_window_management")});
         plan.refreshes = {{QStringLiteral("kbuildsycoca6")}, {QStringLiteral("kbuildsycoca5")}};
         plan.afterwards = {
             words.text(QStringLiteral("Start Lorvane again: it is known to the desktop then."))};
     }
     if (entry.isEmpty() && !facts.inputMethod.isEmpty()) {
         entry = folder + QStringLiteral("inputmethod.desktop");
-        plan.files.push_back({entry, desktopFile(QStringLiteral("Lorvane"), facts.inputMethod,
-                                                 "X-KDE-Wayland-VirtualKeyboard=true")});
+        plan.files.push_back({entry, hiddenDesktopEntry(QStringLiteral("Lorvane"), facts.inputMethod,
+                                                        "X-KDE-Wayland-VirtualKeyboard=true")});
     }
     if (!entry.isEmpty()) {
         plan.keys.push_back(
@@ -123,10 +152,8 @@ SetupPlan planKdeTyping(const SetupFacts& facts, const Localisation& words) {
             QStringLiteral("Lorvane will become the virtual keyboard (System Settings, Virtual Keyboard), so "
                            "that it can type into browsers. It takes the place of any other input method.")));
     }
-    for (QStringList& command : kwinLooksAgain()) {
-        plan.refreshes.push_back(std::move(command));
-    }
-    plan.refreshes.push_back(kwinHearsOfInputMethod());
+    plan.refreshes.push_back(kwinLooksAgain());
+    plan.refreshes.push_back(kwinHearsOf({{}, "Wayland", "InputMethod", {}}));
     return plan;
 }
 

@@ -34,6 +34,9 @@ struct SetupFacts {
     QString inputMethodEntry;
     /// What KWin has as its virtual keyboard now.
     QString chosenInputMethod;
+    /// There is an X server beside KWin, and KWin shows it the modifiers (or more) already.
+    bool hasX = false;
+    bool showsModifiers = false;
     /// The user asked for key devices.
     bool keyDevices = false;
     bool mayReadDevices = false;

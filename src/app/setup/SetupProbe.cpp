@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/setup/SetupProbe.h"
 
-#include "app/setup/IniEdit.h"
+#include "app/setup/DesktopEntry.h"
+#include "base/IniEdit.h"
 #include "platform/linux/evdev/InputFolder.h"
+#include "platform/linux/kde/KwinKeySight.h"
 #include "platform/linux/portal/PortalRequests.h"
 
 #include <QCoreApplication>
@@ -100,7 +102,7 @@ QString inputMethodEntry(const QString& helper, const QStringList& folders) {
         QString entry = folder + QStringLiteral("/com.ostrand.tirra.inputmethod.desktop");
         QFile file(entry);
         if (!helper.isEmpty() && file.open(QIODevice::ReadOnly) &&
-            file.readAll().contains("\nExec=" + helper.toUtf8() + '\n')) {
+            file.readAll().contains("\nExec=" + execWord(helper) + '\n')) {
             return entry;
         }
     }
@@ -122,6 +124,8 @@ SetupFacts probeSetup(const QDBusConnection& session) {
     // The user's own folder is not looked at: what stands there is what a setup writes.
     facts.inputMethodEntry = inputMethodEntry(
         facts.inputMethod, QStandardPaths::standardLocations(QStandardPaths::ApplicationsLocation).mid(1));
+    facts.hasX = !qEnvironmentVariableIsEmpty("DISPLAY");
+    facts.showsModifiers = KwinKeySight(session).sight() != XKeySight::none;
     facts.mayReadDevices = InputFolder().access() != KeyDevices::Access::refused;
     facts.userName = qEnvironmentVariable("USER", QStringLiteral("$USER"));
     if (facts.desktop == SetupDesktop::gnome) {

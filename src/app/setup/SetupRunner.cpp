@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/setup/SetupRunner.h"
 
-#include "app/setup/IniEdit.h"
+#include "base/IniEdit.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -21,6 +21,11 @@ const QString groupField = QStringLiteral("group");
 const QString keyField = QStringLiteral("key");
 const QString lineField = QStringLiteral("line");
 const QString commandsField = QStringLiteral("commands");
+const QString foldersField = QStringLiteral("folders");
+
+QStringList stringsOf(const QJsonValue& list) {
+    return QVariant(list.toArray().toVariantList()).toStringList();
+}
 
 QJsonValue asBase64(const std::optional<QByteArray>& content) {
     return content ? QJsonValue(QString::fromLatin1(content->toBase64())) : QJsonValue();
@@ -68,7 +73,11 @@ void SetupRunner::placeShellExtension(bool wanted) {
 }
 
 void SetupRunner::applyKey(const SetupKey& key) {
-    const QByteArray file = world_.read(key.path).value_or(QByteArray());
+    const auto reading = world_.read(key.path);
+    if (!reading) {
+        return refuse(key.path, reading.error());
+    }
+    const QByteArray file = reading->value_or(QByteArray());
     const auto line = iniLine(file, key.group, key.key);
     replace(key.path, withIniLine(file, key.group, key.key, key.key + '=' + key.value),
             {{kindField, QStringLiteral("key")},
@@ -80,12 +89,16 @@ void SetupRunner::applyKey(const SetupKey& key) {
 // The journal first: what cannot be taken back is not done.
 void SetupRunner::replace(const QString& path, const QByteArray& content, QJsonObject done) {
     const auto before = world_.read(path);
-    if (before == content) {
+    if (!before) {
+        return refuse(path, before.error());
+    }
+    if (*before == content) {
         return;
     }
     done.insert(pathField, path);
-    done.insert(beforeField, asBase64(before));
+    done.insert(beforeField, asBase64(*before));
     done.insert(afterField, asBase64(content));
+    done.insert(foldersField, QJsonArray::fromStringList(world_.foldersToMake(path)));
     if (note(done) && !world_.write(path, content)) {
         problems_.append(path);
     }
@@ -93,19 +106,27 @@ void SetupRunner::replace(const QString& path, const QByteArray& content, QJsonO
 
 QStringList SetupRunner::undo() {
     problems_.clear();
-    const QJsonArray done = journal();
+    const auto done = journal();
+    if (!done) {
+        refuse(journal_, done.error());
+        return std::exchange(problems_, {});
+    }
     std::vector<QStringList> commands;
-    for (qsizetype i = done.size() - 1; i >= 0; --i) {
-        const QJsonObject one = done.at(i).toObject();
+    QStringList folders;
+    for (qsizetype i = done->size() - 1; i >= 0; --i) {
+        const QJsonObject one = done->at(i).toObject();
         const QJsonArray its = one.value(commandsField).toArray();
         for (const auto& command : its) {
-            commands.push_back(QVariant(command.toArray().toVariantList()).toStringList());
+            commands.push_back(stringsOf(command));
+        }
+        if (one.value(kindField).toString() == QLatin1String("journal")) {
+            folders = stringsOf(one.value(foldersField));
         }
         undoOne(one);
     }
     refresh(commands);
     if (problems_.isEmpty()) {
-        world_.remove(journal_);
+        world_.remove(journal_, folders);
     }
     return std::exchange(problems_, {});
 }
@@ -126,14 +147,19 @@ void SetupRunner::undoOne(const QJsonObject& done) {
 void SetupRunner::undoFile(const QJsonObject& done) {
     const QString path = done.value(pathField).toString();
     const auto before = fromBase64(done.value(beforeField));
-    const auto now = world_.read(path);
+    const auto reading = world_.read(path);
+    if (!reading) {
+        return refuse(path, reading.error());
+    }
+    const std::optional<QByteArray>& now = *reading;
     if (!now || now == before) {
         return;
     }
     const bool isOurs = now == fromBase64(done.value(afterField));
     bool worked = true;
     if (isOurs) {
-        worked = before ? world_.write(path, *before) : world_.remove(path);
+        worked =
+            before ? world_.write(path, *before) : world_.remove(path, stringsOf(done.value(foldersField)));
     } else if (done.value(kindField).toString() == QLatin1String("key")) {
         worked = world_.write(path, withIniLine(*now, done.value(groupField).toString().toUtf8(),
                                                 done.value(keyField).toString().toUtf8(),
@@ -152,19 +178,39 @@ void SetupRunner::refresh(const std::vector<QStringList>& commands) {
     }
 }
 
-bool SetupRunner::hasAnythingToUndo() const { return !journal().isEmpty(); }
+void SetupRunner::refuse(const QString& path, const QString& reason) {
+    problems_.append(QStringLiteral("%1 (%2)").arg(path, reason));
+}
 
-QJsonArray SetupRunner::journal() const {
-    return QJsonDocument::fromJson(world_.read(journal_).value_or(QByteArray())).array();
+// One that cannot be read is tried, and named.
+bool SetupRunner::hasAnythingToUndo() const {
+    const auto done = journal();
+    return !done || !done->isEmpty();
+}
+
+Result<QJsonArray, QString> SetupRunner::journal() const {
+    const auto file = world_.read(journal_);
+    if (!file) {
+        return failure(file.error());
+    }
+    return QJsonDocument::fromJson(file->value_or(QByteArray())).array();
 }
 
 bool SetupRunner::note(const QJsonObject& done) {
-    QJsonArray all = journal();
-    if (all.contains(done)) {
+    auto all = journal();
+    if (!all) {
+        refuse(journal_, all.error());
+        return false;
+    }
+    if (all->contains(done)) {
         return true;
     }
-    all.append(done);
-    const bool isWritten = world_.write(journal_, QJsonDocument(all).toJson());
+    if (all->isEmpty()) {
+        all->append(QJsonObject{{kindField, QStringLiteral("journal")},
+                                {foldersField, QJsonArray::fromStringList(world_.foldersToMake(journal_))}});
+    }
+    all->append(done);
+    const bool isWritten = world_.write(journal_, QJsonDocument(*all).toJson());
     if (!isWritten) {
         problems_.append(journal_);
     }

@@ -31,7 +31,8 @@ class SetupRunner {
     void undoFile(const QJsonObject& done);
     void undoOne(const QJsonObject& done);
     void refresh(const std::vector<QStringList>& commands);
-    [[nodiscard]] QJsonArray journal() const;
+    void refuse(const QString& path, const QString& reason);
+    [[nodiscard]] Result<QJsonArray, QString> journal() const;
 
     SetupWorld& world_;
     QString journal_;

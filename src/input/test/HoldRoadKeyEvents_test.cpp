@@ -217,8 +217,34 @@ TEST_F(HoldRoadKeyEventsTest, RoadThatIsBlindToHoldingIsPassedOverUntilItChanges
     EXPECT_EQ(keys.holdRoad(), &second);
     hold(second, control, 500);
     EXPECT_EQ(gestures, QStringList({"began", "ended"}));
+    best.setInForce(control, false);
+    base.clock.settle();
+    EXPECT_EQ(keys.holdRoad(), &second) << "it offers what it did";
+    offers(best, {});
     offers(best, offerOf({control}, ChordSight::endsHold));
     EXPECT_EQ(keys.holdRoad(), &best);
+}
+
+TEST_F(HoldRoadKeyEventsTest, KeyIsLoggedOnceItsWatchIsInForce) {
+    const QString line = QStringLiteral("[tirra-keys] key 62 comes by third");
+    FakeHoldRoad third{base.clock, "third", offerOf({control}, ChordSight::told)};
+    third.setInForce(control, false);
+    HoldRoadKeyEvents slow(base.foundation, {&third}, [] { return false; });
+    const auto lines = [&] { return base.lines.filter(line).size(); };
+    const Handle watch = slow.addGlobalMonitor(KeyEventKind::flagsChanged, [](const KeyEvent&) {});
+    base.clock.settle();
+    EXPECT_EQ(third.watched(), std::vector({control}));
+    EXPECT_EQ(lines(), 0) << "the service has not answered";
+    third.setInForce(control, true);
+    base.clock.settle();
+    EXPECT_EQ(lines(), 1);
+    offers(third, offerOf({control, shift}, ChordSight::told));
+    EXPECT_EQ(lines(), 1);
+    third.setInForce(control, false);
+    base.clock.settle();
+    third.setInForce(control, true);
+    base.clock.settle();
+    EXPECT_EQ(lines(), 2) << "it was lost in between";
 }
 
 TEST_F(HoldRoadKeyEventsTest, EscapeIsWatchedOnlyWhileALocalMonitorWantsKeys) {

@@ -20,6 +20,7 @@ class FakeHoldRoad final : public HoldRoad {
     [[nodiscard]] HoldOffer offer() const override { return offer_; }
     [[nodiscard]] Handle watch(std::vector<int> keyCodes,
                                std::function<void(const HoldEdge&)> observer) override;
+    [[nodiscard]] bool isInForce(int keyCode) const override { return !unconfirmed_.contains(keyCode); }
     QCoro::Task<std::optional<bool>> isHeld(int keyCode, TaskScope scope) override;
     [[nodiscard]] Handle onChange(std::function<void()> changed) override {
         return changed_.subscribe(std::move(changed));
@@ -27,6 +28,10 @@ class FakeHoldRoad final : public HoldRoad {
 
     void setOffer(HoldOffer offer) {
         offer_ = std::move(offer);
+        changed_.emit();
+    }
+    void setInForce(int keyCode, bool isInForce) {
+        isInForce ? (void)unconfirmed_.erase(keyCode) : (void)unconfirmed_.insert(keyCode);
         changed_.emit();
     }
     /// Tells the watch, if there is one; which keys it asked for does not matter here.
@@ -50,6 +55,7 @@ class FakeHoldRoad final : public HoldRoad {
     Clock& clock_;
     QString name_;
     HoldOffer offer_;
+    std::set<int> unconfirmed_;
     std::shared_ptr<Watch> watch_;
     Signal<> changed_;
 };

@@ -17,27 +17,49 @@ namespace {
 
 class DiskSetupWorldTest : public ::testing::Test {
  protected:
+    [[nodiscard]] std::optional<QByteArray> contentOf(const QString& file) const {
+        const auto reading = world.read(file);
+        EXPECT_TRUE(reading) << reading.error().toStdString();
+        return *reading;
+    }
+
     QTemporaryDir folder;
     TestFoundation base;
     DiskSetupWorld world{base.foundation, QDBusConnection(QStringLiteral("none"))};
     const QString path = folder.filePath(QStringLiteral("a/b/file"));
 };
 
-TEST_F(DiskSetupWorldTest, FileIsWrittenWithItsFoldersAndRemovedWithTheEmptyOne) {
-    EXPECT_EQ(world.read(path), std::nullopt);
+TEST_F(DiskSetupWorldTest, FileIsWrittenWithItsFoldersAndRemovedWithThem) {
+    EXPECT_EQ(contentOf(path), std::nullopt);
+    const QStringList made = world.foldersToMake(path);
+    EXPECT_EQ(made,
+              QStringList({folder.filePath(QStringLiteral("a")), folder.filePath(QStringLiteral("a/b"))}));
     EXPECT_TRUE(world.write(path, QByteArray("x\0y", 3)));
-    EXPECT_EQ(world.read(path), QByteArray("x\0y", 3));
-    EXPECT_TRUE(world.remove(path));
-    EXPECT_FALSE(QFileInfo::exists(folder.filePath(QStringLiteral("a/b"))));
-    EXPECT_TRUE(QFileInfo::exists(folder.filePath(QStringLiteral("a"))));
-    EXPECT_TRUE(world.remove(path));
+    EXPECT_EQ(contentOf(path), QByteArray("x\0y", 3));
+    EXPECT_EQ(world.foldersToMake(path), QStringList());
+    EXPECT_TRUE(world.remove(path, made));
+    EXPECT_FALSE(QFileInfo::exists(folder.filePath(QStringLiteral("a"))));
+    EXPECT_TRUE(QFileInfo::exists(folder.path()));
+    EXPECT_TRUE(world.remove(path, made));
 }
 
-TEST_F(DiskSetupWorldTest, FolderWithOtherFilesStays) {
+TEST_F(DiskSetupWorldTest, FolderWithOtherFilesOrOfOthersStays) {
     EXPECT_TRUE(world.write(path, "x"));
-    EXPECT_TRUE(world.write(folder.filePath(QStringLiteral("a/b/other")), "x"));
-    EXPECT_TRUE(world.remove(path));
-    EXPECT_TRUE(QFileInfo::exists(folder.filePath(QStringLiteral("a/b/other"))));
+    EXPECT_TRUE(world.write(folder.filePath(QStringLiteral("a/other")), "x"));
+    EXPECT_TRUE(
+        world.remove(path, {folder.filePath(QStringLiteral("a")), folder.filePath(QStringLiteral("a/b"))}));
+    EXPECT_TRUE(QFileInfo::exists(folder.filePath(QStringLiteral("a/other"))));
+    EXPECT_FALSE(QFileInfo::exists(folder.filePath(QStringLiteral("a/b"))));
+    EXPECT_TRUE(world.write(path, "x"));
+    EXPECT_TRUE(world.remove(path, {}));
+    EXPECT_TRUE(QFileInfo::exists(folder.filePath(QStringLiteral("a/b"))));
+}
+
+// Root may read everything, so this is a thing that nobody can.
+TEST_F(DiskSetupWorldTest, WhatCannotBeReadIsNotMissing) {
+    const auto reading = world.read(folder.path());
+    ASSERT_FALSE(reading);
+    EXPECT_FALSE(reading.error().isEmpty());
 }
 
 TEST_F(DiskSetupWorldTest, PermissionsAndLinksStay) {
@@ -48,7 +70,7 @@ TEST_F(DiskSetupWorldTest, PermissionsAndLinksStay) {
     ASSERT_TRUE(QFile::link(path, link));
     EXPECT_TRUE(world.write(link, "y"));
     EXPECT_TRUE(QFileInfo(link).isSymLink());
-    EXPECT_EQ(world.read(path), QByteArray("y"));
+    EXPECT_EQ(contentOf(path), QByteArray("y"));
     EXPECT_FALSE(QFile::permissions(path) & (QFile::ReadGroup | QFile::ReadOther));
 }
 

@@ -11,7 +11,10 @@ namespace lorvane {
 /// A machine in memory.
 class FakeSetupWorld final : public SetupWorld {
  public:
-    [[nodiscard]] std::optional<QByteArray> read(const QString& path) const override {
+    [[nodiscard]] Result<std::optional<QByteArray>, QString> read(const QString& path) const override {
+        if (unreadable.contains(path)) {
+            return failure(QStringLiteral("Permission denied"));
+        }
         const auto found = files.find(path);
         return found == files.end() ? std::nullopt : std::optional(found->second);
     }
@@ -20,10 +23,18 @@ class FakeSetupWorld final : public SetupWorld {
             return false;
         }
         files[path] = content;
+        folders.insert(path.section(u'/', 0, -2));
         return true;
     }
-    bool remove(const QString& path) override {
+    [[nodiscard]] QStringList foldersToMake(const QString& path) const override {
+        return folders.contains(path.section(u'/', 0, -2)) ? QStringList()
+                                                           : QStringList{path.section(u'/', 0, -2)};
+    }
+    bool remove(const QString& path, const QStringList& emptied) override {
         files.erase(path);
+        for (const QString& folder : emptied) {
+            folders.erase(folder);
+        }
         return true;
     }
     std::optional<QByteArray> run(const QStringList& command) override {
@@ -44,7 +55,9 @@ class FakeSetupWorld final : public SetupWorld {
     }
 
     std::map<QString, QByteArray> files;
+    std::set<QString> folders;
     std::set<QString> readOnly;
+    std::set<QString> unreadable;
     bool extension = false;
     QString extensionProblem;
     QStringList commands;

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "support/DesktopApps.h"
+#include "support/PhysicalKeyboard.h"
 #include "support/Wait.h"
 
 #include <QDir>
 #include <QFile>
+#include <QProcess>
 #include <gtest/gtest.h>
 
 namespace lorvane {
@@ -67,6 +70,41 @@ TEST(SetupInKwin, InputMethodIsChosenAndTakenBackAndOtherLinesStay) {
     EXPECT_FALSE(after.contains("InputMethod"));
     EXPECT_TRUE(after.contains("[Wayland]\nVirtualKeyboardEnabled=true\n"));
     EXPECT_TRUE(after.contains("[Xwayland]\nScale=1\n"));
+}
+
+TEST(SetupInKwin, ModifiersAreShownToXServerAtOnceAndNoLongerAfterwards) {
+    const QString kwinrc = QDir::homePath() + QStringLiteral("/.config/kwinrc");
+    const QByteArray choice = "\nXwaylandEavesdrops=";
+    const QByteArray before = contentOf(kwinrc).value_or(QByteArray());
+    ASSERT_FALSE(before.contains(choice));
+    PhysicalKeyboard hand;
+    QProcess ear;
+    ear.start(QStringLiteral("xinput"), {QStringLiteral("test-xi2"), QStringLiteral("--root")});
+    ASSERT_TRUE(ear.waitForStarted());
+    QByteArray heard;
+    const auto isSeen = [&] {
+        heard += ear.readAllStandardOutput();
+        return heard.contains("RawKeyPress");
+    };
+    setup({QStringLiteral("hold"), QStringLiteral("--yes")});
+    EXPECT_TRUE(contentOf(kwinrc).value_or(QByteArray()).contains(choice + "Modifiers\n"));
+    EXPECT_TRUE(
+        setup({QStringLiteral("hold"), QStringLiteral("--yes")}).output.contains("Nothing is missing"));
+    const auto field = DesktopApp::mousepad();
+    EXPECT_TRUE(waitUntil([&] {
+        hand.tap(keycode::rightControl);
+        return isSeen();
+    }));
+    setup({QStringLiteral("hold"), QStringLiteral("--undo")});
+    EXPECT_FALSE(contentOf(kwinrc).value_or(QByteArray()).contains(choice));
+    EXPECT_TRUE(waitUntil([&] {
+        (void)isSeen();
+        heard.clear();
+        hand.tap(keycode::rightControl);
+        return !waitUntil(isSeen, std::chrono::milliseconds(300));
+    })) << heard.toStdString();
+    ear.kill();
+    ear.waitForFinished();
 }
 
 } // namespace

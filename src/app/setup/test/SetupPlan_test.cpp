@@ -33,7 +33,6 @@ TEST(SetupPlan, EveryPlanTellsSomething) {
 }
 
 TEST(SetupPlan, WhereNothingIsMissingNothingIsChanged) {
-    EXPECT_FALSE(holdOn(SetupDesktop::kde).changesAnything());
     for (const SetupDesktop desktop : {SetupDesktop::x11, SetupDesktop::sway}) {
         EXPECT_FALSE(holdOn(desktop).changesAnything());
         EXPECT_FALSE(typingOn(desktop).changesAnything());
@@ -53,6 +52,28 @@ TEST(SetupPlan, GnomeWithoutAnExtensionOrWithOneInPlaceIsLeftAlone) {
     EXPECT_FALSE(planSetup(SetupTopic::hold, facts, {}).changesAnything());
     facts.isShellExtensionInPlace = false;
     facts.hasShellExtension = false;
+    EXPECT_FALSE(planSetup(SetupTopic::hold, facts, {}).changesAnything());
+}
+
+TEST(SetupPlan, KdeIsLetShowModifiersAndNothingMore) {
+    SetupFacts facts = factsOf(SetupDesktop::kde);
+    facts.hasX = true;
+    const SetupPlan plan = planSetup(SetupTopic::hold, facts, {});
+    ASSERT_EQ(plan.keys.size(), 1U);
+    EXPECT_EQ(plan.keys[0].path, QStringLiteral("/c/kwinrc"));
+    EXPECT_EQ(plan.keys[0].group + '/' + plan.keys[0].key + '=' + plan.keys[0].value,
+              "Xwayland/XwaylandEavesdrops=Modifiers");
+    ASSERT_EQ(plan.refreshes.size(), 2U);
+    EXPECT_TRUE(plan.refreshes[0].contains(QStringLiteral("--type=method_call"))) << "else it is a signal";
+    EXPECT_TRUE(plan.refreshes[1].last().startsWith(QStringLiteral("{'Xwayland': [[byte 0x58,0x77,")));
+    EXPECT_EQ(plan.afterwards.size(), 1);
+}
+
+TEST(SetupPlan, KdeThatShowsModifiersOrHasNoXServerIsLeftAlone) {
+    SetupFacts facts = factsOf(SetupDesktop::kde);
+    EXPECT_FALSE(planSetup(SetupTopic::hold, facts, {}).changesAnything());
+    facts.hasX = true;
+    facts.showsModifiers = true;
     EXPECT_FALSE(planSetup(SetupTopic::hold, facts, {}).changesAnything());
 }
 

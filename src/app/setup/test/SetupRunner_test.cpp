@@ -58,8 +58,44 @@ TEST_F(SetupRunnerTest, UndoingGivesEverythingBackByteForByte) {
 
 TEST_F(SetupRunnerTest, FilesThatWereNotThereAreGoneAgain) {
     EXPECT_EQ(runner.apply(plan), QStringList());
+    EXPECT_FALSE(world.folders.empty());
     EXPECT_EQ(runner.undo(), QStringList());
     EXPECT_TRUE(world.files.empty());
+    EXPECT_TRUE(world.folders.empty()) << "with the folders that were made for them";
+}
+
+TEST_F(SetupRunnerTest, FoldersThatWereThereStay) {
+    world.folders = {QStringLiteral("/config"), QStringLiteral("/data/applications")};
+    EXPECT_EQ(runner.apply(plan), QStringList());
+    EXPECT_EQ(runner.undo(), QStringList());
+    EXPECT_EQ(world.folders, (std::set{QStringLiteral("/config"), QStringLiteral("/data/applications")}));
+}
+
+TEST_F(SetupRunnerTest, SettingsThatCannotBeReadAreLeftAloneAndNamed) {
+    world.files[kwinrc] = "[Everything]\nof=the user's\n";
+    world.unreadable = {kwinrc};
+    EXPECT_EQ(runner.apply(plan), QStringList({kwinrc + QStringLiteral(" (Permission denied)")}));
+    EXPECT_EQ(world.files[kwinrc], "[Everything]\nof=the user's\n");
+    EXPECT_EQ(runner.undo(), QStringList());
+    EXPECT_EQ(world.files[kwinrc], "[Everything]\nof=the user's\n");
+}
+
+TEST_F(SetupRunnerTest, SettingsThatCannotBeReadAnyMoreAreNotGivenBack) {
+    EXPECT_EQ(runner.apply(plan), QStringList());
+    world.unreadable = {kwinrc};
+    EXPECT_EQ(runner.undo(), QStringList({kwinrc + QStringLiteral(" (Permission denied)")}));
+    EXPECT_TRUE(runner.hasAnythingToUndo());
+}
+
+TEST_F(SetupRunnerTest, JournalThatCannotBeReadIsNotWrittenOver) {
+    EXPECT_EQ(runner.apply(plan), QStringList());
+    world.unreadable = {journal};
+    const auto before = state();
+    EXPECT_FALSE(runner.apply(plan).isEmpty());
+    EXPECT_EQ(state(), before);
+    EXPECT_TRUE(runner.hasAnythingToUndo());
+    EXPECT_EQ(runner.undo(), QStringList({journal + QStringLiteral(" (Permission denied)")}));
+    EXPECT_EQ(state(), before);
 }
 
 TEST_F(SetupRunnerTest, ApplyingTwiceIsUndoneOnce) {

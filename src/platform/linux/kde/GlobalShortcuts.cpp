@@ -64,8 +64,8 @@ void GlobalShortcuts::followOwner(const QString& name) {
     askOwner(name);
 }
 
-// Late news of an earlier owner can come after an answer, so the news only make us ask, and the last answer
-// counts.
+// Qt does not always hand news and answers over in the order of the bus, and a service that takes over both
+// names gives one up before the other: so the news only make us ask, and the last answer counts.
 void GlobalShortcuts::askOwner(const QString& name) {
     auto question = QDBusMessage::createMethodCall(
         QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
@@ -114,7 +114,7 @@ void GlobalShortcuts::tidy() {
 }
 
 void GlobalShortcuts::take(const GlobalShortcut& shortcut) {
-    taken_.insert(shortcut.name, {shortcut, 0, std::nullopt});
+    taken_.insert(shortcut.name, {shortcut, 0, std::nullopt, false});
     if (isThere_) {
         tidy();
         request(shortcut.name);
@@ -136,6 +136,7 @@ void GlobalShortcuts::request(const QString& name) {
     Taken& taken = taken_[name];
     taken.serial = ++lastSerial_;
     taken.refusedFor.reset();
+    taken.isInForce = false;
     auto enter = call(QStringLiteral("doRegister"));
     enter << actionId(taken.shortcut);
     session_.send(enter);
@@ -155,7 +156,7 @@ void GlobalShortcuts::answered(const QString& name, std::uint64_t serial, const 
     const bool isList =
         answer.type() == QDBusMessage::ReplyMessage && answer.signature() == QLatin1String("ai");
     if (isList && qdbus_cast<QList<int>>(answer.arguments().at(0)).contains(wanted)) {
-        return;
+        return confirm(name);
     }
     if (!isList) {
         log_.diagLog(
@@ -176,6 +177,17 @@ void GlobalShortcuts::answered(const QString& name, std::uint64_t serial, const 
     });
 }
 
+bool GlobalShortcuts::isInForce(const QString& name) const {
+    const auto found = taken_.find(name);
+    return isThere_ && found != taken_.end() && found->isInForce;
+}
+
+void GlobalShortcuts::confirm(const QString& name) {
+    if (!std::exchange(taken_[name].isInForce, true)) {
+        changed_.emit();
+    }
+}
+
 void GlobalShortcuts::refuse(const QString& name, const QString& holder) {
     taken_[name].refusedFor = holder;
     log_.diagLog(QStringLiteral("[tirra-kde] the shortcut %1 is taken by \"%2\"").arg(name, holder));
@@ -190,6 +202,7 @@ void GlobalShortcuts::unregister(const QString& name) {
 
 void GlobalShortcuts::onPressed(const QString& of, const QString& action, qlonglong /*time*/) {
     if (of == component && taken_.contains(action)) {
+        confirm(action); // whose answer may have gone astray
         edge_.emit(action, true);
     }
 }

@@ -52,11 +52,14 @@ class GlobalShortcuts final : public QObject {
     /// say); absent when it was not refused.
     [[nodiscard]] std::optional<QString> refusalOf(const QString& name) const;
 
+    /// The service has taken it.
+    [[nodiscard]] bool isInForce(const QString& name) const;
+
     /// A shortcut's name, and whether its key went down. A held key is told again and again.
     [[nodiscard]] Handle onEdge(std::function<void(const QString& name, bool isDown)> observer) {
         return edge_.subscribe(std::move(observer));
     }
-    /// Told when `isThere` or a refusal has changed.
+    /// Told when `isThere`, a refusal or what is in force has changed.
     [[nodiscard]] Handle onChange(std::function<void()> observer) {
         return changed_.subscribe(std::move(observer));
     }
@@ -71,6 +74,7 @@ class GlobalShortcuts final : public QObject {
         /// Answers to earlier questions do not count.
         std::uint64_t serial = 0;
         std::optional<QString> refusedFor;
+        bool isInForce = false;
     };
     using Answer = std::function<void(const QDBusMessage&)>;
 
@@ -79,6 +83,7 @@ class GlobalShortcuts final : public QObject {
     void ownerIs(const QString& service, const QString& owner);
     void request(const QString& name);
     void answered(const QString& name, std::uint64_t serial, const QDBusMessage& answer);
+    void confirm(const QString& name);
     void refuse(const QString& name, const QString& holder);
     void unregister(const QString& name);
     void tidy();

@@ -25,11 +25,11 @@ bool contains(const std::vector<int>& codes, int code) {
 
 } // namespace
 
-KdeHoldRoad::KdeHoldRoad(const QDBusConnection& session, const Foundation& foundation,
+KdeHoldRoad::KdeHoldRoad(const QDBusConnection& session, const Foundation& foundation, QString programName,
                          std::function<bool()> areKeysOurs)
     : clock_(foundation.clock), preferences_(foundation.preferences), words_(foundation.words),
-      log_(foundation.log), areKeysOurs_(std::move(areKeysOurs)),
-      shortcuts_(session, foundation.log, allActions()) {
+      log_(foundation.log), programName_(std::move(programName)), uniqueName_(session.baseService()),
+      areKeysOurs_(std::move(areKeysOurs)), shortcuts_(session, foundation.log, allActions()) {
     edges_ = shortcuts_.onEdge([this](const QString& action, bool isDown) { onEdge(action, isDown); });
     service_ = shortcuts_.onChange([this] { onServiceChange(); });
     extraKey_ = preferences_.subscribe(preference::extraKey, [this] {
@@ -60,6 +60,11 @@ HoldOffer KdeHoldRoad::offer() const {
     obstacles.append(words_.text("KDE tells no program of Super alone."));
     offer.obstacle = obstacles.join(QLatin1Char(' '));
     return offer;
+}
+
+bool KdeHoldRoad::isInForce(int keyCode) const {
+    const auto taken = taken_.find(keyCode);
+    return taken != taken_.end() && shortcuts_.isInForce(taken->name);
 }
 
 Handle KdeHoldRoad::watch(std::vector<int> keyCodes, std::function<void(const HoldEdge&)> observer) {
@@ -115,7 +120,8 @@ void KdeHoldRoad::stayOnGuard() {
     if (guard_) {
         return;
     }
-    guard_ = std::make_unique<ShortcutGuard>(GlobalShortcuts::component, allActions());
+    guard_ = std::make_unique<ShortcutGuard>(
+        ShortcutGuard::Owner{GlobalShortcuts::component, allActions(), programName_, uniqueName_});
     if (!guard_->isOnWatch()) {
         log_.diagLog("[tirra-kde] no shell could be started to let the shortcuts go after a crash");
     }

@@ -18,8 +18,9 @@ namespace lorvane {
 /// key goes down; whether a key is down cannot be asked. Main thread.
 class KdeHoldRoad final : public HoldRoad {
  public:
+    /// `programName`: the program's name on the bus, by which a later run is known (ShortcutGuard).
     /// `areKeysOurs`: keys of this program's own making may be going past now; a press is left out then.
-    KdeHoldRoad(const QDBusConnection& session, const Foundation& foundation,
+    KdeHoldRoad(const QDBusConnection& session, const Foundation& foundation, QString programName,
                 std::function<bool()> areKeysOurs);
     KdeHoldRoad(const KdeHoldRoad&) = delete;
     KdeHoldRoad& operator=(const KdeHoldRoad&) = delete;
@@ -29,7 +30,10 @@ class KdeHoldRoad final : public HoldRoad {
     [[nodiscard]] HoldOffer offer() const override;
     [[nodiscard]] Handle watch(std::vector<int> keyCodes,
                                std::function<void(const HoldEdge&)> observer) override;
+    [[nodiscard]] bool isInForce(int keyCode) const override;
     QCoro::Task<std::optional<bool>> isHeld(int keyCode, TaskScope scope) override;
+    /// KWin is the compositor and serves the shortcuts.
+    [[nodiscard]] bool isThere() const { return shortcuts_.isThere(); }
     /// The modifiers among the watched keys that are down, as bits of `modifierFlag`.
     [[nodiscard]] std::uint32_t heldModifiers() const;
     [[nodiscard]] Handle onChange(std::function<void()> changed) override {
@@ -56,6 +60,8 @@ class KdeHoldRoad final : public HoldRoad {
     Preferences& preferences_;
     const Localisation& words_;
     DiagnosticLog& log_;
+    QString programName_;
+    QString uniqueName_;
     std::function<bool()> areKeysOurs_;
     /// Before the shortcuts, so that it stands down after they have been let go.
     std::unique_ptr<ShortcutGuard> guard_;

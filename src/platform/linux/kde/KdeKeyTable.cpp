@@ -35,8 +35,8 @@ QHash<QString, QList<int>> extraKeys() {
     return keys;
 }
 
-KdeKey modifierKey(const QString& name, int code, int qtKey) {
-    return {QStringLiteral("dictate-") + name.toLower(), name, {qtKey}, {code, false, ChordSight::endsHold}};
+KdeKey modifierKey(const QString& name, int code, const QList<int>& qtKeys) {
+    return {QStringLiteral("dictate-") + name.toLower(), name, qtKeys, {code, false, ChordSight::endsHold}};
 }
 
 std::optional<KdeKey> extraKeyNamed(const QString& name) {
@@ -53,11 +53,12 @@ std::optional<KdeKey> extraKeyNamed(const QString& name) {
 std::optional<KdeKey> kdeKeyOf(int code, const QString& extraKey) {
     switch (code) {
     case keyCode::rightControl:
-        return modifierKey(QStringLiteral("Ctrl"), code, Qt::Key_Control);
+        return modifierKey(QStringLiteral("Ctrl"), code, {Qt::Key_Control});
     case keyCode::rightOption:
-        return modifierKey(QStringLiteral("Alt"), code, Qt::Key_Alt);
+        // AltGr stands on the right in the keymaps that have it.
+        return modifierKey(QStringLiteral("Alt"), code, {Qt::Key_Alt, Qt::Key_AltGr});
     case keyCode::rightShift:
-        return modifierKey(QStringLiteral("Shift"), code, Qt::Key_Shift);
+        return modifierKey(QStringLiteral("Shift"), code, {Qt::Key_Shift});
     case keyCode::fn:
         return extraKeyNamed(extraKey);
     case keyCode::escape:

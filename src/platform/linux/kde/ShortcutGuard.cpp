@@ -4,6 +4,7 @@
 #include <QByteArray>
 
 #include <array>
+#include <cerrno>
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -16,21 +17,25 @@ namespace {
 
 // The waiting part is a child of the first shell's, which ends at once, so that nobody here has to reap it. A
 // call would start the service where it is not running, and keep the compositor from its name: so it is
-// looked for first.
+// looked for first. A program that was started anew after a kill lets go of what was left by itself, and has
+// taken shortcuts of its own since.
 constexpr const char* script = R"(
 exec 3<&0 </dev/null >/dev/null 2>&1
 (
   trap '' HUP INT TERM
   if read -r _ <&3; then exit; fi
-  component=$1; shift
-  case $(dbus-send --session --print-reply=literal --dest=org.freedesktop.DBus / \
-         org.freedesktop.DBus.NameHasOwner string:org.kde.kglobalaccel) in
-    *true*)
-      for name; do
-        dbus-send --session --print-reply --dest=org.kde.kglobalaccel /kglobalaccel \
-          org.kde.KGlobalAccel.unregister "string:$component" "string:$name"
-      done ;;
-  esac
+  component=$1; program=$2; self=$3; shift 3
+  owner() {
+    set -- $(dbus-send --session --print-reply=literal --dest=org.freedesktop.DBus / \
+             org.freedesktop.DBus.GetNameOwner "string:$1")
+    echo "$1"
+  }
+  for name; do
+    case $(owner org.kde.kglobalaccel) in '') exit ;; esac
+    case $(owner "$program") in ''|"$self") ;; *) exit ;; esac
+    dbus-send --session --print-reply --dest=org.kde.kglobalaccel /kglobalaccel \
+      org.kde.KGlobalAccel.unregister "string:$component" "string:$name"
+  done
 ) &
 )";
 
@@ -54,7 +59,11 @@ class SpawnActions {
             return false;
         }
         int status = -1;
-        return waitpid(child, &status, 0) == child && status == 0;
+        pid_t ended = -1;
+        do {
+            ended = waitpid(child, &status, 0);
+        } while (ended < 0 && errno == EINTR);
+        return ended == child && status == 0;
     }
 
  private:
@@ -64,13 +73,19 @@ class SpawnActions {
 
 } // namespace
 
-ShortcutGuard::ShortcutGuard(const QString& component, const QStringList& names) {
+ShortcutGuard::ShortcutGuard(const Owner& owner) {
     std::array<int, 2> ends{-1, -1};
     if (pipe2(ends.data(), O_CLOEXEC) != 0) {
         return;
     }
-    std::vector<QByteArray> words{"sh", "-c", script, "sh", component.toUtf8()};
-    for (const QString& name : names) {
+    std::vector<QByteArray> words{"sh",
+                                  "-c",
+                                  script,
+                                  "sh",
+                                  owner.component.toUtf8(),
+                                  owner.programName.toUtf8(),
+                                  owner.uniqueName.toUtf8()};
+    for (const QString& name : owner.names) {
         words.push_back(name.toUtf8());
     }
     std::vector<char*> arguments;

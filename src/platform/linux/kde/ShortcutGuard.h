@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QString>
 #include <QStringList>
 
 namespace lorvane {
@@ -10,8 +11,15 @@ namespace lorvane {
 /// and then sends the calls, so this works after a crash and a kill. Main thread.
 class ShortcutGuard {
  public:
-    /// `names`: the shortcuts' names within `component`.
-    ShortcutGuard(const QString& component, const QStringList& names);
+    /// Who has the shortcuts: `names` within `component`. While another process has `programName` on the bus,
+    /// which is a later run of the program, they are that one's and stay; `uniqueName` is this process there.
+    struct Owner {
+        QString component;
+        QStringList names;
+        QString programName;
+        QString uniqueName;
+    };
+    explicit ShortcutGuard(const Owner& owner);
     /// Stands down: the shortcuts have been let go properly.
     ~ShortcutGuard();
     ShortcutGuard(const ShortcutGuard&) = delete;

@@ -5,21 +5,17 @@
 #include "input/KeyEvents.h"
 #include "input/KeyMonitorList.h"
 #include "platform/linux/x11/HeldKeys.h"
-#include "platform/linux/x11/ServerTime.h"
 #include "platform/linux/x11/X11Connection.h"
-#include "platform/linux/x11/X11Keyboards.h"
-
-#include <xcb/xinput.h>
+#include "platform/linux/x11/X11RawKeys.h"
 
 #include <deque>
 #include <functional>
 
 namespace lorvane {
 
-/// The keys of the whole desktop by raw events of XInput 2.2, which arrive also while another program has
-/// grabbed the keyboard and take nothing from anyone. Nothing is selected while nobody monitors. Synthetic
-/// keys, ours or another program's, are left out. A modifier that went up without an event (locked screen,
-/// switched console, keyboard unplugged) is found within 100 ms by its state. Main thread.
+/// The keys of the whole desktop by raw events (X11RawKeys). Nothing is selected while nobody monitors. A
+/// modifier that went up without an event (locked screen, switched console, keyboard unplugged) is found
+/// within 100 ms by its state. Main thread.
 class X11KeyEvents final : public KeyEvents {
  public:
     /// `programHasFocus`: whether one of the program's own windows has the keyboard.
@@ -27,7 +23,7 @@ class X11KeyEvents final : public KeyEvents {
                  std::function<bool()> programHasFocus);
     X11KeyEvents(const X11KeyEvents&) = delete;
     X11KeyEvents& operator=(const X11KeyEvents&) = delete;
-    ~X11KeyEvents() override;
+    ~X11KeyEvents() override = default;
 
     [[nodiscard]] Handle addGlobalMonitor(KeyEventKind kind,
                                           std::function<void(const KeyEvent&)> observer) override;
@@ -35,7 +31,7 @@ class X11KeyEvents final : public KeyEvents {
                                          std::function<bool(const KeyEvent&)> observer) override;
 
     /// The display answers and has XInput 2.2.
-    [[nodiscard]] bool isWatchingPossible() const;
+    [[nodiscard]] bool isWatchingPossible() const { return raw_.isPossible(); }
     /// Whether a local monitor keeps, or has kept before it ended, the key press that our own window got with
     /// that key code at that server time. A round trip while there are local monitors of key presses.
     [[nodiscard]] bool isKeptFromOwnWindows(XKeyCode key, std::uint32_t serverTime);
@@ -49,13 +45,10 @@ class X11KeyEvents final : public KeyEvents {
 
     void monitorsChanged();
     void setWatching(bool watch);
-    void select(std::uint32_t rawMask, std::uint32_t hierarchyMask);
     void learnWhatIsHeld();
-    void calibrateTime();
     [[nodiscard]] std::optional<XKeyCode> extraKey() const;
 
-    void handleEvent(const xcb_generic_event_t& event);
-    void handleRaw(const xcb_input_raw_key_press_event_t& raw, bool isPress);
+    void handleEdge(const X11KeyEdge& edge);
     void handleKeyDown(const KeyEvent& event, const KeptPress& press);
     bool deliver(const KeyEvent& event);
     void deliverFlags(XKeyCode key, Instant time);
@@ -68,17 +61,14 @@ class X11KeyEvents final : public KeyEvents {
     Clock& clock_;
     Preferences& preferences_;
     std::function<bool()> programHasFocus_;
-    X11Keyboards keyboards_;
-    ServerTime serverTime_;
-    xcb_window_t calibrationWindow_ = XCB_WINDOW_NONE;
-    Instant calibratedAt_;
+    X11RawKeys raw_;
     HeldKeys held_;
     std::deque<KeptPress> kept_;
-    bool watching_ = false;
+    Handle watch_;
     KeyMonitorList monitors_{[this] { monitorsChanged(); }};
     Handle stopLater_;
     Handle stateWatch_;
-    Handle events_;
+    Handle keyboards_;
     Handle lost_;
 };
 

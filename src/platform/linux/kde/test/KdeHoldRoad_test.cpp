@@ -19,6 +19,7 @@ using Edges = std::vector<std::pair<int, HoldEdgeKind>>;
 const auto control = QStringLiteral("dictate-ctrl");
 const auto extra = QStringLiteral("dictate-extra");
 const auto cancel = QStringLiteral("cancel");
+const auto programName = QStringLiteral("org.example.dictation");
 const int controlEscape = escapeWith(keyCode::rightControl);
 
 class KdeHoldRoadTest : public ::testing::Test {
@@ -26,7 +27,8 @@ class KdeHoldRoadTest : public ::testing::Test {
     void SetUp() override { ASSERT_TRUE(QDBusConnection::sessionBus().isConnected()); }
 
     void open() {
-        road.emplace(QDBusConnection::sessionBus(), world.foundation, [this] { return areKeysOurs; });
+        road.emplace(QDBusConnection::sessionBus(), world.foundation, programName,
+                     [this] { return areKeysOurs; });
         changes = road->onChange([this] { ++changeCount; });
     }
     void openThere() {
@@ -189,13 +191,30 @@ TEST_F(KdeHoldRoadTest, TakesABadAnswerForARefusal) {
     }
 }
 
+TEST_F(KdeHoldRoadTest, IsInForceOnceTheServiceHasTakenTheShortcut) {
+    openThere();
+    EXPECT_FALSE(road->isInForce(keyCode::rightControl));
+    watch({keyCode::rightControl});
+    EXPECT_FALSE(road->isInForce(keyCode::rightControl)) << "nobody has answered yet";
+    changeCount = 0;
+    ASSERT_TRUE(waitUntil([this] { return road->isInForce(keyCode::rightControl); }));
+    EXPECT_EQ(changeCount, 1);
+    EXPECT_FALSE(road->isInForce(keyCode::rightShift));
+    service.disappear();
+    EXPECT_TRUE(waitUntil([this] { return !road->isInForce(keyCode::rightControl); }));
+    service.appear();
+    EXPECT_TRUE(waitUntil([this] { return road->isInForce(keyCode::rightControl); }));
+}
+
 TEST_F(KdeHoldRoadTest, GoesOnWithoutAnAnswer) {
     openThere();
     service.manner = FakeKGlobalAccel::Manner::silent;
     watch({keyCode::rightControl});
     ASSERT_TRUE(waitUntil([this] { return service.calls.contains(QStringLiteral("setShortcut")); }));
+    EXPECT_FALSE(road->isInForce(keyCode::rightControl));
     service.tell(control, true);
     EXPECT_TRUE(told({{keyCode::rightControl, HoldEdgeKind::down}}));
+    EXPECT_TRUE(road->isInForce(keyCode::rightControl)) << "as its press says";
 }
 
 TEST_F(KdeHoldRoadTest, LosesAHeldKeyWithTheServiceAndIsBackWithIt) {
@@ -228,7 +247,8 @@ TEST_F(KdeHoldRoadTest, WhoOnlyLooksLeavesTheShortcutsOfTheProgramThatRuns) {
     watch({keyCode::rightControl});
     ASSERT_TRUE(has(control, {Qt::Key_Control}));
     {
-        KdeHoldRoad doctors(QDBusConnection::sessionBus(), world.foundation, [] { return false; });
+        KdeHoldRoad doctors(QDBusConnection::sessionBus(), world.foundation, programName,
+                            [] { return false; });
         ASSERT_TRUE(waitUntil([&] { return !doctors.offer().keys.empty(); }));
     }
     watch({keyCode::rightControl, keyCode::fn}); // is heard after all that was sent before

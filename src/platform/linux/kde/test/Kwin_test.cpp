@@ -196,7 +196,8 @@ class KwinHoldTest : public KwinTest {
     }
 
     PhysicalKeyboard hand;
-    KdeHoldRoad road{QDBusConnection::sessionBus(), foundation, [this] { return input.isPosting(); }};
+    KdeHoldRoad road{QDBusConnection::sessionBus(), foundation, QStringLiteral("org.example.dictation"),
+                     [this] { return input.isPosting(); }};
     Edges edges;
     Handle handle;
 };

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app/setup/IniEdit.h"
+#include "base/IniEdit.h"
 
 #include <QList>
 
