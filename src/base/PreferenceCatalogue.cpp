@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "base/PreferenceCatalogue.h"
 
+#include "base/DesktopPreferences.h"
+
 namespace lorvane::preference {
 
 namespace {
@@ -55,7 +57,11 @@ std::vector<Row> catalogue() {
             row(uiLang),
             row(appleLanguages),
             row(extraKey),
-            row(backendURL)};
+            row(backendURL),
+            row(readKeyDevices),
+            row(remoteDesktopToken),
+            row(trayMissingTold),
+            row(usersInputMethod)};
 }
 
 } // namespace lorvane::preference

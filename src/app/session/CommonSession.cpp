@@ -12,18 +12,19 @@ namespace {
 /// X key codes are the codes of Linux input events and 8.
 constexpr int xOffset = 8;
 
-// The portal tells no modifiers; the hold key is up by the time that anything is posted.
-std::uint32_t nothingKnownHeld() { return 0; }
-
 } // namespace
 
+// The portal tells no modifiers, and a compositor only whoever has the focus: what the user holds while keys
+// are posted by the portal is known where key devices are read, and elsewhere taken for nothing.
 CommonSession::CommonSession(const SessionParts& parts)
     : evdev_(parts.foundation, devices_), portalKeys_(parts.foundation, parts.bus),
       portalKeyboard_(parts.foundation, parts.bus), layout_(parts.display),
       paste_(portalKeyboard_, parts.foundation.clock,
-             {nothingKnownHeld, [this](PasteRoute route) { return pasteChordOn(route); }}),
+             {[this] { return evdev_.heldModifiers(); },
+              [this](PasteRoute route) { return pasteChordOn(route); }}),
       editing_(portalKeyboard_, parts.foundation.clock,
-               {nothingKnownHeld, [this](PasteRoute route) { return pasteChordOn(route); }}) {}
+               {[this] { return evdev_.heldModifiers(); },
+                [this](PasteRoute route) { return pasteChordOn(route); }}) {}
 
 // The devices come first: who has switched them on wants the keys that the portal has not.
 SessionPorts CommonSession::ports() {

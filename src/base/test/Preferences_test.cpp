@@ -120,6 +120,10 @@ const std::vector<Expected>& expectedCatalogue() {
         {"AppleLanguages", "array of strings", none},
         {"tirra.linux.extraKey", "string", "Menu"},
         {"tirra.linux.backendURL", "string", ""},
+        {"tirra.linux.readKeyDevices", "Boolean", false},
+        {"tirra.linux.remoteDesktopToken", "string", ""},
+        {"tirra.linux.trayMissingTold", "Boolean", false},
+        {"tirra.linux.usersInputMethod", "string", ""},
     };
     return table;
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/menu/Tray.h"
 
+#include "base/DesktopPreferences.h"
 #include "ui/menu/WaveformIcon.h"
 
 #include <QCoreApplication>
@@ -14,9 +15,6 @@ namespace {
 
 /// A panel may come up after the programs that start with the session.
 constexpr Duration patience = std::chrono::seconds(10);
-
-const PreferenceKey<bool> missingTold{QLatin1String("tirra.linux.trayMissingTold"), false,
-                                      QLatin1String("tray")};
 
 } // namespace
 
@@ -70,10 +68,10 @@ void Tray::embed() {
 }
 
 void Tray::checkForTray() {
-    if (isThere() || foundation_.preferences.get(missingTold)) {
+    if (isThere() || foundation_.preferences.get(preference::trayMissingTold)) {
         return;
     }
-    foundation_.preferences.set(missingTold, true);
+    foundation_.preferences.set(preference::trayMissingTold, true);
     sayMissing_();
 }
 

@@ -225,6 +225,17 @@ QCoro::Task<std::optional<bool>> EvdevHoldRoad::isHeld(int keyCode, TaskScope /*
     co_return held;
 }
 
+std::uint32_t EvdevHoldRoad::heldModifiers() const {
+    std::uint32_t held = 0;
+    for (const int code : namedKeyCodes) {
+        const auto key = evdevCodeOf(code, extraKey());
+        if (key && isDownAnywhere(*key)) {
+            held |= modifierMaskOf(code);
+        }
+    }
+    return held & ~modifierFlag::function;
+}
+
 bool EvdevHoldRoad::isDownAnywhere(EvdevCode key) const {
     return std::any_of(open_.begin(), open_.end(),
                        [key](const auto& entry) { return entry.second->down[key]; });

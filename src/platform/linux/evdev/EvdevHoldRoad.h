@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "base/DesktopPreferences.h"
 #include "base/Foundation.h"
 #include "base/Signal.h"
 #include "input/HoldRoad.h"
@@ -14,10 +15,7 @@
 
 namespace lorvane {
 
-/// The user's word that key devices may be read. Whoever may read them may read everything that is typed, in
-/// every program; so it is off until the user says otherwise.
-inline const PreferenceKey<bool> readKeyDevices{QLatin1String("tirra.linux.readKeyDevices"), false,
-                                                QLatin1String("lorvane setup hold")};
+using preference::readKeyDevices;
 
 /// Keys straight from the devices: every key of every keyboard, on any desktop, left and right told apart.
 /// Only when the user has switched it on and may read the devices. They are open only while a watch lives,
@@ -34,6 +32,8 @@ class EvdevHoldRoad final : public HoldRoad {
     [[nodiscard]] HoldOffer offer() const override { return offer_; }
     [[nodiscard]] Handle watch(std::vector<int> keyCodes,
                                std::function<void(const HoldEdge&)> observer) override;
+    /// The modifiers that are down on any keyboard, as bits of `modifierFlag`; 0 while nothing is read.
+    [[nodiscard]] std::uint32_t heldModifiers() const;
     QCoro::Task<std::optional<bool>> isHeld(int keyCode, TaskScope scope) override;
     [[nodiscard]] Handle onChange(std::function<void()> changed) override {
         return changed_.subscribe(std::move(changed));

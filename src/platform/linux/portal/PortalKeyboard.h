@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "base/DesktopPreferences.h"
 #include "base/Foundation.h"
 #include "core/PasteKeys.h"
 #include "platform/linux/portal/PortalRequests.h"
@@ -9,10 +10,7 @@
 
 namespace lorvane {
 
-/// What the desktop gave the last time the user allowed keys to be posted; opens a session without a
-/// question, once. Empty: never allowed.
-inline const PreferenceKey<QString> remoteDesktopToken{
-    QLatin1String("tirra.linux.remoteDesktopToken"), {}, QLatin1String("key posting by the portal")};
+using preference::remoteDesktopToken;
 
 /// Keys by the portal for remote desktops (org.freedesktop.portal.RemoteDesktop, version 2 or later: sessions
 /// that are opened again by a token). Nobody is asked in the middle of a paste: without a token nothing is

@@ -86,6 +86,18 @@ TEST_F(EvdevHoldRoadTest, TimesThatCannotBeTrueAreTheTimeOfReading) {
     EXPECT_EQ(times.back(), base.clock.now());
 }
 
+TEST_F(EvdevHoldRoadTest, ModifiersThatAreHeldAreKnownWhicheverSideAndKeyboard) {
+    EXPECT_EQ(road.heldModifiers(), 0U);
+    devices.plugIn(second);
+    write(first, key(KEY_LEFTSHIFT, 1) + key(KEY_X, 1));
+    write(second, key(KEY_RIGHTCTRL, 1));
+    EXPECT_EQ(road.heldModifiers(), modifierFlag::shift | modifierFlag::control);
+    write(first, key(KEY_LEFTSHIFT, 0));
+    EXPECT_EQ(road.heldModifiers(), modifierFlag::control);
+    watch.reset();
+    EXPECT_EQ(road.heldModifiers(), 0U) << "nothing is read any more";
+}
+
 TEST_F(EvdevHoldRoadTest, LeftAndRightAreToldApart) {
     write(first, key(KEY_LEFTCTRL, 1) + key(KEY_LEFTCTRL, 0));
     EXPECT_EQ(edges, QStringList({"59 down", "59 up"}));
