@@ -12,6 +12,7 @@ BusName::BusName(QDBusConnection bus, const QString& name, std::function<void()>
       changed_(std::move(changed)) {
     connect(&watcher_, &QDBusServiceWatcher::serviceOwnerChanged, this,
             [this](const QString& /*name*/, const QString& /*before*/, const QString& owner) {
+                hasNews_ = true;
                 setOwner({});
                 setOwner(owner);
             });
@@ -27,8 +28,9 @@ void BusName::ask(const QString& name) {
     connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
         answer->deleteLater();
         const QDBusPendingReply<QString> reply = *answer;
-        // The bus tells changes and answers in the order in which they happened.
-        if (!reply.isError()) {
+        // The bus tells changes and answers in the order in which they happened, but Qt does not always hand
+        // them over in that order. Changes come in theirs, so the last of them is right.
+        if (!hasNews_ && !reply.isError()) {
             setOwner(reply.value());
         }
     });

@@ -28,6 +28,7 @@ class BusName final : public QObject {
     QDBusConnection bus_;
     QDBusServiceWatcher watcher_;
     QString owner_;
+    bool hasNews_ = false;
     std::function<void()> changed_;
 };
 

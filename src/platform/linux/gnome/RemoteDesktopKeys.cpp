@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/linux/gnome/RemoteDesktopKeys.h"
 
+#include <QDBusError>
 #include <QDBusObjectPath>
 #include <QDBusPendingCallWatcher>
 
+#include <memory>
 #include <utility>
 
 namespace lorvane {
@@ -14,6 +16,8 @@ const QString serviceName = QStringLiteral("org.gnome.Mutter.RemoteDesktop");
 const QString managerPath = QStringLiteral("/org/gnome/Mutter/RemoteDesktop");
 const QString sessionInterface = QStringLiteral("org.gnome.Mutter.RemoteDesktop.Session");
 constexpr int answerBound = 500; // milliseconds
+/// Until then a session that comes late is known.
+constexpr int lateBound = 60'000; // milliseconds
 constexpr Duration keyTime = std::chrono::milliseconds(15);
 /// How long a key that was posted may take to come past the watch of keys.
 constexpr Duration echo = std::chrono::milliseconds(200);
@@ -37,11 +41,24 @@ class ChordGuard {
     int& posting_;
 };
 
+/// Whether somebody waits, for who cannot know whether that one still exists.
+struct Waiting {
+    Waiting() = default;
+    Waiting(const Waiting&) = delete;
+    Waiting& operator=(const Waiting&) = delete;
+    ~Waiting() { *still = false; }
+    const std::shared_ptr<bool> still = std::make_shared<bool>(true);
+};
+
 bool isAnswer(const QDBusMessage& message) { return message.type() == QDBusMessage::ReplyMessage; }
 
 /// A Shell that is busy has not refused.
 bool isRefusal(const QDBusMessage& message) {
     return message.errorName() != QLatin1String("org.freedesktop.DBus.Error.NoReply");
+}
+
+QString sessionOf(const QDBusMessage& created) {
+    return isAnswer(created) ? created.arguments().value(0).value<QDBusObjectPath>().path() : QString();
 }
 
 } // namespace
@@ -91,10 +108,9 @@ QCoro::Task<bool> RemoteDesktopKeys::open(TaskScope scope) {
     if (!session_.isEmpty() || !isOffered()) {
         co_return !session_.isEmpty();
     }
-    const auto creating = call(managerPath, serviceName, QStringLiteral("CreateSession"));
-    const QDBusMessage created = co_await creating.wait(scope);
-    const QString path = created.arguments().value(0).value<QDBusObjectPath>().path();
-    if (!isAnswer(created) || path.isEmpty()) {
+    const QDBusMessage created = co_await createSession(scope);
+    const QString path = sessionOf(created);
+    if (path.isEmpty()) {
         isRefused_ = isRefusal(created);
         log_.diagLog(
             QStringLiteral("[tirra-keys] no session of the remote desktop: %1").arg(created.errorMessage()));
@@ -111,6 +127,29 @@ QCoro::Task<bool> RemoteDesktopKeys::open(TaskScope scope) {
         close();
     }
     co_return session_ == path;
+}
+
+QCoro::Task<QDBusMessage> RemoteDesktopKeys::createSession(TaskScope scope) {
+    auto message = QDBusMessage::createMethodCall(serviceName, managerPath, serviceName,
+                                                  QStringLiteral("CreateSession"));
+    message.setAutoStartService(false);
+    const Waiting waiting;
+    const Completion<QDBusMessage> answer;
+    auto* const watcher = new QDBusPendingCallWatcher(bus_.asyncCall(message, lateBound), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this,
+            [this, watcher, answer, still = waiting.still] {
+                watcher->deleteLater();
+                if (*still) {
+                    answer.complete(watcher->reply());
+                } else if (const QString path = sessionOf(watcher->reply()); !path.isEmpty()) {
+                    stop(path);
+                }
+            });
+    const Handle limit = clock_.after(std::chrono::milliseconds(answerBound), [answer] {
+        answer.complete(QDBusMessage::createError(QDBusError::NoReply, QStringLiteral("no answer")));
+    });
+    QDBusMessage created = co_await answer.wait(scope);
+    co_return created;
 }
 
 QCoro::Task<KeysOutcome> RemoteDesktopKeys::move(int inputCode, bool down, TaskScope scope) {
@@ -130,9 +169,13 @@ void RemoteDesktopKeys::close() {
     if (const QString path = std::exchange(session_, QString()); !path.isEmpty()) {
         bus_.disconnect(serviceName, path, sessionInterface, QStringLiteral("Closed"), this,
                         SLOT(closedByShell()));
-        const auto stopping = call(path, sessionInterface, QStringLiteral("Stop"));
-        Q_UNUSED(stopping)
+        stop(path);
     }
+}
+
+void RemoteDesktopKeys::stop(const QString& path) {
+    const auto stopping = call(path, sessionInterface, QStringLiteral("Stop"));
+    Q_UNUSED(stopping)
 }
 
 void RemoteDesktopKeys::closedByShell() { session_.clear(); }

@@ -41,6 +41,9 @@ class RemoteDesktopKeys final : public QObject {
  private:
     QCoro::Task<KeysOutcome> press(std::vector<int> inputCodes, TaskScope scope);
     QCoro::Task<KeysOutcome> move(int inputCode, bool down, TaskScope scope);
+    /// One that is told of when nobody waits for it any more is closed again.
+    QCoro::Task<QDBusMessage> createSession(TaskScope scope);
+    void stop(const QString& path);
     [[nodiscard]] Completion<QDBusMessage> call(const QString& path, const QString& interface,
                                                 const QString& method, const QVariantList& arguments = {});
 

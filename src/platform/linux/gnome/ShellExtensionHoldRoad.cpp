@@ -70,6 +70,8 @@ void ShellExtensionHoldRoad::extensionChanged() {
     if (extension_.isOwned()) {
         beginWatch();
     } else {
+        ++lastWatch_;
+        isInForce_ = false;
         for (const int inputCode : std::exchange(down_, {})) {
             tell(keyCodeOf(inputCode), HoldEdgeKind::lost, clock_.now());
         }
@@ -127,21 +129,37 @@ void ShellExtensionHoldRoad::beginWatch() {
             }
         }
     }
-    send(QStringLiteral("Watch"), asArray(inputCodes) + asArray(kept));
+    const std::uint64_t watch = ++lastWatch_;
+    auto* const answer =
+        new QDBusPendingCallWatcher(send(QStringLiteral("Watch"), asArray(inputCodes) + asArray(kept)), this);
+    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer, watch] {
+        answer->deleteLater();
+        if (watch == lastWatch_) {
+            setInForce(!answer->isError());
+        }
+    });
+}
+
+void ShellExtensionHoldRoad::setInForce(bool isInForce) {
+    if (isInForce != std::exchange(isInForce_, isInForce)) {
+        changed_.emit();
+    }
 }
 
 void ShellExtensionHoldRoad::endWatch() {
     down_.clear();
+    ++lastWatch_;
+    isInForce_ = false;
     if (extension_.isOwned()) {
         send(QStringLiteral("Unwatch"), {});
     }
 }
 
-void ShellExtensionHoldRoad::send(const QString& method, const QVariantList& arguments) {
+QDBusPendingCall ShellExtensionHoldRoad::send(const QString& method, const QVariantList& arguments) {
     auto call = QDBusMessage::createMethodCall(service, object, interface, method);
     call.setArguments(arguments);
     call.setAutoStartService(false);
-    session_.asyncCall(call);
+    return session_.asyncCall(call);
 }
 
 QCoro::Task<std::optional<bool>> ShellExtensionHoldRoad::isHeld(int keyCode, TaskScope scope) {

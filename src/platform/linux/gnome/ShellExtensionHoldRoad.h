@@ -6,6 +6,7 @@
 #include "platform/linux/gnome/BusName.h"
 
 #include <QDBusConnection>
+#include <QDBusPendingCall>
 #include <QObject>
 
 #include <cstdint>
@@ -38,6 +39,8 @@ class ShellExtensionHoldRoad final : public QObject, public HoldRoad {
     [[nodiscard]] HoldOffer offer() const override;
     [[nodiscard]] Handle watch(std::vector<int> keyCodes,
                                std::function<void(const HoldEdge&)> observer) override;
+    /// The extension has answered that it watches.
+    [[nodiscard]] bool isInForce(int /*keyCode*/) const override { return isInForce_; }
     QCoro::Task<std::optional<bool>> isHeld(int keyCode, TaskScope scope) override;
     [[nodiscard]] Handle onChange(std::function<void()> changed) override {
         return changed_.subscribe(std::move(changed));
@@ -62,7 +65,8 @@ class ShellExtensionHoldRoad final : public QObject, public HoldRoad {
     /// Tells the extension what is watched now.
     void beginWatch();
     void endWatch();
-    void send(const QString& method, const QVariantList& arguments);
+    QDBusPendingCall send(const QString& method, const QVariantList& arguments);
+    void setInForce(bool isInForce);
     void tell(int keyCode, HoldEdgeKind kind, Instant time);
     [[nodiscard]] std::optional<int> inputCodeOf(int keyCode) const;
     [[nodiscard]] int keyCodeOf(int inputCode) const;
@@ -74,6 +78,9 @@ class ShellExtensionHoldRoad final : public QObject, public HoldRoad {
     std::shared_ptr<Watch> watch_;
     /// Linux input codes.
     std::set<int> down_;
+    bool isInForce_ = false;
+    /// Answers to earlier watches do not count.
+    std::uint64_t lastWatch_ = 0;
     Signal<> changed_;
     BusName extension_;
     BusName program_;

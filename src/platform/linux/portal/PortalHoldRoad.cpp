@@ -18,12 +18,6 @@ const QString sessionInterface = QStringLiteral("org.freedesktop.portal.Session"
 const QString shortcutId = QStringLiteral("dictate");
 constexpr Duration sessionPatience = std::chrono::seconds(5);
 
-QString sessionFrom(const PortalAnswer& answer) {
-    const QVariant handle = answer.results.value(QStringLiteral("session_handle"));
-    const auto path = handle.value<QDBusObjectPath>().path();
-    return path.isEmpty() ? handle.toString() : path;
-}
-
 } // namespace
 
 PortalHoldRoad::PortalHoldRoad(const Foundation& foundation, const QDBusConnection& session)
@@ -105,13 +99,9 @@ void PortalHoldRoad::end() {
 }
 
 QCoro::Task<void> PortalHoldRoad::bind(TaskScope scope) {
-    const QVariantMap options{{QStringLiteral("session_handle_token"), PortalRequests::freshToken()}};
     const QString interface = shortcutsInterface;
-    const QString method = QStringLiteral("CreateSession");
-    const QVariantList none;
-    const PortalAnswer created =
-        co_await requests_.request(interface, method, none, options, sessionPatience, scope);
-    const QString session = created.isGranted() ? sessionFrom(created) : QString();
+    const PortalAnswer created = co_await requests_.createSession(interface, sessionPatience, scope);
+    const QString session = PortalRequests::sessionOf(created);
     if (session.isEmpty()) {
         setObstacle(QStringLiteral("no session (%1)").arg(created.problem));
         co_return;
@@ -132,7 +122,8 @@ QCoro::Task<void> PortalHoldRoad::bindInSession(QString session, TaskScope scope
     const bool isOurs = shortcuts && std::any_of(shortcuts->begin(), shortcuts->end(),
                                                  [](const auto& one) { return one.id == shortcutId; });
     if (bound.isGranted() && isOurs && session_ == session) {
-        log_.diagLog(QStringLiteral("[tirra-keys] the portal tells a key"));
+        isBound_ = true;
+        changed_.emit();
         co_return;
     }
     requests_.closeSession(session);
@@ -180,6 +171,7 @@ void PortalHoldRoad::forgetSession() {
     bus.disconnect(service, session_, sessionInterface, QStringLiteral("Closed"), this,
                    SLOT(closedByDesktop(QDBusMessage)));
     session_.clear();
+    isBound_ = false;
     if (const auto watch = watch_) {
         watch->observer({keyCode::fn, HoldEdgeKind::lost, clock_.now()});
     }

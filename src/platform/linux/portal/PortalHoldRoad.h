@@ -30,6 +30,8 @@ class PortalHoldRoad final : public QObject, public HoldRoad {
     [[nodiscard]] HoldOffer offer() const override;
     [[nodiscard]] Handle watch(std::vector<int> keyCodes,
                                std::function<void(const HoldEdge&)> observer) override;
+    /// The desktop has bound it.
+    [[nodiscard]] bool isInForce(int /*keyCode*/) const override { return isBound_; }
     QCoro::Task<std::optional<bool>> isHeld(int keyCode, TaskScope scope) override;
     [[nodiscard]] Handle onChange(std::function<void()> changed) override {
         return changed_.subscribe(std::move(changed));
@@ -67,6 +69,7 @@ class PortalHoldRoad final : public QObject, public HoldRoad {
     std::shared_ptr<Watch> watch_;
     /// The session whose shortcuts are bound; empty while there is none.
     QString session_;
+    bool isBound_ = false;
     Signal<> changed_;
     TaskHandle looking_;
     TaskHandle binding_;

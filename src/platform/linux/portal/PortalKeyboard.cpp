@@ -122,16 +122,10 @@ QCoro::Task<bool> PortalKeyboard::openWithin(Duration startPatience, TaskScope s
 }
 
 QCoro::Task<QString> PortalKeyboard::createSession(TaskScope scope) {
-    const QVariantMap options{{QStringLiteral("session_handle_token"), PortalRequests::freshToken()}};
-    const QString method = QStringLiteral("CreateSession");
     const QString interface = remoteInterface;
-    const QVariantList none;
-    const PortalAnswer created =
-        co_await requests_.request(interface, method, none, options, patience, scope);
-    const QVariant handle = created.results.value(QStringLiteral("session_handle"));
-    const QString path = handle.value<QDBusObjectPath>().path();
-    const QString session = path.isEmpty() ? handle.toString() : path;
-    if (!created.isGranted() || session.isEmpty()) {
+    const PortalAnswer created = co_await requests_.createSession(interface, patience, scope);
+    const QString session = PortalRequests::sessionOf(created);
+    if (session.isEmpty()) {
         (void)refuse(created.problem);
         co_return QString();
     }

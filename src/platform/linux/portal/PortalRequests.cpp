@@ -20,28 +20,33 @@ constexpr int answerBound = 5000; // milliseconds; the portal may have to be sta
 /// Hears the end of one request, under every path that it may have.
 class PortalRequests::Listening {
  public:
-    explicit Listening(PortalRequests& requests) : requests_(requests) {}
+    Listening(PortalRequests& requests, Gives gives) : requests_(requests), gives_(gives) {}
     Listening(const Listening&) = delete;
     Listening& operator=(const Listening&) = delete;
     ~Listening() {
+        const bool staysOpen = gives_ == Gives::session && !isAnswered;
         for (const QString& path : std::as_const(paths_)) {
             requests_.waiting_.erase(path);
-            requests_.bus_.disconnect(serviceName(), path, requestInterface, QStringLiteral("Response"),
-                                      &requests_, SLOT(takeResponse(QDBusMessage)));
+            if (staysOpen) {
+                requests_.abandoned_.insert(path);
+            } else {
+                requests_.listenAt(path, false);
+            }
         }
     }
     void at(const QString& path) {
         if (!path.isEmpty() && !paths_.contains(path)) {
             paths_.append(path);
             requests_.waiting_.emplace(path, answer);
-            requests_.bus_.connect(serviceName(), path, requestInterface, QStringLiteral("Response"),
-                                   &requests_, SLOT(takeResponse(QDBusMessage)));
+            requests_.listenAt(path, true);
         }
     }
     const Completion<PortalAnswer> answer;
+    bool isAnswered = false;
 
  private:
     PortalRequests& requests_;
+    Gives gives_;
     QStringList paths_;
 };
 
@@ -63,17 +68,51 @@ QString PortalRequests::expectedPath(const QString& token) const {
     return objectPath() + QStringLiteral("/request/") + sender.replace(u'.', u'_') + u'/' + token;
 }
 
+void PortalRequests::listenAt(const QString& path, bool listen) {
+    const QString response = QStringLiteral("Response");
+    if (listen) {
+        bus_.connect(serviceName(), path, requestInterface, response, this, SLOT(takeResponse(QDBusMessage)));
+    } else {
+        bus_.disconnect(serviceName(), path, requestInterface, response, this,
+                        SLOT(takeResponse(QDBusMessage)));
+    }
+}
+
 QCoro::Task<PortalAnswer> PortalRequests::request(QString interface, QString method, QVariantList arguments,
                                                   QVariantMap options, Duration patience, TaskScope scope) {
+    return send(std::move(interface), std::move(method), std::move(arguments), std::move(options),
+                Gives::nothing, patience, std::move(scope));
+}
+
+QCoro::Task<PortalAnswer> PortalRequests::createSession(QString interface, Duration patience,
+                                                        TaskScope scope) {
+    QVariantMap options{{QStringLiteral("session_handle_token"), freshToken()}};
+    return send(std::move(interface), QStringLiteral("CreateSession"), {}, std::move(options), Gives::session,
+                patience, std::move(scope));
+}
+
+QString PortalRequests::sessionOf(const PortalAnswer& created) {
+    const QVariant handle = created.results.value(QStringLiteral("session_handle"));
+    const QString path = handle.value<QDBusObjectPath>().path();
+    if (!created.isGranted()) {
+        return {};
+    }
+    return path.isEmpty() ? handle.toString() : path;
+}
+
+QCoro::Task<PortalAnswer> PortalRequests::send(QString interface, QString method, QVariantList arguments,
+                                               QVariantMap options, Gives gives, Duration patience,
+                                               TaskScope scope) {
     const QString token = freshToken();
     options.insert(QStringLiteral("handle_token"), token);
     arguments.append(options);
-    Listening listening(*this);
+    Listening listening(*this, gives);
     listening.at(expectedPath(token));
     const auto calling = call(objectPath(), interface, method, arguments);
     const QDBusMessage reply = co_await calling.wait(scope);
     const QString path = reply.arguments().value(0).value<QDBusObjectPath>().path();
     if (reply.type() != QDBusMessage::ReplyMessage || path.isEmpty()) {
+        listening.isAnswered = reply.errorName() != QLatin1String("org.freedesktop.DBus.Error.NoReply");
         co_return PortalAnswer{
             PortalAnswer::Outcome::refused, {}, QStringLiteral("%1: %2").arg(method, reply.errorMessage())};
     }
@@ -82,7 +121,9 @@ QCoro::Task<PortalAnswer> PortalRequests::request(QString interface, QString met
         answer.complete({PortalAnswer::Outcome::silent, {}, method + QStringLiteral(": no answer")});
     });
     PortalAnswer answer = co_await listening.answer.wait(scope);
-    if (answer.outcome == PortalAnswer::Outcome::silent) {
+    listening.isAnswered = answer.outcome != PortalAnswer::Outcome::silent;
+    // A request for a session has no dialog, and its end would hide whether there is one now.
+    if (!listening.isAnswered && gives == Gives::nothing) {
         const auto closing = call(path, requestInterface, QStringLiteral("Close"), {});
         Q_UNUSED(closing)
     }
@@ -91,20 +132,27 @@ QCoro::Task<PortalAnswer> PortalRequests::request(QString interface, QString met
 
 void PortalRequests::takeResponse(const QDBusMessage& signal) {
     const auto found = waiting_.find(signal.path());
-    if (found == waiting_.end()) {
-        return;
+    if (found != waiting_.end()) {
+        const auto answer = found->second; // the waiter ends its own entry
+        answer.complete(answerIn(signal));
+    } else if (abandoned_.remove(signal.path())) {
+        listenAt(signal.path(), false);
+        if (const QString session = sessionOf(answerIn(signal)); !session.isEmpty()) {
+            closeSession(session);
+        }
     }
-    const auto answer = found->second; // the waiter ends its own entry
-    if (signal.signature() != QLatin1String("ua{sv}")) {
-        answer.complete({PortalAnswer::Outcome::refused, {}, QStringLiteral("an answer of a wrong type")});
-        return;
+}
+
+PortalAnswer PortalRequests::answerIn(const QDBusMessage& response) {
+    if (response.signature() != QLatin1String("ua{sv}")) {
+        return {PortalAnswer::Outcome::refused, {}, QStringLiteral("an answer of a wrong type")};
     }
-    const uint response = signal.arguments().at(0).toUInt();
-    const auto results = qdbus_cast<QVariantMap>(signal.arguments().at(1));
-    const auto outcome = response == 0   ? PortalAnswer::Outcome::granted
-                         : response == 1 ? PortalAnswer::Outcome::cancelled
-                                         : PortalAnswer::Outcome::refused;
-    answer.complete({outcome, results, QStringLiteral("response %1").arg(response)});
+    const uint code = response.arguments().at(0).toUInt();
+    const auto outcome = code == 0   ? PortalAnswer::Outcome::granted
+                         : code == 1 ? PortalAnswer::Outcome::cancelled
+                                     : PortalAnswer::Outcome::refused;
+    return {outcome, qdbus_cast<QVariantMap>(response.arguments().at(1)),
+            QStringLiteral("response %1").arg(code)};
 }
 
 Completion<QDBusMessage> PortalRequests::call(const QString& path, const QString& interface,

@@ -8,6 +8,7 @@
 #include <QDBusMessage>
 #include <QDBusServiceWatcher>
 #include <QObject>
+#include <QSet>
 #include <QVariantMap>
 
 #include <map>
@@ -43,6 +44,11 @@ class PortalRequests final : public QObject {
     /// answered in `patience` is closed, and with it its dialog.
     QCoro::Task<PortalAnswer> request(QString interface, QString method, QVariantList arguments,
                                       QVariantMap options, Duration patience, TaskScope scope);
+    /// A session of that interface of the portal. One that is told of when nobody waits for it any more is
+    /// closed again.
+    QCoro::Task<PortalAnswer> createSession(QString interface, Duration patience, TaskScope scope);
+    /// The session of that answer; empty when there is none.
+    [[nodiscard]] static QString sessionOf(const PortalAnswer& created);
     /// A call without a request. A portal that is not running is started by it.
     [[nodiscard]] Completion<QDBusMessage> call(const QString& path, const QString& interface,
                                                 const QString& method, const QVariantList& arguments);
@@ -65,12 +71,19 @@ class PortalRequests final : public QObject {
 
  private:
     class Listening;
+    enum class Gives { nothing, session };
+    QCoro::Task<PortalAnswer> send(QString interface, QString method, QVariantList arguments,
+                                   QVariantMap options, Gives gives, Duration patience, TaskScope scope);
+    void listenAt(const QString& path, bool listen);
+    [[nodiscard]] static PortalAnswer answerIn(const QDBusMessage& response);
     [[nodiscard]] QString expectedPath(const QString& token) const;
 
     QDBusConnection bus_;
     Clock& clock_;
     QDBusServiceWatcher watcher_;
     std::map<QString, Completion<PortalAnswer>> waiting_;
+    /// The paths of requests for a session that may still be answered.
+    QSet<QString> abandoned_;
 };
 
 } // namespace lorvane

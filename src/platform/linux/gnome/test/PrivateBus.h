@@ -43,6 +43,9 @@ class ScriptedService final : public QDBusVirtualObject {
         bus_.send(signal);
     }
 
+    /// An answer that was not given at once.
+    void send(const QDBusMessage& late) { bus_.send(late); }
+
     /// An empty message: no answer at all.
     Answer answer = [](const QDBusMessage& call) { return call.createReply(); };
 

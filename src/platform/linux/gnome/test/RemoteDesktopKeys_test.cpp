@@ -30,6 +30,7 @@ class RemoteDesktop : public PrivateBus {
     }
     QDBusMessage answer(const QDBusMessage& call) {
         if (call.member() == silent) {
+            unanswered = call;
             return {};
         }
         if (call.member() == refused) {
@@ -50,6 +51,7 @@ class RemoteDesktop : public PrivateBus {
     }
 
     QString silent;
+    QDBusMessage unanswered;
     QString refused;
     std::uint32_t held = 0;
     std::vector<int> chord{KEY_LEFTCTRL, KEY_V};
@@ -108,6 +110,15 @@ TEST_F(RemoteDesktop, AShellThatDoesNotAnswerIsNotWaitedForForLong) {
     silent = QStringLiteral("CreateSession");
     bringShell();
     EXPECT_EQ(paste(PasteRoute::standard), KeysOutcome::notPosted);
+}
+
+TEST_F(RemoteDesktop, ASessionThatComesTooLateIsEnded) {
+    silent = QStringLiteral("CreateSession");
+    bringShell();
+    EXPECT_EQ(paste(PasteRoute::standard), KeysOutcome::notPosted);
+    shell->send(unanswered.createReply(QVariant::fromValue(QDBusObjectPath(sessionPath))));
+    EXPECT_TRUE(waitUntil([&] { return shell->calls().last() == QLatin1String("Stop:"); }));
+    EXPECT_FALSE(shell->calls().contains(QLatin1String("Start:")));
 }
 
 TEST_F(RemoteDesktop, KeysThatAreDownAreLetGoByTheEndOfTheSession) {

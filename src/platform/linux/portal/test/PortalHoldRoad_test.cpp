@@ -53,8 +53,7 @@ class PortalHoldRoadTest : public ::testing::Test {
     void bindKey() {
         ASSERT_TRUE(waitForOffer());
         watchKey();
-        ASSERT_TRUE(waitUntil(
-            [this] { return base.lines.join(u'\n').contains(QStringLiteral("the portal tells a key")); }));
+        ASSERT_TRUE(waitUntil([this] { return road->isInForce(keyCode::fn); }));
     }
     void tell(const char* signal) {
         portal.tellShortcut(QString::fromLatin1(signal), QStringLiteral("dictate"));
@@ -207,7 +206,7 @@ TEST_F(PortalHoldRoadTest, PortalThatGoesLosesTheKeyAndIsAskedAnewWhenItIsBack) 
     portal.appear();
     ASSERT_TRUE(waitUntil([this] { return portal.calls.count(bindCall) == 2; }));
     edges.clear();
-    ASSERT_TRUE(waitUntil([this] { return base.lines.filter(QStringLiteral("tells a key")).size() == 2; }));
+    ASSERT_TRUE(waitUntil([this] { return road->isInForce(keyCode::fn); }));
     tell("Activated");
     EXPECT_TRUE(waitForEdges({"63 down"}));
 }
@@ -235,6 +234,30 @@ TEST_F(PortalHoldRoadTest, ItsStateCannotBeAsked) {
         held = co_await road->isHeld(keyCode::fn, scope);
     });
     EXPECT_EQ(held, std::nullopt);
+}
+
+TEST_F(PortalHoldRoadTest, SessionThatComesAfterTheWatchHasEndedIsClosed) {
+    portal.script["GlobalShortcuts.CreateSession"].kind = ScriptedPortal::Ending::Kind::staysOpen;
+    ASSERT_TRUE(waitForOffer());
+    watchKey();
+    ASSERT_TRUE(waitForCall("GlobalShortcuts.CreateSession"));
+    watch.reset();
+    portal.respond(0, {{"session_handle", portal.session}});
+    EXPECT_TRUE(waitForCall("Session.Close"));
+    EXPECT_FALSE(portal.calls.contains("GlobalShortcuts.BindShortcuts"));
+}
+
+TEST_F(PortalHoldRoadTest, SessionThatComesTooLateIsClosed) {
+    portal.script["GlobalShortcuts.CreateSession"].kind = ScriptedPortal::Ending::Kind::staysOpen;
+    ASSERT_TRUE(waitForOffer());
+    watchKey();
+    ASSERT_TRUE(waitForCall("GlobalShortcuts.CreateSession"));
+    ASSERT_TRUE(waitUntil([this] {
+        base.clock.advance(std::chrono::seconds(1));
+        return road->offer().obstacle.contains("no session");
+    }));
+    portal.respond(0, {{"session_handle", portal.session}});
+    EXPECT_TRUE(waitForCall("Session.Close"));
 }
 
 } // namespace

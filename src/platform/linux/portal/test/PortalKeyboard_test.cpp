@@ -245,6 +245,15 @@ TEST_F(PortalKeyboardTest, PortalThatGoesOffersNothing) {
     EXPECT_TRUE(waitForOffer());
 }
 
+TEST_F(PortalKeyboardTest, SessionThatComesTooLateIsClosed) {
+    portal.script["RemoteDesktop.CreateSession"].kind = ScriptedPortal::Ending::Kind::staysOpen;
+    ASSERT_TRUE(waitForOffer());
+    EXPECT_EQ(post(std::chrono::milliseconds(100)), KeysOutcome::notPosted);
+    EXPECT_FALSE(portal.calls.contains("Session.Close"));
+    portal.respond(0, {{"session_handle", portal.session}});
+    EXPECT_TRUE(waitUntil([this] { return portal.calls.contains("Session.Close"); }));
+}
+
 } // namespace
 
 } // namespace lorvane
