@@ -53,7 +53,11 @@ BindingHoldRoad::BindingHoldRoad(const Foundation& foundation, CompositorSocket&
 }
 
 BindingHoldRoad::~BindingHoldRoad() {
+    const bool mayBeDown = held_ || mayBeArmed_;
     endWatch();
+    if (!mayBeDown) {
+        table_.leaveOtherModes();
+    }
     socket_.forgetReplies();
     socket_.settle();
 }
@@ -149,6 +153,7 @@ void BindingHoldRoad::takeAwayLeftoverChords() {
 void BindingHoldRoad::lost() {
     loseHeld();
     mayBeArmed_ = false;
+    inForce_.clear();
     table_.abandon();
     become(State::away, QStringLiteral("the compositor's command socket is gone"));
 }
@@ -187,6 +192,21 @@ void BindingHoldRoad::bindWatched() {
         bindings.insert(present.begin(), present.end());
     }
     table_.want(std::move(bindings));
+    confirmWhenAnswered();
+}
+
+// Answers come in order, so this one says that the bindings before it are set.
+void BindingHoldRoad::confirmWhenAnswered() {
+    std::erase_if(inForce_, [this](int code) { return !isWatched(code); });
+    if (std::includes(inForce_.begin(), inForce_.end(), watched_.begin(), watched_.end())) {
+        return;
+    }
+    socket_.request(ipcType::getVersion, {}, [this, asked = watched_](const QJsonDocument&) {
+        if (state_ == State::there && asked == watched_) {
+            inForce_ = asked;
+            changed_.emit();
+        }
+    });
 }
 
 void BindingHoldRoad::endWatch() {

@@ -34,6 +34,8 @@ class BindingHoldRoad final : public HoldRoad {
     [[nodiscard]] HoldOffer offer() const override;
     [[nodiscard]] Handle watch(std::vector<int> keyCodes,
                                std::function<void(const HoldEdge&)> observer) override;
+    /// The compositor has set its bindings.
+    [[nodiscard]] bool isInForce(int keyCode) const override { return inForce_.contains(keyCode); }
     /// Nobody can be asked.
     QCoro::Task<std::optional<bool>> isHeld(int keyCode, TaskScope scope) override;
     /// The modifier bit of the key that is held; 0 when none is.
@@ -64,6 +66,7 @@ class BindingHoldRoad final : public HoldRoad {
     void tell(int keyCode, HoldEdgeKind kind);
     /// The bindings of what is watched.
     void bindWatched();
+    void confirmWhenAnswered();
     void endWatch();
     [[nodiscard]] KeyBindings bindingsOfWatched() const;
     [[nodiscard]] const HoldKeyPlace* placeOf(int key) const;
@@ -79,6 +82,7 @@ class BindingHoldRoad final : public HoldRoad {
     State state_ = State::away;
     QString obstacle_;
     std::set<int> watched_;
+    std::set<int> inForce_;
     std::function<void(const HoldEdge&)> observer_;
     std::uint64_t watchId_ = 0;
     /// A handle may outlive the road.

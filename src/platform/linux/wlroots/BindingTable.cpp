@@ -29,6 +29,28 @@ void BindingTable::modeEntered(const QString& mode) {
     apply();
 }
 
+void BindingTable::leaveOtherModes() {
+    const auto entering = [](QString mode) {
+        mode.replace(QLatin1Char('\\'), QLatin1String("\\\\"))
+            .replace(QLatin1Char('"'), QLatin1String("\\\""));
+        return QStringLiteral("mode \"%1\"").arg(mode);
+    };
+    QStringList commands;
+    for (auto& [mode, made] : made_) {
+        if (mode == mode_ || made.empty() || mode.contains(QLatin1Char(';'))) {
+            continue;
+        }
+        commands.append(entering(mode));
+        for (const KeyBinding& binding : std::exchange(made, {})) {
+            commands.append(binding.removeCommand());
+        }
+    }
+    if (!commands.isEmpty() && socket_.isConnected()) {
+        commands.append(entering(mode_));
+        socket_.run(commands);
+    }
+}
+
 void BindingTable::forgotten() {
     made_.clear();
     apply();

@@ -21,6 +21,10 @@ class BindingTable {
     void want(KeyBindings bindings);
     [[nodiscard]] const KeyBindings& wanted() const { return wanted_; }
     void modeEntered(const QString& mode);
+    /// Takes them away in the modes that are not in force now, where they would stay: commands reach the mode
+    /// in force alone, so each is entered for an instant, and the present one again. For the end of the
+    /// program, since everybody who follows the modes is told.
+    void leaveOtherModes();
     /// The compositor has forgotten all of them.
     void forgotten();
     /// Nothing more can be said to the compositor, or nothing more shall be.

@@ -1,67 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/linux/wlroots/BindingHoldRoad.h"
+#include "platform/linux/wlroots/test/BindingFixture.h"
 
 #include "base/PreferenceCatalogue.h"
-#include "base/testing/TestFoundation.h"
-#include "input/KeyEvents.h"
-#include "platform/linux/wlroots/test/ScriptedCompositor.h"
-#include "support/Wait.h"
-
-#include <gtest/gtest.h>
 
 namespace lorvane {
 
 namespace {
 
-const QString downFlags = QStringLiteral("--inhibited ");
-const QString upFlags = QStringLiteral("--release --locked --inhibited ");
-
-class BindingHoldRoadTest : public ::testing::Test, public TestFoundation {
- protected:
-    void SetUp() override { begin(); }
-
-    void begin() {
-        socket.emplace(clock, log, [this] { return QStringList{compositor.place()}; });
-        road.emplace(foundation, *socket);
-        socket->start();
-    }
-    void waitForOffer() {
-        ASSERT_TRUE(waitUntil([this] { return !road->offer().keys.empty(); }));
-    }
-    void watch(std::vector<int> keys) {
-        handle = road->watch(std::move(keys), [this](const HoldEdge& edge) {
-            const char* const kinds[] = {"down", "up", "lost"};
-            edges.append(QStringLiteral("%1 %2")
-                             .arg(edge.keyCode)
-                             .arg(QLatin1String(kinds[static_cast<int>(edge.kind)])));
-        });
-    }
-    bool waitForBound(const QString& what) {
-        return waitUntil([&] { return compositor.bound.contains(what); });
-    }
-    bool waitForEdges(const QStringList& wanted) {
-        const bool came = waitUntil([&] { return edges == wanted; });
-        EXPECT_EQ(edges, wanted);
-        return came;
-    }
-    /// All that the compositor has said has been heard.
-    void settle() {
-        bool answered = false;
-        socket->request(ipcType::getVersion, {}, [&](const QJsonDocument&) { answered = true; });
-        ASSERT_TRUE(waitUntil([&] { return answered; }));
-    }
-    [[nodiscard]] bool offers(int key) const {
-        const HoldOffer offer = road->offer();
-        return std::any_of(offer.keys.begin(), offer.keys.end(),
-                           [key](const HoldKeyOffer& one) { return one.keyCode == key; });
-    }
-
-    ScriptedCompositor compositor;
-    std::optional<CompositorSocket> socket;
-    std::optional<BindingHoldRoad> road;
-    QStringList edges;
-    Handle handle;
-};
+using BindingHoldRoadTest = BindingFixture;
 
 TEST_F(BindingHoldRoadTest, OffersAllKeysOnceTheCompositorAnswers) {
     EXPECT_TRUE(road->offer().keys.empty());
@@ -215,61 +161,6 @@ TEST_F(BindingHoldRoadTest, WatchThatChangesDuringAHoldLosesNothing) {
     EXPECT_TRUE(waitForEdges({"62 down", "62 up"}));
 }
 
-TEST_F(BindingHoldRoadTest, EverythingIsTakenAwayAtTheEnd) {
-    waitForOffer();
-    watch({keyCode::rightControl, keyCode::escape});
-    ASSERT_TRUE(waitForBound(upFlags + "105"));
-    road.reset();
-    EXPECT_TRUE(waitUntil([&] { return compositor.bound.isEmpty(); }));
-}
-
-TEST_F(BindingHoldRoadTest, NothingIsTakenAwayUnderAFinger) {
-    waitForOffer();
-    watch({keyCode::rightControl});
-    ASSERT_TRUE(waitForBound(upFlags + "105"));
-    compositor.press(105);
-    ASSERT_TRUE(waitForEdges({"62 down"}));
-    handle.reset();
-    compositor.release(105);
-    EXPECT_TRUE(waitUntil([&] { return compositor.bound.isEmpty(); }));
-    EXPECT_EQ(edges, QStringList("62 down"));
-}
-
-TEST_F(BindingHoldRoadTest, LeftoversOfACrashedRunAreTakenAway) {
-    road.reset();
-    socket.reset();
-    compositor.bound = {upFlags + "105", downFlags + "Shift+134", upFlags + "Control+54"};
-    begin();
-    waitForOffer();
-    EXPECT_TRUE(waitUntil([&] { return compositor.bound == QSet<QString>{upFlags + "Control+54"}; }));
-    watch({keyCode::rightControl});
-    ASSERT_TRUE(waitForBound(upFlags + "105"));
-    compositor.press(105);
-    compositor.release(105);
-    EXPECT_TRUE(waitForEdges({"62 down", "62 up"}));
-    EXPECT_TRUE(waitUntil([&] { return !compositor.bound.contains(upFlags + "Control+54"); }));
-}
-
-TEST_F(BindingHoldRoadTest, KeyOfTheUsersOwnIsNotOffered) {
-    road.reset();
-    socket.reset();
-    compositor.config = "bindsym Control_R exec menu\n";
-    begin();
-    waitForOffer();
-    EXPECT_FALSE(offers(keyCode::rightControl));
-    EXPECT_TRUE(offers(keyCode::rightCommand));
-    EXPECT_FALSE(road->offer().obstacle.isEmpty());
-}
-
-TEST_F(BindingHoldRoadTest, BindingThatRunsWithoutBeingInTheConfigurationTakesItsKeyOut) {
-    waitForOffer();
-    int changes = 0;
-    const Handle change = road->onChange([&] { ++changes; });
-    compositor.runBinding("exec menu", {}, 0, {"Control_R"});
-    EXPECT_TRUE(waitUntil([&] { return changes == 1; }));
-    EXPECT_FALSE(offers(keyCode::rightControl));
-}
-
 TEST_F(BindingHoldRoadTest, UsersOwnChordCountsAsAnotherKey) {
     waitForOffer();
     watch({keyCode::rightCommand});
@@ -277,115 +168,6 @@ TEST_F(BindingHoldRoadTest, UsersOwnChordCountsAsAnotherKey) {
     compositor.press(134);
     compositor.runBinding("exec term", {"Mod4"}, 36);
     EXPECT_TRUE(waitForEdges({"54 down", "292 down", "292 up", "54 lost"}));
-}
-
-TEST_F(BindingHoldRoadTest, ModifiersThatReloadAreNotLookedAt) {
-    road.reset();
-    socket.reset();
-    compositor.config = "bindsym Control+Shift+c reload\n";
-    begin();
-    waitForOffer();
-    watch({keyCode::rightControl});
-    ASSERT_TRUE(waitForBound(upFlags + "105"));
-    compositor.press(105);
-    ASSERT_TRUE(waitForBound(upFlags + "Control+54"));
-    EXPECT_FALSE(compositor.bound.contains(upFlags + "Shift+Control+54"));
-}
-
-TEST_F(BindingHoldRoadTest, BindingsComeBackAfterAReload) {
-    waitForOffer();
-    watch({keyCode::rightControl});
-    ASSERT_TRUE(waitForBound(upFlags + "105"));
-    compositor.press(105);
-    ASSERT_TRUE(waitForEdges({"62 down"}));
-    compositor.bound.clear();
-    compositor.tell(ipcType::workspaceEvent, {{"change", "reload"}});
-    EXPECT_TRUE(waitForEdges({"62 down", "62 lost"}));
-    EXPECT_TRUE(waitForBound(upFlags + "105"));
-}
-
-TEST_F(BindingHoldRoadTest, BindingsAreMadeInTheModeThatIsEntered) {
-    waitForOffer();
-    watch({keyCode::rightControl});
-    ASSERT_TRUE(waitForBound(upFlags + "105"));
-    compositor.bound.clear();
-    compositor.tell(ipcType::modeEvent, {{"change", "resize"}});
-    EXPECT_TRUE(waitForBound(upFlags + "105"));
-}
-
-TEST_F(BindingHoldRoadTest, CompositorWithoutBindingsAtRunTimeOffersNothing) {
-    road.reset();
-    socket.reset();
-    compositor.knowsBindings = false;
-    begin();
-    EXPECT_TRUE(waitUntil([this] { return road->offer().obstacle.contains("Unknown/invalid command"); }));
-    EXPECT_TRUE(road->offer().keys.empty());
-    watch({keyCode::rightControl});
-    EXPECT_TRUE(compositor.bound.isEmpty());
-}
-
-TEST_F(BindingHoldRoadTest, HeldKeyIsLostWithTheSocketAndWatchedAgainWhenItIsBack) {
-    waitForOffer();
-    watch({keyCode::rightControl});
-    ASSERT_TRUE(waitForBound(upFlags + "105"));
-    compositor.press(105);
-    ASSERT_TRUE(waitForEdges({"62 down"}));
-    compositor.stop();
-    EXPECT_TRUE(waitForEdges({"62 down", "62 lost"}));
-    EXPECT_TRUE(road->offer().keys.empty());
-    compositor.bound.clear();
-    compositor.start();
-    clock.advance(CompositorSocket::retryPeriod);
-    waitForOffer();
-    EXPECT_TRUE(waitForBound(upFlags + "105"));
-}
-
-TEST_F(BindingHoldRoadTest, NonsenseEndsTheConnectionAndTheNextOneWorks) {
-    QByteArray hostile = encodeIpc({ipcType::bindingEvent, {}});
-    hostile[9] = '\x7f';
-    const QList<QByteArray> nonsense{"HTTP/1.1 400 Bad Request\r\n\r\n", hostile,
-                                     encodeIpc({ipcType::getConfig, "{}"}),
-                                     encodeIpc({ipcType::runCommand, "no json"})};
-    for (const QByteArray& bytes : nonsense) {
-        waitForOffer();
-        compositor.send(bytes);
-        ASSERT_TRUE(waitUntil([this] { return road->offer().keys.empty(); })) << bytes.toStdString();
-        clock.advance(CompositorSocket::retryPeriod);
-    }
-    waitForOffer();
-}
-
-TEST_F(BindingHoldRoadTest, MessageThatStopsInTheMiddleIsNoEvent) {
-    waitForOffer();
-    watch({keyCode::rightControl});
-    ASSERT_TRUE(waitForBound(upFlags + "105"));
-    compositor.send(encodeIpc({ipcType::bindingEvent, R"({"change":"run"})"}).chopped(3));
-    compositor.hangUp();
-    ASSERT_TRUE(waitUntil([this] { return road->offer().keys.empty(); }));
-    EXPECT_TRUE(edges.isEmpty());
-}
-
-TEST_F(BindingHoldRoadTest, EventsOfAnyShapeAreSurvived) {
-    waitForOffer();
-    watch({keyCode::rightControl});
-    ASSERT_TRUE(waitForBound(upFlags + "105"));
-    for (const char* const body :
-         {"[]", "{}", "nothing", R"({"binding":7})", R"({"binding":{"command":[1]}})",
-          R"({"binding":{"symbols":[1,2],"input_code":"x"}})", R"({"change":{}})"}) {
-        compositor.send(encodeIpc({ipcType::bindingEvent, body}));
-        compositor.send(encodeIpc({ipcType::workspaceEvent, body}));
-    }
-    compositor.press(105);
-    EXPECT_TRUE(waitForEdges({"62 down"}));
-}
-
-TEST_F(BindingHoldRoadTest, CompositorThatAnswersNothingOffersNothing) {
-    road.reset();
-    socket.reset();
-    compositor.isSilent = true;
-    begin();
-    ASSERT_TRUE(waitUntil([this] { return compositor.hasClient(); }));
-    EXPECT_FALSE(waitUntil([this] { return !road->offer().keys.empty(); }, std::chrono::milliseconds(100)));
 }
 
 TEST_F(BindingHoldRoadTest, ExtraKeyIsWhereThePreferenceSays) {
@@ -396,6 +178,20 @@ TEST_F(BindingHoldRoadTest, ExtraKeyIsWhereThePreferenceSays) {
     compositor.press(127);
     EXPECT_TRUE(waitForEdges({"63 down"}));
     EXPECT_FALSE(compositor.bound.contains(upFlags + "54"));
+}
+
+TEST_F(BindingHoldRoadTest, KeyIsInForceOnceTheCompositorHasSetItsBindings) {
+    waitForOffer();
+    int changes = 0;
+    const Handle change = road->onChange([&] { ++changes; });
+    watch({keyCode::rightControl});
+    EXPECT_FALSE(road->isInForce(keyCode::rightControl)) << "nobody has answered yet";
+    EXPECT_TRUE(waitUntil([&] { return road->isInForce(keyCode::rightControl); }));
+    EXPECT_TRUE(compositor.bound.contains(upFlags + "105"));
+    EXPECT_FALSE(road->isInForce(keyCode::rightOption));
+    EXPECT_EQ(changes, 1);
+    compositor.stop();
+    EXPECT_TRUE(waitUntil([&] { return !road->isInForce(keyCode::rightControl); }));
 }
 
 } // namespace

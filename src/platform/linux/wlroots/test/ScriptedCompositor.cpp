@@ -4,6 +4,8 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 
+#include <utility>
+
 namespace lorvane {
 
 ScriptedCompositor::ScriptedCompositor() { start(); }
@@ -107,8 +109,24 @@ QByteArray ScriptedCompositor::answer(const IpcMessage& question) {
     }
 }
 
+void ScriptedCompositor::switchMode(const QString& to) {
+    inModes_[mode] = bound;
+    mode = to;
+    bound = std::exchange(inModes_[to], {});
+}
+
+void ScriptedCompositor::enterMode(const QString& to) {
+    switchMode(to);
+    tell(ipcType::modeEvent, {{"change", to}});
+}
+
 QJsonObject ScriptedCompositor::carryOut(const QString& command) {
     commands.append(command);
+    if (command.startsWith(QLatin1String("mode "))) {
+        QString to = command.mid(6).chopped(1); // in quotes
+        switchMode(to.replace(QLatin1String("\\\""), QLatin1String("\"")));
+        return {{"success", true}};
+    }
     if (!knowsBindings) {
         return {{"success", false}, {"parse_error", true}, {"error", "Unknown/invalid command"}};
     }

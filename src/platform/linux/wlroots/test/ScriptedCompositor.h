@@ -10,6 +10,7 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+#include <map>
 #include <memory>
 
 namespace lorvane {
@@ -32,6 +33,8 @@ class ScriptedCompositor {
     /// A binding runs: everyone who listens is told.
     void runBinding(const QString& command, const QStringList& modifiers = {}, int code = 0,
                     const QStringList& symbols = {});
+    /// Each binding mode has bindings of its own.
+    void enterMode(const QString& to);
     /// The key's binding runs, if there is one.
     bool press(int key, const QString& modifiers = {});
     bool release(int key, const QString& modifiers = {});
@@ -48,12 +51,15 @@ class ScriptedCompositor {
     void read();
     [[nodiscard]] QByteArray answer(const IpcMessage& question);
     [[nodiscard]] QJsonObject carryOut(const QString& command);
+    void switchMode(const QString& to);
     bool runBound(const QString& flags, const QString& edge, int key, const QString& modifiers);
 
     QTemporaryDir folder_;
     std::unique_ptr<QLocalServer> server_;
     QLocalSocket* client_ = nullptr;
     IpcReader reader_;
+    /// The bindings of the modes that are not in force.
+    std::map<QString, QSet<QString>> inModes_;
 };
 
 } // namespace lorvane
