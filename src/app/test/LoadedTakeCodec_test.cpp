@@ -5,7 +5,9 @@
 
 #include <QFile>
 #include <QTemporaryDir>
+#include <cstdlib>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 namespace lorvane {
 
@@ -38,6 +40,21 @@ TEST_F(LoadedTakeCodecTest, IsLoadedByTheFirstFileAndLetGoWhenAsked) {
         codec.letGo();
         EXPECT_FALSE(isInMemory());
     }
+}
+
+LoadedTakeCodecTest* atTheEnd = nullptr;
+
+void writeAtTheEnd() { _exit(atTheEnd->write("last.m4a") ? 0 : 1); }
+
+TEST_F(LoadedTakeCodecTest, WritesATakeWhileTheProcessEnds) {
+    const auto endProcess = [this] {
+        atTheEnd = this;
+        std::atexit(writeAtTheEnd); // before the module is there, so that its own end comes first
+        codec.load();
+        std::exit(1);
+    };
+    EXPECT_EXIT(endProcess(), testing::ExitedWithCode(0), "");
+    EXPECT_GT(QFile(folder.filePath("last.m4a")).size(), 0);
 }
 
 TEST_F(LoadedTakeCodecTest, AFailureReadsTheSameAfterItIsLetGo) {

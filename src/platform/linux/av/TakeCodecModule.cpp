@@ -2,7 +2,14 @@
 // The one symbol of the module that the program loads while it has takes to write.
 #include "platform/linux/av/AvTakeCodec.h"
 
+#include <array>
+#include <cstddef>
+#include <new>
+
+// Never destroyed: where a library ends the process, the take is written after the module's own objects have
+// gone.
 extern "C" __attribute__((visibility("default"))) lorvane::TakeCodec* lorvaneTakeCodec() {
-    static lorvane::AvTakeCodec codec;
-    return &codec;
+    alignas(lorvane::AvTakeCodec) static std::array<std::byte, sizeof(lorvane::AvTakeCodec)> place;
+    static auto* const codec = new (place.data()) lorvane::AvTakeCodec;
+    return codec;
 }
