@@ -145,15 +145,18 @@ TEST(WorkPool, TheEndDropsWhatIsQueuedAndWaitsForWhatRuns) {
     std::atomic<bool> dropped = true;
     {
         std::promise<void> started;
+        std::promise<void> queued;
         WorkPool pool(1, 10);
-        ASSERT_TRUE(pool.submit([&] {
+        ASSERT_TRUE(pool.submit([&, both = queued.get_future().share()] {
             started.set_value();
+            both.wait();
             while (pool.queued() > 0)
                 std::this_thread::yield();
             finished = true;
         }));
         started.get_future().wait();
         ASSERT_TRUE(pool.submit([&dropped] { dropped = false; }));
+        queued.set_value();
     }
     EXPECT_TRUE(finished);
     EXPECT_TRUE(dropped);
