@@ -27,6 +27,7 @@ class CompositorDesktop {
         return pasteIntoAnother();
     }
     std::optional<QString> pasteIntoAnother() {
+        world_.settle(); // the compositor has what was set
         const auto bytes = pastedByAnother("text/plain");
         return bytes && !bytes->isEmpty() ? std::optional(QString::fromUtf8(*bytes)) : std::nullopt;
     }
