@@ -92,6 +92,9 @@ void SidedHoldRoad::onShortcut(const HoldEdge& edge) {
 void SidedHoldRoad::shortcutDown(int code, Instant time) {
     Key& key = keys_.at(code);
     if (key.state == State::down) {
+        if (std::exchange(key.awaitsShortcut, false)) {
+            key.wait.reset();
+        }
         return;
     }
     const auto twin = xPressed_.find(leftTwinOf(code));
@@ -130,6 +133,7 @@ void SidedHoldRoad::shortcutUp(int code, Instant time) {
         return;
     }
     // The X server's word is awaited, and Escape, whose own meaning comes first.
+    key.awaitsShortcut = false;
     const bool isSeen = key.isSeen;
     const bool isChord = isSeen || time - key.pressed < seconds(HotkeyMonitor::tapThreshold);
     key.wait = clock_.after(together, [this, code, time, isSeen, isChord] {
@@ -158,13 +162,27 @@ void SidedHoldRoad::keySeen(int code, bool isDown, Instant time) {
     Key& key = keys_.at(code);
     if (isDown && key.state == State::down) {
         key.isSeen = true;
+    } else if (isDown && key.state == State::deciding) {
+        begin(code, key.pressed, true);
     } else if (isDown) {
-        begin(code, key.state == State::deciding ? key.pressed : time, true);
+        begin(code, time, true);
+        awaitShortcut(code);
     } else if (key.state == State::deciding) {
         begin(code, key.pressed, true);
         end(code, HoldEdgeKind::up, time, false);
     } else {
         end(code, HoldEdgeKind::up, time, false);
+    }
+}
+
+// KWin tells of each press alone. One that only the X server tells of belongs to a chord that has ended for
+// KWin already, and then the X server never tells its end.
+void SidedHoldRoad::awaitShortcut(int code) {
+    const auto found = keys_.find(code);
+    if (found != keys_.end() && found->second.state == State::down) {
+        found->second.awaitsShortcut = true;
+        found->second.wait =
+            clock_.after(untilTold, [this, code] { end(code, HoldEdgeKind::lost, clock_.now(), true); });
     }
 }
 
@@ -183,6 +201,7 @@ void SidedHoldRoad::begin(int code, Instant time, bool isSeen) {
     Key& key = keys_.at(code);
     key.state = State::down;
     key.isSeen = isSeen;
+    key.awaitsShortcut = false;
     key.pressed = time;
     key.wait.reset();
     tell({code, HoldEdgeKind::down, time});

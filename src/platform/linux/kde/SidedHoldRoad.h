@@ -30,6 +30,8 @@ class SidedHoldRoad final : public HoldRoad {
  public:
     /// How far apart the two tell of the same thing.
     static constexpr Duration together = std::chrono::milliseconds(50);
+    /// For how long a press that the X server alone tells of may lack KWin's word. Shorter than a hold.
+    static constexpr Duration untilTold = std::chrono::milliseconds(300);
 
     SidedHoldRoad(Clock& clock, HoldRoad& shortcuts, ModifierSight sight);
     SidedHoldRoad(const SidedHoldRoad&) = delete;
@@ -59,6 +61,7 @@ class SidedHoldRoad final : public HoldRoad {
         State state = State::up;
         /// The X server will tell its release, unless there is a chord.
         bool isSeen = false;
+        bool awaitsShortcut = false;
         Instant pressed;
         Handle wait;
     };
@@ -77,6 +80,7 @@ class SidedHoldRoad final : public HoldRoad {
     void shortcutUp(int keyCode, Instant time);
     void onModifier(int keyCode, bool isDown, Instant time);
     void keySeen(int keyCode, bool isDown, Instant time);
+    void awaitShortcut(int keyCode);
     void twinSeen(int keyCode);
     /// The X server has told nothing of a press.
     void decide(int keyCode);

@@ -102,6 +102,21 @@ TEST_P(SidedHoldRoadTest, OffersModifiersWithTheirSidesAndTheRestAsItIs) {
     EXPECT_EQ(road.offer(), shortcutOffer());
 }
 
+TEST_P(SidedHoldRoadTest, APressThatComesWhenItsChordIsOverLeavesNoHoldOpen) {
+    watch();
+    shortcut(true);
+    shortcut(false);
+    wait();
+    (void)told();
+    x(right, true);
+    wait(300);
+    EXPECT_EQ(told(), pressAndChord);
+    both(right, true);
+    EXPECT_EQ(told(), Edges({{right, HoldEdgeKind::down}}));
+    wait(3000);
+    EXPECT_TRUE(told().empty());
+}
+
 TEST_P(SidedHoldRoadTest, TellsTheRightKeyAtItsPressAndItsRelease) {
     watch();
     both(right, true);
