@@ -6,8 +6,8 @@
 
 namespace lorvane {
 
-/// `program` as the one word of an entry's Exec line, by the Desktop Entry Specification: what has more than
-/// plain characters stands in quotes.
+/// `program` as the one word of an entry's Exec line, by freedesktop.org's rules for desktop entries: what
+/// has more than plain characters stands in quotes.
 [[nodiscard]] QByteArray execWord(const QString& program);
 
 /// A desktop entry that no menu shows, with `more` as its last lines.
