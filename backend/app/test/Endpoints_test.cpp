@@ -46,8 +46,6 @@ BackendOptions limited() {
     options.service.mailFrom = "service@lorvane.example";
     options.service.limits.invitations = Rate::perHour(3);
     options.service.limits.feedback = Rate::perHour(2);
-    options.service.limits.takes = Rate::perHour(2);
-    options.service.phoneGoal = 3;
     return options;
 }
 
@@ -66,11 +64,6 @@ class EndpointsTest : public ::testing::Test {
     }
     std::string code(const std::string& token) {
         return member(backend_.get("/api/referral", token).body, "code");
-    }
-    Reply phoneTake(const std::string& endpoint, const std::string& takeId, const std::string& token) {
-        auto call = backend_.take(endpoint, token, sound(), takeId);
-        call.extraHeaders = "X-Tirra-Platform: phone\r\n";
-        return request(port_, call);
     }
 };
 
@@ -289,55 +282,6 @@ TEST_F(EndpointsTest, MetricsTellRoutesAndNoTokenNorText) {
     for (const std::string& secret : {token_, std::string("two words"), std::string("the-take-id"),
                                       std::string("SECRETCODE"), std::string("ann@"), std::string(deviceOne)})
         EXPECT_FALSE(has(reply.body, secret));
-}
-
-TEST_F(EndpointsTest, TakesOverTheLimitAreRefusedAndAnAgainIsNone) {
-    EXPECT_EQ(request(port_, backend_.take("dictate-stream", token_, sound(), "one")).status, 200);
-    EXPECT_EQ(request(port_, backend_.take("dictate-stream", token_, sound(), "two")).status, 200);
-    const auto over = request(port_, backend_.take("dictate", token_, sound(), "three"));
-    EXPECT_EQ(over.status, 429);
-    EXPECT_EQ(request(port_, backend_.take("dictate", token_, sound(), "three")).status, 429)
-        << "nor the second time";
-    const auto stream = request(port_, backend_.take("dictate-stream", token_, sound(), "four"));
-    EXPECT_EQ(stream.status, 200);
-    EXPECT_EQ(stream.body, "{\"type\":\"error\",\"error\":\"dictate_limit\"}\n");
-    EXPECT_EQ(request(port_, backend_.take("dictate", token_, sound(), "two")).status, 200)
-        << "the upload after a broken stream";
-    EXPECT_EQ(
-        request(port_, backend_.take("dictate", backend_.registerDevice(deviceTwo), sound(), "three")).status,
-        200);
-}
-
-TEST_F(EndpointsTest, AnotherContentUnderAnIdThatWasUsedIsAnotherTake) {
-    const auto other = wavFile(tone(0.5, 0.3));
-    EXPECT_EQ(request(port_, backend_.take("dictate", token_, sound(), "one")).status, 200);
-    EXPECT_EQ(request(port_, backend_.take("dictate", token_, other, "one")).status, 200);
-    EXPECT_EQ(request(port_, backend_.take("dictate", token_, wavFile(tone(0.7, 0.3)), "one")).status, 429);
-    for (const char* fields : {R"({"ext":"wav","lang":"en"})", R"({"ext":"wav","context":"so"})",
-                               R"({"ext":"wav","style":"casual"})", R"({"ext":"wav","prefix":"so"})",
-                               R"({"ext":"wav","translate":"de"})"})
-        EXPECT_EQ(request(port_, backend_.take("dictate", token_, sound(), "one", fields)).status, 429)
-            << fields;
-    for (const auto& sameAsBefore : {sound(), other})
-        EXPECT_EQ(request(port_, backend_.take("dictate", token_, sameAsBefore, "one")).status, 200);
-    const auto phone = backend_.registerDevice(deviceTwo);
-    EXPECT_TRUE(has(phoneTake("dictate", "p", phone).body, R"("phoneWords":2)"));
-    auto second = backend_.take("dictate", phone, other, "p");
-    second.extraHeaders = "X-Tirra-Platform: phone\r\n";
-    EXPECT_TRUE(has(request(port_, second).body, R"("phoneWords":4)"));
-}
-
-TEST_F(EndpointsTest, TheGoalCountsThePhoneWordsOfAllDevicesAndEachTakeOnce) {
-    EXPECT_FALSE(has(request(port_, backend_.take("dictate", token_, sound(), "m1")).body, "goal"))
-        << "who has no telephone has no such goal";
-    const auto phone = backend_.registerDevice(deviceTwo);
-    backend_.post("/api/link", phone, R"({"alias":")" + token_ + "\"}");
-    EXPECT_TRUE(has(phoneTake("dictate-stream", "p1", phone).body,
-                    R"("goal":{"phoneWords":2,"goal":3,"met":false,"streak":0})"));
-    EXPECT_TRUE(has(phoneTake("dictate", "p1", phone).body, R"("phoneWords":2)")) << "the same take";
-    auto mac = backend_.take("dictate", token_, sound(), "m1");
-    mac.extraHeaders = "X-Tirra-Platform: mac\r\n";
-    EXPECT_TRUE(has(request(port_, mac).body, R"("goal":{"phoneWords":2,"goal":3,"met":false,"streak":0})"));
 }
 
 TEST_F(EndpointsTest, TheSameDeviceStaysTheSamePersonWithANewToken) {
