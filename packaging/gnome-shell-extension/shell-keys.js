@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-// Tells Lorvane when a key goes down or up, wherever the focus is, and nobody else.
+// Tells Lorvane when a key goes down or up, wherever the focus is, and whose window has the keyboard, and nobody else.
 //
 // The shell offers extensions no way to see the keys that go to a window. But it tells its idle monitor of every input
 // event before anything else is done with it, and while it does, the event is the current one. So a watch for "the user
@@ -10,7 +10,8 @@
 const PROGRAM = 'com.ostrand.tirra';
 const SERVICE = 'com.ostrand.tirra.ShellKeys';
 const OBJECT = '/com/ostrand/tirra/ShellKeys';
-// Keys are numbered as by Linux input events. `kept` are keys that nobody else gets meanwhile.
+// Keys are numbered as by Linux input events. `kept` are keys that nobody else gets meanwhile. Focus is told when the
+// watch begins and when another window gets the keyboard; all of it is empty while none has it.
 const INTERFACE = `<node>
   <interface name="com.ostrand.tirra.ShellKeys1">
     <method name="Watch">
@@ -27,6 +28,13 @@ const INTERFACE = `<node>
       <arg type="b" name="down"/>
       <arg type="u" name="time"/>
       <arg type="b" name="virtual"/>
+    </signal>
+    <method name="WatchFocus"/>
+    <method name="UnwatchFocus"/>
+    <signal name="Focus">
+      <arg type="s" name="window_class"/>
+      <arg type="s" name="sandboxed_application"/>
+      <arg type="u" name="process"/>
     </signal>
   </interface>
 </node>`;
@@ -45,14 +53,57 @@ const MODIFIERS = new Map([
     [56, MOD1_MASK], [100, MOD1_MASK | MOD5_MASK], [125, MOD4_MASK], [126, MOD4_MASK],
 ]);
 
-class Watch {
-    constructor(sender, keys, kept) {
+// One that asked to be told, and is once the bus has said that it has the program's name.
+class Listener {
+    constructor(sender, end) {
         this.sender = sender;
-        this.down = new Set();
-        // The sender is the program, by its name on the bus; undefined until the bus has said so, and what moves
-        // meanwhile is told then.
+        // Undefined until the bus has said so, and what is told meanwhile is sent then.
         this.isProgram = undefined;
         this._untold = [];
+        this._end = end;
+        this._names = [
+            watchName(sender, null, end),
+            // It may take the name a moment later.
+            watchName(PROGRAM, owner => this._know(owner), () => this._know(null)),
+        ];
+    }
+
+    follow(before) {
+        // It may have taken the name since it was last asked for.
+        this.isProgram = before.isProgram || undefined;
+        this._untold = before._untold;
+    }
+
+    tell(signal, told) {
+        if (this.isProgram === undefined)
+            this._untold.push([signal, told]);
+        else
+            this._send(signal, told);
+    }
+
+    end() {
+        this._names.forEach(name => Gio.bus_unwatch_name(name));
+    }
+
+    _know(owner) {
+        this.isProgram = owner === this.sender;
+        const untold = this._untold;
+        this._untold = [];
+        untold.forEach(([signal, told]) => this._send(signal, told));
+        if (owner && !this.isProgram)
+            this._end();
+    }
+
+    _send(signal, told) {
+        if (this.isProgram)
+            Gio.DBus.session.emit_signal(this.sender, OBJECT, 'com.ostrand.tirra.ShellKeys1', signal, told);
+    }
+}
+
+class KeyWatch {
+    constructor(listener, keys, kept) {
+        this.listener = listener;
+        this.down = new Set();
         this._keys = new Set(keys);
         this._monitor = global.backend.get_core_idle_monitor();
         this._grabs = kept.map(key => this._keep(key)).filter(grab => grab !== Meta.KeyBindingAction.NONE);
@@ -62,19 +113,11 @@ class Watch {
     // A key that is held while its user asks for another one too goes on being held.
     follow(before) {
         this.down = before.down;
-        // It may have taken the name since it was last asked for.
-        this.isProgram = before.isProgram || undefined;
-        this._untold = before._untold;
-    }
-
-    know(isProgram) {
-        this.isProgram = isProgram;
-        const untold = this._untold;
-        this._untold = [];
-        untold.forEach(moved => this._send(moved));
+        this.listener.follow(before.listener);
     }
 
     end() {
+        this.listener.end();
         this._monitor.remove_watch(this._active);
         for (const grab of this._grabs) {
             Main.wm.allowKeybinding(Meta.external_binding_name_for_action(grab), Shell.ActionMode.NONE);
@@ -129,18 +172,37 @@ class Watch {
     }
 
     _tell(key, isDown, event) {
-        const moved = [key, isDown, event.get_time(), isVirtual(event)];
-        if (this.isProgram === undefined)
-            this._untold.push(moved);
-        else
-            this._send(moved);
+        this.listener.tell('Key',
+            new GLib.Variant('(ubub)', [key, isDown, event.get_time(), isVirtual(event)]));
+    }
+}
+
+class FocusWatch {
+    constructor(listener) {
+        this.listener = listener;
+        this._moved = global.display.connect('notify::focus-window', () => this._tell());
+        this._tell();
     }
 
-    _send(moved) {
-        if (this.isProgram) {
-            Gio.DBus.session.emit_signal(this.sender, OBJECT, 'com.ostrand.tirra.ShellKeys1', 'Key',
-                new GLib.Variant('(ubub)', moved));
-        }
+    end() {
+        this.listener.end();
+        global.display.disconnect(this._moved);
+    }
+
+    _tell() {
+        const window = global.display.focus_window;
+        const told = [textOf(() => window?.get_wm_class()), textOf(() => window?.get_sandboxed_app_id()),
+            Math.max(window?.get_pid() ?? 0, 0)];
+        this.listener.tell('Focus', new GLib.Variant('(ssu)', told));
+    }
+}
+
+// What an application calls itself may be no text at all.
+function textOf(read) {
+    try {
+        return read() ?? '';
+    } catch (error) {
+        return '';
     }
 }
 
@@ -155,77 +217,92 @@ function isVirtual(event) {
 
 class ShellKeys {
     enable() {
-        this._watch = null;
+        this._keys = null;
+        this._focus = null;
         this._object = Gio.DBusExportedObject.wrapJSObject(INTERFACE, this);
         this._object.export(Gio.DBus.session, OBJECT);
         this._name = Gio.bus_own_name_on_connection(Gio.DBus.session, SERVICE, Gio.BusNameOwnerFlags.NONE, null, null);
     }
 
     disable() {
-        this._endWatch();
+        this._endKeys();
+        this._endFocus();
         Gio.bus_unown_name(this._name);
         this._object.unexport();
         this._object = null;
     }
 
     WatchAsync([keys, kept], invocation) {
-        const sender = invocation.get_sender();
         if (!Clutter.get_current_event) {
             this._refuse(invocation, 'NotSupported', 'this version of the shell does not show the keys');
-        } else if (this._watch && this._watch.sender !== sender && this._watch.isProgram) {
-            this._refuse(invocation, 'AccessDenied', `keys are told to ${PROGRAM} alone`);
-        } else {
+        } else if (this._isAllowed(this._keys, invocation)) {
             // Whoever has the name may be somebody else, and is not told what is typed either.
-            this._begin(sender, keys.filter(isHoldKey), kept.filter(key => EXTRA_KEYS.has(key)));
+            this._beginKeys(invocation.get_sender(), keys.filter(isHoldKey), kept.filter(key => EXTRA_KEYS.has(key)));
             invocation.return_value(null);
         }
     }
 
     UnwatchAsync(_parameters, invocation) {
-        if (invocation.get_sender() === this._watch?.sender)
-            this._endWatch();
+        if (isBy(this._keys, invocation))
+            this._endKeys();
         invocation.return_value(null);
     }
 
     IsDownAsync([key], invocation) {
-        if (invocation.get_sender() !== this._watch?.sender || !this._watch.isProgram) {
+        if (isBy(this._keys, invocation) && this._keys.listener.isProgram)
+            invocation.return_value(new GLib.Variant('(b)', [this._keys.isDown(key)]));
+        else
             this._refuse(invocation, 'AccessDenied', 'no watch of yours is running');
-            return;
-        }
-        invocation.return_value(new GLib.Variant('(b)', [this._watch.isDown(key)]));
     }
 
-    _begin(sender, keys, kept) {
-        const before = this._watch?.sender === sender ? this._watch : null;
+    WatchFocusAsync(_parameters, invocation) {
+        if (!this._isAllowed(this._focus, invocation))
+            return;
+        this._endFocus();
+        this._focus = new FocusWatch(new Listener(invocation.get_sender(), () => this._endFocus()));
+        invocation.return_value(null);
+    }
+
+    UnwatchFocusAsync(_parameters, invocation) {
+        if (isBy(this._focus, invocation))
+            this._endFocus();
+        invocation.return_value(null);
+    }
+
+    _beginKeys(sender, keys, kept) {
+        const before = this._keys?.listener.sender === sender ? this._keys : null;
         // First, since a key that is kept already cannot be kept once more.
-        this._endWatch();
-        const watch = new Watch(sender, keys, kept);
+        this._endKeys();
+        this._keys = new KeyWatch(new Listener(sender, () => this._endKeys()), keys, kept);
         if (before)
-            watch.follow(before);
-        this._watch = watch;
-        this._gone = watchName(sender, null, () => this._endWatch());
-        // It may take the name a moment later.
-        this._program = watchName(PROGRAM, owner => this._programIs(owner), () => this._programIs(null));
+            this._keys.follow(before);
     }
 
-    _programIs(owner) {
-        this._watch.know(owner === this._watch.sender);
-        if (owner && !this._watch.isProgram)
-            this._endWatch();
+    _endKeys() {
+        this._keys?.end();
+        this._keys = null;
     }
 
-    _endWatch() {
-        if (!this._watch)
-            return;
-        Gio.bus_unwatch_name(this._gone);
-        Gio.bus_unwatch_name(this._program);
-        this._watch.end();
-        this._watch = null;
+    _endFocus() {
+        this._focus?.end();
+        this._focus = null;
+    }
+
+    // Unless the watch is the program's, and another one asks.
+    _isAllowed(watch, invocation) {
+        if (!watch?.listener.isProgram || isBy(watch, invocation))
+            return true;
+        this._refuse(invocation, 'AccessDenied', `${PROGRAM} alone is told`);
+        return false;
     }
 
     _refuse(invocation, error, message) {
         invocation.return_dbus_error(`org.freedesktop.DBus.Error.${error}`, message);
     }
+}
+
+function isBy(watch, invocation) {
+    return watch?.listener.sender === invocation.get_sender();
 }
 
 function watchName(name, appeared, vanished) {

@@ -23,8 +23,7 @@ QString openRoads(const std::vector<Road<Port>>& roads) {
     return names.join(QStringLiteral(", "));
 }
 
-QString changesOf(SetupTopic topic, const SetupFacts& facts, const Localisation& words) {
-    const SetupPlan plan = planSetup(topic, facts, words);
+QString changesOf(const SetupPlan& plan) {
     return plan.changesAnything() ? plan.told.join(QLatin1Char(' ')) : QString();
 }
 
@@ -114,8 +113,10 @@ void SessionRoads::addWaylandRoads(RoadFacts& facts, const SetupFacts& setup) {
     }
     facts.typing = openRoads(roads.posters);
     facts.paste = openRoads(roads.pasteKeys);
-    facts.holdSetup = changesOf(SetupTopic::hold, setup, foundation_.words);
-    facts.typingSetup = changesOf(SetupTopic::typing, setup, foundation_.words);
+    const SetupPlan hold = planSetup(SetupTopic::hold, setup, foundation_.words);
+    facts.holdSetup = changesOf(hold);
+    facts.holdSetupTellsWindows = hold.placesShellExtension;
+    facts.typingSetup = changesOf(planSetup(SetupTopic::typing, setup, foundation_.words));
 }
 
 void SessionRoads::addXRoads(RoadFacts& facts) const {

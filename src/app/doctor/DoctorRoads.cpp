@@ -38,6 +38,10 @@ DoctorRoad typing(const RoadFacts& facts, const Localisation& words) {
 DoctorRoad paste(const RoadFacts& facts, const Localisation& words) {
     DoctorRoad road{Need::paste, facts.paste, {}, {}};
     if (!facts.paste.isEmpty()) {
+        if (facts.holdSetupTellsWindows) {
+            road.better = words.text("the right keys in terminals that show nothing to accessibility too");
+            road.step = QStringLiteral("lorvane setup hold");
+        }
         return road;
     }
     if (facts.isWayland && facts.hasX) {

@@ -29,7 +29,7 @@ ShellExtensionHoldRoad::Options holdOptions(Preferences& preferences, RemoteDesk
 GnomeSession::GnomeSession(const SessionParts& parts)
     : keymap_(parts.wayland, parts.seat), keys_(parts.bus, parts.foundation.clock, parts.foundation.log),
       hold_(parts.bus, parts.foundation.clock, holdOptions(parts.foundation.preferences, keys_)),
-      editingKeys_(keys_, parts.foundation.clock, keyboard()),
+      focus_(parts.bus, control::serviceName), editingKeys_(keys_, parts.foundation.clock, keyboard()),
       pasteKeys_(keys_, parts.foundation.clock, keyboard()),
       inputMethod_(parts.foundation.clock, parts.foundation.log,
                    engineInPreferences(parts.foundation.preferences)) {}

@@ -6,6 +6,7 @@
 #include "platform/linux/gnome/GnomeEditingKeys.h"
 #include "platform/linux/gnome/GnomePasteKeys.h"
 #include "platform/linux/gnome/RemoteDesktopKeys.h"
+#include "platform/linux/gnome/ShellExtensionFocus.h"
 #include "platform/linux/gnome/ShellExtensionHoldRoad.h"
 #include "platform/linux/ibus/IbusPoster.h"
 
@@ -18,6 +19,7 @@ class GnomeSession {
     explicit GnomeSession(const SessionParts& parts);
 
     [[nodiscard]] SessionPorts ports();
+    [[nodiscard]] std::optional<WindowIdentity> activeWindow() const { return focus_.active(); }
 
  private:
     [[nodiscard]] GnomeKeyboard keyboard() const;
@@ -27,6 +29,7 @@ class GnomeSession {
     SeatKeymap keymap_;
     RemoteDesktopKeys keys_;
     ShellExtensionHoldRoad hold_;
+    ShellExtensionFocus focus_;
     GnomeEditingKeys editingKeys_;
     GnomePasteKeys pasteKeys_;
     IbusPoster inputMethod_;

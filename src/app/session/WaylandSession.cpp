@@ -53,8 +53,12 @@ WaylandSession::WaylandSession(const SessionParts& parts, AtspiBus& bus, Clipboa
 }
 
 std::optional<WindowIdentity> WaylandSession::activeWindow() const {
-    const auto window = kde_.activeWindow();
-    return window ? window : wlroots_.activeWindow();
+    for (const auto& window : {kde_.activeWindow(), wlroots_.activeWindow(), gnome_.activeWindow()}) {
+        if (window) {
+            return window;
+        }
+    }
+    return std::nullopt;
 }
 
 SessionPorts WaylandSession::collect() {

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "app/session/ApplicationNaming.h"
-#include "platform/linux/wayland/WindowIdentity.h"
+#include "input/WindowIdentity.h"
 
 #include <functional>
 

@@ -42,9 +42,14 @@ SetupPlan planShellExtension(const SetupFacts& facts, const Localisation& words)
     }
     SetupPlan plan;
     plan.placesShellExtension = true;
-    plan.told = {words.text(
-        QStringLiteral("Lorvane will add its small extension to your GNOME Shell. It tells Lorvane, and "
-                       "nobody else, when the chosen key goes down and up."))};
+    plan.told = {
+        facts.isShellExtensionOutdated
+            ? words.text(QStringLiteral("Your GNOME Shell has an older version of Lorvane's small extension. "
+                                        "The present one will take its place."))
+            : words.text(QStringLiteral("Lorvane will add its small extension to your GNOME Shell.")),
+        words.text(QStringLiteral("It tells Lorvane, and nobody else, when the chosen key goes down and up, "
+                                  "and which application has the keyboard, so that terminals get the keys "
+                                  "by which they paste."))};
     plan.afterwards = {words.text(QStringLiteral("Log out and in again: the Shell loads it then."))};
     return plan;
 }

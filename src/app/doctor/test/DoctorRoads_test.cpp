@@ -68,6 +68,14 @@ TEST(DoctorRoads, AHoldRoadThatLacksKeysNamesTheBetterOne) {
     EXPECT_EQ(roadOf(facts, Need::hold).step, "lorvane setup hold");
 }
 
+TEST(DoctorRoads, PastingNamesTheStepByWhichTerminalsBecomeKnown) {
+    RoadFacts facts = complete();
+    facts.holdSetupTellsWindows = true;
+    EXPECT_EQ(roadOf(facts, Need::paste).taken, "virtual keyboard");
+    EXPECT_FALSE(roadOf(facts, Need::paste).better.isEmpty());
+    EXPECT_EQ(roadOf(facts, Need::paste).step, "lorvane setup hold");
+}
+
 TEST(DoctorRoads, TypingIsAlwaysByAccessibilityFirst) {
     RoadFacts facts = complete();
     EXPECT_EQ(roadOf(facts, Need::typing).taken, "insertion through accessibility, elsewhere input method");

@@ -38,7 +38,7 @@ std::optional<QByteArray> contentOf(const QString& path) {
     return file.open(QIODevice::ReadOnly) ? std::optional(file.readAll()) : std::nullopt;
 }
 
-TEST(SetupInGnome, ExtensionIsPutInPlaceAndTakenAway) {
+TEST(SetupInGnome, ExtensionIsPutInPlaceAndRenewedAndTakenAway) {
     const QString script =
         QDir::homePath() +
         QStringLiteral("/.local/share/gnome-shell/extensions/keys@tirra.ostrand.com/extension.js");
@@ -47,6 +47,14 @@ TEST(SetupInGnome, ExtensionIsPutInPlaceAndTakenAway) {
     setup({QStringLiteral("hold"), QStringLiteral("--yes")});
     EXPECT_TRUE(QFile::exists(script));
     EXPECT_TRUE(enabledExtensions().contains("'keys@tirra.ostrand.com'"));
+    const auto present = contentOf(script);
+    EXPECT_TRUE(
+        setup({QStringLiteral("hold"), QStringLiteral("--yes")}).output.contains("Nothing is missing"));
+    QFile older(script);
+    ASSERT_TRUE(older.open(QIODevice::WriteOnly) && older.write("// older\n") > 0);
+    older.close();
+    EXPECT_TRUE(setup({QStringLiteral("hold"), QStringLiteral("--yes")}).output.contains("an older version"));
+    EXPECT_EQ(contentOf(script), present);
     setup({QStringLiteral("hold"), QStringLiteral("--undo")});
     EXPECT_FALSE(QFile::exists(script));
     EXPECT_EQ(enabledExtensions(), before);

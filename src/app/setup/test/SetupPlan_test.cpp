@@ -46,6 +46,15 @@ TEST(SetupPlan, GnomeGetsTheExtensionWhichIsLoadedAtTheNextLogin) {
     EXPECT_FALSE(plan.afterwards.isEmpty());
 }
 
+TEST(SetupPlan, GnomeWithAnOlderExtensionGetsThePresentOneAndIsToldSo) {
+    SetupFacts facts = factsOf(SetupDesktop::gnome);
+    facts.isShellExtensionOutdated = true;
+    const SetupPlan plan = planSetup(SetupTopic::hold, facts, {});
+    EXPECT_TRUE(plan.placesShellExtension);
+    EXPECT_NE(plan.told.first(), holdOn(SetupDesktop::gnome).told.first());
+    EXPECT_FALSE(plan.afterwards.isEmpty());
+}
+
 TEST(SetupPlan, GnomeWithoutAnExtensionOrWithOneInPlaceIsLeftAlone) {
     SetupFacts facts = factsOf(SetupDesktop::gnome);
     facts.isShellExtensionInPlace = true;

@@ -4,8 +4,8 @@
 #include "input/HoldKeys.h"
 #include "input/Hotkey.h"
 #include "input/KeyEvents.h"
+#include "platform/linux/gnome/ShellExtension.h"
 
-#include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QVariantList>
@@ -19,9 +19,6 @@ namespace lorvane {
 
 namespace {
 
-const QString service = QStringLiteral("com.ostrand.tirra.ShellKeys");
-const QString object = QStringLiteral("/com/ostrand/tirra/ShellKeys");
-const QString interface = QStringLiteral("com.ostrand.tirra.ShellKeys1");
 constexpr int answerBound = 150; // milliseconds
 /// Older than any event that is still on its way.
 constexpr std::uint32_t oldestEvent = 10'000; // milliseconds
@@ -54,10 +51,10 @@ QVariantList asArray(const std::vector<int>& codes) {
 
 ShellExtensionHoldRoad::ShellExtensionHoldRoad(QDBusConnection session, Clock& clock, Options options)
     : session_(std::move(session)), clock_(clock), options_(std::move(options)),
-      extension_(session_, service, [this] { extensionChanged(); }),
+      extension_(session_, shellExtension::service, [this] { extensionChanged(); }),
       program_(session_, options_.programName, [this] { programChanged(); }) {
-    session_.connect(service, object, interface, QStringLiteral("Key"), this,
-                     SLOT(keyMoved(uint, bool, uint, bool)));
+    session_.connect(shellExtension::service, shellExtension::object, shellExtension::interface,
+                     QStringLiteral("Key"), this, SLOT(keyMoved(uint, bool, uint, bool)));
 }
 
 ShellExtensionHoldRoad::~ShellExtensionHoldRoad() {
@@ -156,10 +153,7 @@ void ShellExtensionHoldRoad::endWatch() {
 }
 
 QDBusPendingCall ShellExtensionHoldRoad::send(const QString& method, const QVariantList& arguments) {
-    auto call = QDBusMessage::createMethodCall(service, object, interface, method);
-    call.setArguments(arguments);
-    call.setAutoStartService(false);
-    return session_.asyncCall(call);
+    return session_.asyncCall(shellExtension::call(method, arguments));
 }
 
 QCoro::Task<std::optional<bool>> ShellExtensionHoldRoad::isHeld(int keyCode, TaskScope scope) {
@@ -167,9 +161,7 @@ QCoro::Task<std::optional<bool>> ShellExtensionHoldRoad::isHeld(int keyCode, Tas
     if (!inputCode || !extension_.isOwned() || !watch_) {
         co_return std::nullopt;
     }
-    auto call = QDBusMessage::createMethodCall(service, object, interface, QStringLiteral("IsDown"));
-    call << static_cast<uint>(*inputCode);
-    call.setAutoStartService(false);
+    const QDBusMessage call = shellExtension::call(QStringLiteral("IsDown"), {static_cast<uint>(*inputCode)});
     const Completion<std::optional<bool>> answer;
     auto* const watcher = new QDBusPendingCallWatcher(session_.asyncCall(call, answerBound), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [watcher, answer] {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/linux/gnome/ShellExtensionSetup.h"
 
+#include "platform/linux/gnome/ShellExtension.h"
+
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusVariant>
@@ -8,6 +10,8 @@
 #include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
+
+#include <algorithm>
 
 namespace lorvane {
 
@@ -48,6 +52,11 @@ std::optional<QStringList> enabledExtensions() {
     return names;
 }
 
+std::optional<QByteArray> contentOf(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? std::optional(file.readAll()) : std::nullopt;
+}
+
 QString asList(const QStringList& names) {
     return names.isEmpty() ? QStringLiteral("[]")
                            : QStringLiteral("['") + names.join(QStringLiteral("', '")) + QStringLiteral("']");
@@ -64,6 +73,18 @@ QString ShellExtensionSetup::folder() const {
     return dataFolder_ + QStringLiteral("/gnome-shell/extensions/") + uuid;
 }
 
+QString ShellExtensionSetup::sourceFor(int version) const {
+    const int shape = version < firstWithModules ? firstVersion : firstWithModules;
+    return source_ + QLatin1Char('/') + QString::number(shape);
+}
+
+bool ShellExtensionSetup::isAsIn(const QString& source) const {
+    return std::all_of(files.begin(), files.end(), [this, &source](const QString& name) {
+        const auto wanted = contentOf(source + QLatin1Char('/') + name);
+        return !wanted || wanted == contentOf(folder() + QLatin1Char('/') + name);
+    });
+}
+
 std::optional<int> ShellExtensionSetup::shellVersion() const {
     auto question = QDBusMessage::createMethodCall(
         shell, shellPath, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
@@ -77,7 +98,7 @@ std::optional<int> ShellExtensionSetup::shellVersion() const {
 }
 
 bool ShellExtensionSetup::isRunning() const {
-    return session_.interface()->isServiceRegistered(QStringLiteral("com.ostrand.tirra.ShellKeys"));
+    return session_.interface()->isServiceRegistered(shellExtension::service);
 }
 
 ShellExtensionSetup::State ShellExtensionSetup::state() const {
@@ -88,10 +109,14 @@ ShellExtensionSetup::State ShellExtensionSetup::state() const {
     if (*version < firstVersion || *version > lastVersion) {
         return State::unknown;
     }
+    const bool isInstalled = QFile::exists(folder() + QStringLiteral("/metadata.json"));
+    if (isInstalled && !isAsIn(sourceFor(*version))) {
+        return State::outdated;
+    }
     if (isRunning()) {
         return State::running;
     }
-    if (!QFile::exists(folder() + QStringLiteral("/metadata.json"))) {
+    if (!isInstalled) {
         return State::absent;
     }
     const auto enabled = enabledExtensions();
@@ -106,12 +131,12 @@ QString ShellExtensionSetup::install() {
     if (before == State::unknown) {
         return QStringLiteral("there is no extension for this version of the GNOME Shell");
     }
-    const int shape = *shellVersion() < firstWithModules ? firstVersion : firstWithModules;
+    const QString source = sourceFor(*shellVersion());
     if (!QDir().mkpath(folder())) {
         return QStringLiteral("%1 cannot be made").arg(folder());
     }
     for (const QString& name : files) {
-        const QString from = QStringLiteral("%1/%2/%3").arg(source_).arg(shape).arg(name);
+        const QString from = source + QLatin1Char('/') + name;
         const QString to = folder() + QLatin1Char('/') + name;
         QFile::remove(to);
         if (!QFile::copy(from, to)) {

@@ -16,6 +16,7 @@ class ShellExtensionSetup {
         noShell,     ///< no GNOME Shell runs
         unknown,     ///< the shell is of a version that no extension of ours is for
         absent,      ///< nothing is installed
+        outdated,    ///< what is installed is not what came with this program, running or not
         afterLogin,  ///< installed and switched on; the shell loads it at the next login
         switchedOff, ///< installed, and switched off by the user
         running,
@@ -37,6 +38,10 @@ class ShellExtensionSetup {
     /// "43" of "43.9"; absent when no shell runs.
     [[nodiscard]] std::optional<int> shellVersion() const;
     [[nodiscard]] QString folder() const;
+    /// Where the shape for that version of the shell comes from.
+    [[nodiscard]] QString sourceFor(int version) const;
+    /// The files are those of the source.
+    [[nodiscard]] bool isAsIn(const QString& source) const;
     /// Switches it on or off in a running shell that knows it, and in the settings for the next one.
     [[nodiscard]] QString setEnabled(bool enabled);
     [[nodiscard]] bool isRunning() const;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "input/WindowIdentity.h"
 #include "platform/linux/wayland/WaylandConnection.h"
-#include "platform/linux/wayland/WindowIdentity.h"
 
 #include <memory>
 #include <optional>

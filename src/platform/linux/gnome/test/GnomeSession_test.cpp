@@ -2,6 +2,8 @@
 #include "input/KeyEvents.h"
 #include "platform/linux/desktop/QtClock.h"
 #include "platform/linux/gnome/GnomeEditingKeys.h"
+#include "platform/linux/gnome/ShellExtension.h"
+#include "platform/linux/gnome/ShellExtensionFocus.h"
 #include "platform/linux/gnome/ShellExtensionHoldRoad.h"
 #include "platform/linux/gnome/test/RunningShell.h"
 #include "support/DesktopApps.h"
@@ -194,6 +196,68 @@ TEST_F(InTheShell, AThousandPressesWithOtherKeysInBetweenLoseNoEdge) {
     EXPECT_EQ(edges.size(), expected);
     EXPECT_EQ(road.modifierFlags(), 0U);
     EXPECT_EQ(ask(keyCode::rightControl), false);
+}
+
+bool hasProcess(const ShellExtensionFocus& focus, const DesktopApp& app) {
+    return waitUntil([&] { return focus.active() && focus.active()->processId == app.pid(); });
+}
+
+TEST_F(InTheShell, TheWindowThatHasTheKeyboardIsKnownAndNoneIsOnceThereIsNone) {
+    const ShellExtensionFocus focus(bus, program);
+    auto terminal = DesktopApp::foot();
+    ASSERT_TRUE(hasProcess(focus, *terminal));
+    EXPECT_EQ(focus.active()->applicationId, QStringLiteral("foot"));
+    auto editor = DesktopApp::mousepad();
+    EXPECT_TRUE(hasProcess(focus, *editor));
+    editor.reset();
+    EXPECT_TRUE(hasProcess(focus, *terminal));
+    terminal.reset();
+    EXPECT_TRUE(waitUntil([&] { return !focus.active(); }));
+}
+
+TEST_F(InTheShell, TheWindowThatHasTheKeyboardBeforeAnybodyAsksIsKnown) {
+    const auto terminal = DesktopApp::foot();
+    const ShellExtensionFocus focus(bus, program);
+    EXPECT_TRUE(hasProcess(focus, *terminal));
+}
+
+TEST_F(InTheShell, WindowsAreToldOnceTheProgramHasItsName) {
+    const auto terminal = DesktopApp::foot();
+    ASSERT_TRUE(bus.unregisterService(program));
+    const ShellExtensionFocus focus(bus, program);
+    ASSERT_TRUE(bus.registerService(program));
+    EXPECT_TRUE(hasProcess(focus, *terminal));
+}
+
+TEST_F(InTheShell, WindowsAreForgottenWithTheExtensionAndKnownAgainWithIt) {
+    const auto terminal = DesktopApp::foot();
+    const ShellExtensionFocus focus(bus, program);
+    ASSERT_TRUE(hasProcess(focus, *terminal));
+    gnomeShell::switchExtensionOff();
+    EXPECT_TRUE(waitUntil([&] { return !focus.active(); }));
+    gnomeShell::switchExtensionOn();
+    EXPECT_TRUE(hasProcess(focus, *terminal));
+}
+
+TEST_F(InTheShell, AnotherProgramIsToldOfNoWindowWhetherItAsksFirstOrLater) {
+    const QString otherName = QStringLiteral("com.ostrand.tirra.Other");
+    QDBusConnection otherBus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, otherName);
+    ASSERT_TRUE(otherBus.registerService(otherName));
+    const ShellExtensionFocus first(otherBus, otherName);
+    // What it has asked for is answered before a question that comes later.
+    EXPECT_EQ(otherBus.call(shellExtension::call(QStringLiteral("WatchFocus"))).type(),
+              QDBusMessage::ReplyMessage);
+    const auto terminal = DesktopApp::foot();
+    const ShellExtensionFocus focus(bus, program);
+    ASSERT_TRUE(hasProcess(focus, *terminal));
+    const ShellExtensionFocus later(otherBus, otherName);
+    EXPECT_EQ(otherBus.call(shellExtension::call(QStringLiteral("WatchFocus"))).errorName(),
+              QStringLiteral("org.freedesktop.DBus.Error.AccessDenied"));
+    const auto editor = DesktopApp::mousepad();
+    ASSERT_TRUE(hasProcess(focus, *editor));
+    EXPECT_EQ(first.active(), std::nullopt);
+    EXPECT_EQ(later.active(), std::nullopt);
+    QDBusConnection::disconnectFromBus(otherName);
 }
 
 TEST_F(InTheShell, EditingKeysMoveTheCaretAndTakeTextAway) {
