@@ -87,14 +87,15 @@ def _reap_until(finished, seconds):
         signal.sigtimedwait({signal.SIGCHLD}, 0.02)
 
 
-def end_descendants(last_names, grace=2.0):
-    """Ends every descendant: asked first, then killed. Those with one of the names go after all others."""
+def end_descendants(last_names):
+    """Ends every descendant: asked first, then killed. Those with one of the names go after all others, and have longer:
+    a compositor that is killed leaves the lock of its X display behind."""
     me = os.getpid()
 
     def others():
         return [pid for pid, name in descendants(me).items() if name not in last_names]
 
-    for remaining in (others, lambda: list(descendants(me))):
+    for remaining, grace in ((others, 2.0), (lambda: list(descendants(me)), 10.0)):
         _signal(remaining(), signal.SIGTERM)
         _signal(remaining(), signal.SIGCONT)  # a stopped process would not hear the request
         if not _reap_until(lambda: not remaining(), grace):

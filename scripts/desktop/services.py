@@ -67,6 +67,15 @@ class Desktop:
         self._started[name] = process
         return process
 
+    def end(self, name):
+        """With what it started in turn, which is in its process group."""
+        process = self._started[name]
+        try:
+            os.killpg(process.pid, signal.SIGKILL)
+        except ProcessLookupError:
+            pass
+        process.wait()
+
     def pid(self, name):
         return self._started[name].pid
 

@@ -137,12 +137,13 @@ void PhysicalKeyboard::chord(const std::vector<int>& keyCodes) {
 }
 
 void PhysicalKeyboard::command(const std::vector<int>& keyCodes) {
-    constexpr std::chrono::milliseconds moment{40};
+    const auto wait = [] { (void)waitUntil([] { return false; }, std::chrono::milliseconds(40)); };
     for (std::size_t i = 0; i < keyCodes.size(); ++i) {
         if (i + 1 == keyCodes.size())
-            (void)waitUntil([] { return false; }, moment);
+            wait();
         press(keyCodes[i]);
     }
+    wait();
     for (auto key = keyCodes.rbegin(); key != keyCodes.rend(); ++key)
         release(*key);
 }

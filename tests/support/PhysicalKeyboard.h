@@ -49,8 +49,9 @@ class PhysicalKeyboard {
     void tap(int keyCode);
     // Presses in the order given and releases in the opposite one.
     void chord(const std::vector<int>& keyCodes);
-    // The same as a hand does it: the others have been down for a moment when the last one comes. What a
-    // desktop tells of a modifier alone is otherwise not what a user makes it tell.
+    // The same as a hand does it, with a moment before the last one and before they go up. What a desktop
+    // tells of a modifier alone is otherwise not what a user makes it tell, and GNOME Shell, which asks the
+    // input method about each key, delivers one or another key of a faster chord without its modifiers.
     void command(const std::vector<int>& keyCodes);
     // The time in between is kept by the server, so no thread sleeps for it; returns once the release has
     // happened.

@@ -57,6 +57,11 @@ QString takePicture(const QString& name) {
     return path;
 }
 
+bool compositorHasCopied(const QString& type) {
+    return name() != QStringLiteral("gnome") ||
+           hands::ask({QStringLiteral("clipboard")}).toArray().contains(type);
+}
+
 qint64 compositor() { return hands::ask({QStringLiteral("compositor")}).toInteger(); }
 
 void beSetUp() {

@@ -19,6 +19,9 @@ void makeFullscreen(quint32 window, bool wanted = true);
 void click(const QPoint& place);
 // Takes a picture of the whole screen and returns its file, which the virtual desktop's --pictures keeps.
 QString takePicture(const QString& name);
+// GNOME Shell keeps a clipboard of its own beside that of X, and copies late from the one to the other:
+// whether it has this type there. In other sessions nothing stands between.
+bool compositorHasCopied(const QString& type);
 // The compositor's own process. Its end is the end of the session.
 qint64 compositor();
 

@@ -77,6 +77,10 @@ class Hands:
     def fullscreen(self, window, wanted):
         self._with_window(window, "w.make_fullscreen()" if wanted else "w.unmake_fullscreen()")
 
+    def clipboard(self):
+        return self._evaluate("global.display.get_selection().get_mimetypes("
+                              "imports.gi.Meta.SelectionType.SELECTION_CLIPBOARD) || []")
+
     def picture(self, path):
         taken, _where = self._shell.call("/org/gnome/Shell/Screenshot", "org.gnome.Shell.Screenshot", "Screenshot",
                                          "(bbs)", True, False, path)

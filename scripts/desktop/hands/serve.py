@@ -10,6 +10,7 @@ line of JSON, a list of the verb and its arguments; the answer is one as well: {
     windows                                 all, each an object
     activate ID, close ID, fullscreen ID WANTED
     picture PATH                            of the whole screen, as PNG
+    clipboard                               the types on it as GNOME Shell knows them
     extension FOLDER                        switches a GNOME Shell extension on
     compositor                              its process
 """
@@ -24,7 +25,8 @@ import time
 sys.dont_write_bytecode = True
 sys.path.insert(0, os.path.dirname(os.path.dirname(os.path.dirname(os.path.realpath(__file__)))))
 
-_VERBS = ("point", "button", "windows", "activate", "close", "fullscreen", "picture", "extension")
+_VERBS = ("point", "button", "windows", "activate", "close", "fullscreen", "picture", "clipboard",
+          "extension")
 
 
 class Server(socketserver.ThreadingUnixStreamServer):

@@ -32,7 +32,7 @@ class Gnome(WaylandSession):
                 # Else it is sought among the settings, of which a suite has its own.
                 "IBUS_ADDRESS_FILE": f"{folder}/run/ibus-address"}
 
-    def start_compositor(self, desktop):
+    def prepare(self, desktop):
         settings = f"{desktop.folder}/system-bus.conf"
         with open(settings, "w", encoding="utf-8") as file:
             file.write(_EMPTY_BUS.format(address=desktop.environment["DBUS_SYSTEM_BUS_ADDRESS"]))
@@ -41,6 +41,8 @@ class Gnome(WaylandSession):
         self._set("org.gnome.desktop.session", "idle-delay", "0", desktop)
         self._set("org.gnome.shell", "welcome-dialog-last-shown-version", "'999'", desktop)
         self._set("org.gnome.desktop.input-sources", "sources", self._sources(), desktop)
+
+    def start_compositor(self, desktop):
         desktop.start("gnome-shell", ["gnome-shell", "--headless", "--wayland", "--unsafe-mode", "--virtual-monitor",
                                       self.options.size, "--wayland-display=wayland-1"], WAYLAND_DISPLAY=None)
 
@@ -63,7 +65,7 @@ class Gnome(WaylandSession):
     @staticmethod
     def _evaluate(desktop, expression):
         """What it is inside the shell; nothing when it cannot be told."""
-        answer = desktop.answer("gdbus", "call", "--session", "--dest=org.gnome.Shell",
+        answer = desktop.answer("gdbus", "call", "--session", "--timeout=10", "--dest=org.gnome.Shell",
                                 "--object-path=/org/gnome/Shell", "--method=org.gnome.Shell.Eval", expression).strip()
         value = answer.removeprefix("(true, '").removesuffix("')")
         return json.loads(value) if value and value != answer else None

@@ -41,20 +41,26 @@ class Kwin(WaylandSession):
         return {**super().environment(folder), "KDE_FULL_SESSION": "true", "KDE_SESSION_VERSION": "5",
                 "WAYLAND_DISPLAY": self.socket}
 
-    def start_compositor(self, desktop):
+    def prepare(self, desktop):
         self._write_settings(desktop)
         desktop.answer("kbuildsycoca5")
         # The packaged file has a capability that containers do not grant, and then it does not start; a copy has none.
-        binary = f"{desktop.folder}/kwin_wayland"
+        binary = self._binary(desktop)
         shutil.copyfile(shutil.which("kwin_wayland"), binary)
         os.chmod(binary, 0o700)
         # KWin goes by the path of a client's binary, so the hands get one that nobody else has.
         shutil.copyfile(os.path.realpath("/usr/bin/python3"), self._interpreter(desktop))
         os.chmod(self._interpreter(desktop), 0o700)
+
+    def start_compositor(self, desktop):
         width, height = self.options.size.split("x")
-        desktop.start("kwin_wayland", [binary, "--virtual", "--width", width, "--height", height, "--socket",
-                                       self.socket, "--xwayland", "--no-lockscreen", self.teller(desktop)],
+        desktop.start("kwin_wayland", [self._binary(desktop), "--virtual", "--width", width, "--height", height,
+                                       "--socket", self.socket, "--xwayland", "--no-lockscreen", self.teller(desktop)],
                       WAYLAND_DISPLAY=None)
+
+    @staticmethod
+    def _binary(desktop):
+        return f"{desktop.folder}/kwin_wayland"
 
     @staticmethod
     def _interpreter(desktop):

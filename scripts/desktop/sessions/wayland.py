@@ -34,8 +34,8 @@ class WaylandSession:
         self._check_layout()
         desktop.start_bus()
         desktop.start_audio()
-        self.start_compositor(desktop)
-        self.compositor_ready(desktop)
+        self.prepare(desktop)
+        self._compositor_up(desktop)
         desktop.hand_to_services(_HANDED_ON)
         desktop.start_keyring()
         desktop.start_accessibility(screen_reader=True)
@@ -43,6 +43,21 @@ class WaylandSession:
         desktop.keyring_ready()
         desktop.audio_ready()
         desktop.wait("hands", "they listen", lambda: os.path.exists(desktop.environment["LORVANE_HANDS"]))
+
+    def _compositor_up(self, desktop):
+        """One of a great many starts of GNOME Shell hangs while it sets its renderer up, so there is a second try."""
+        try:
+            self.start_compositor(desktop)
+            self.compositor_ready(desktop)
+        except Failure as failure:
+            print(f"virtual-desktop: starting it again: {failure}", file=sys.stderr, flush=True)
+            desktop.end(self.ends_last[0])
+            self.start_compositor(desktop)
+            self.compositor_ready(desktop)
+
+    def prepare(self, desktop):
+        """Writes what the compositor reads at its start."""
+        raise NotImplementedError
 
     def start_compositor(self, desktop):
         raise NotImplementedError

@@ -175,15 +175,27 @@ QStringList types() {
 }
 
 Copy::Copy(const QByteArray& content, const QString& type) {
+    // GNOME Shell takes the clipboard over when its last owner has ended, and may be late with it.
+    constexpr int attempts = 3;
+    for (int attempt = 0; attempt < attempts && !isOwner(); ++attempt) {
+        start(content, type);
+    }
+    if (!isOwner()) {
+        throw std::runtime_error(process_.program().toStdString() +
+                                 " did not take the clipboard: " + process_.readAll().toStdString());
+    }
+}
+
+void Copy::start(const QByteArray& content, const QString& type) {
     const QStringList command = toCopy(type);
     process_.start(command.first(), command.mid(1));
     process_.write(content);
     process_.closeWriteChannel();
-    if (!process_.waitForStarted() || !waitUntil([&] { return !isOwner() || read(type) == content; }) ||
-        !isOwner()) {
-        throw std::runtime_error(command.first().toStdString() +
-                                 " did not take the clipboard: " + process_.readAll().toStdString());
+    const auto isSettled = [&] { return read(type) == content && session::compositorHasCopied(type); };
+    if (!process_.waitForStarted() || !waitUntil([&] { return !isOwner() || isSettled(); })) {
+        process_.kill();
     }
+    (void)process_.waitForFinished(0); // else an end that has just come is not known yet
 }
 
 Copy::~Copy() {

@@ -89,6 +89,8 @@ class Copy {
     [[nodiscard]] bool isOwner() const { return process_.state() == QProcess::Running; }
 
  private:
+    void start(const QByteArray& content, const QString& type);
+
     QProcess process_;
 };
 } // namespace clipboard

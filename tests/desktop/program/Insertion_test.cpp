@@ -79,7 +79,7 @@ TEST_F(Insertion, TextOnTheClipboardIsReturned) {
     EXPECT_FALSE(copy.isOwner()) << "the clipboard was not borrowed at all";
     EXPECT_EQ(clipboard::read(), QByteArray("what the user copied — ранее"));
     // For the one who was pasted into as well, which was served something else meanwhile.
-    hand.chord({keycode::leftControl, keycode::letterV});
+    hand.command({keycode::leftControl, keycode::letterV});
     const QString both = plain + QStringLiteral("what the user copied — ранее");
     EXPECT_EQ(editor->waitForText(both), both);
 }
