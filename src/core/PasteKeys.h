@@ -5,6 +5,8 @@
 #include "input/Workspace.h"
 
 #include <functional>
+#include <type_traits>
+#include <utility>
 
 namespace lorvane {
 
@@ -27,9 +29,24 @@ enum class KeysOutcome {
 /// Posts the keys that paste. Main thread.
 class PasteKeys {
  public:
-    /// Asked right before the keys go out, when nothing is waited for any more: whoever has the keyboard then
-    /// gets them. Once for each try.
-    using Aim = std::function<PasteRoute()>;
+    /// What one post of the keys is for.
+    class Aim {
+     public:
+        template <typename Take>
+        requires std::is_invocable_r_v<PasteRoute, Take&> Aim(
+            Take take, std::function<bool()> hasEffect = [] { return true; })
+            : take_(std::move(take)), hasEffect_(std::move(hasEffect)) {}
+
+        /// Asked right before the keys go out, when nothing is waited for any more: whoever has the keyboard
+        /// then gets them. Once for each try.
+        [[nodiscard]] PasteRoute operator()() const { return take_(); }
+        /// Whether the text has been asked for since the aim was taken.
+        [[nodiscard]] bool hasEffect() const { return hasEffect_(); }
+
+     private:
+        std::function<PasteRoute()> take_;
+        std::function<bool()> hasEffect_;
+    };
 
     virtual ~PasteKeys() = default;
     /// Waits at most 0.5 s for modifiers that the user still holds, lifts what is held then, takes aim and

@@ -57,7 +57,8 @@ QCoro::Task<void> TextInsertion::postKeys(std::shared_ptr<Loan> loan, TaskScope 
     if (clock_.now() < ready) {
         co_await sleep(clock_, ready - clock_.now(), scope);
     }
-    const PasteKeys::Aim aimed = [this, loan] { return aim(loan); };
+    const PasteKeys::Aim aimed([this, loan] { return aim(loan); },
+                               [this, loan] { return isAskedFor(*loan); });
     loan->keys = co_await keys_.post(aimed, scope);
     if (loan->keys == KeysOutcome::unknown) {
         co_await lookAtField(loan, untilDoubted, scope);
@@ -73,6 +74,11 @@ PasteRoute TextInsertion::aim(const std::shared_ptr<Loan>& loan) {
     }
     loan->posted = clock_.now();
     return pasteRouteFor(now);
+}
+
+bool TextInsertion::isAskedFor(const Loan& loan) const {
+    const LoanState state = pasteboard_.loanState();
+    return state.lastRequest && *state.lastRequest >= loan.posted;
 }
 
 PasteOutcome TextInsertion::outcomeOf(const Loan& loan) const {
@@ -177,18 +183,18 @@ bool TextInsertion::isOver(const Loan& loan) {
 
 void TextInsertion::settle(const Loan& loan) {
     const LoanState state = pasteboard_.loanState();
-    const bool isAskedFor = state.lastRequest && *state.lastRequest >= loan.posted;
+    const bool isAsked = isAskedFor(loan);
     const bool isStanding = loan.sight == PasteSight::standing;
-    if (isAskedFor) {
+    if (isAsked) {
         log_.diagLog(QStringLiteral("[tirra-paste] %1 took the text, asking last %2 ms after the keys")
                          .arg(loan.target.localizedName,
                               QString::number(milliseconds(*state.lastRequest - loan.posted))));
     }
-    if (isAskedFor && !isStanding) {
+    if (isAsked && !isStanding) {
         logLanding(loan, *state.lastRequest, QStringLiteral(" (asked for, not read back)"));
     }
     // Somebody has asked, but if nobody knows that the keys went out it may not have been the application.
-    const bool isTaken = isStanding || (isAskedFor && loan.keys != KeysOutcome::unknown);
+    const bool isTaken = isStanding || (isAsked && loan.keys != KeysOutcome::unknown);
     if (isTaken || state.lost) { // a copy of the same text counts as our own
         pasteboard_.restore(loan.before);
     } else {

@@ -74,6 +74,7 @@ class TextInsertion {
     QCoro::Task<void> postKeys(std::shared_ptr<Loan> loan, TaskScope scope);
     /// The keys go to whoever is in front now, and it must find the text and not the old content.
     PasteRoute aim(const std::shared_ptr<Loan>& loan);
+    [[nodiscard]] bool isAskedFor(const Loan& loan) const;
     [[nodiscard]] PasteOutcome outcomeOf(const Loan& loan) const;
     void logLanding(const Loan& loan, Instant landed, const QString& remark);
     QCoro::Task<void> lookAtField(std::shared_ptr<Loan> loan, Duration patience, TaskScope scope);

@@ -48,13 +48,14 @@ bool SessionEditingKeys::isPending() {
 bool SessionPasteKeys::canPost() const { return ofX_.isOpen() || firstOpen(roads_) != nullptr; }
 
 QCoro::Task<KeysOutcome> SessionPasteKeys::post(Aim aim, TaskScope scope) {
-    const Aim atTheKeys = [this, aim] {
+    const auto take = [this, aim] {
         const PasteRoute route = aim(); // which may lend the clipboard anew
         if (onKeys) {
             onKeys();
         }
         return route;
     };
+    const Aim atTheKeys(take, [aim] { return aim.hasEffect(); });
     if (isXInFront_()) {
         const KeysOutcome outcome = co_await ofX_.port->post(atTheKeys, scope);
         co_return outcome;

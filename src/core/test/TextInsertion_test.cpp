@@ -271,6 +271,19 @@ TEST_F(TextInsertionTest, RequestsOfOthersProveNothing) {
     EXPECT_EQ(unanswered, 1);
 }
 
+TEST_F(TextInsertionTest, KeysLearnWhenTheTargetHasAskedForTheText) {
+    pasteKeys.waitsForEffect = true;
+    pasteKeys.onPosted = [this] { pasteboard.pasteInto(7); };
+    startPaste("dictated");
+    advance(0.1);
+    pasteboard.pasteInto(editor); // before the keys
+    advance(0.1);
+    EXPECT_FALSE(outcome);
+    pasteboard.pasteInto(editor);
+    advance(0.005);
+    EXPECT_EQ(outcome, PasteOutcome{});
+}
+
 TEST_F(TextInsertionTest, ReturnWaitsUntilTheTargetHasBeenQuiet) {
     paste("dictated");
     advance(1.55);

@@ -14,6 +14,9 @@ QCoro::Task<KeysOutcome> FakePasteKeys::post(Aim aim, TaskScope scope) {
     if (onPosted) {
         onPosted();
     }
+    while (waitsForEffect && !aim.hasEffect()) {
+        co_await sleep(clock_, std::chrono::milliseconds(5), scope);
+    }
     co_return outcome;
 }
 

@@ -20,6 +20,8 @@ class FakePasteKeys final : public PasteKeys {
     KeysOutcome outcome = KeysOutcome::posted;
     /// The user holds a modifier for so long.
     Duration delay = Duration::zero();
+    /// They are not let go before the text has been asked for.
+    bool waitsForEffect = false;
     /// What the application does with the keys.
     std::function<void()> onPosted;
     std::vector<PasteRoute> posted;

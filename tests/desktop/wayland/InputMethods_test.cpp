@@ -15,8 +15,8 @@ namespace {
 /// A program that runs until the test is over, once it has said that it is ready.
 class Theirs {
  public:
-    Theirs(const QString& program, const QByteArray& ready) {
-        process_.start(program, {});
+    Theirs(const QString& program, const QByteArray& ready, const QStringList& arguments = {}) {
+        process_.start(program, arguments);
         if (!process_.waitForStarted() || !waitUntil([this] { return process_.canReadLine(); }) ||
             process_.readLine() != ready) {
             throw std::runtime_error("not ready: " + process_.readAllStandardError().toStdString());
@@ -101,6 +101,21 @@ TEST_F(OtherEngine, IsLeftAloneWhileItComposesAndTheTextIsPasted) {
     const QString seen = browser->waitForText([&](const QString& now) { return now.contains(text); });
     EXPECT_TRUE(seen.startsWith(own) && seen.contains(text)) << seen.toStdString();
     EXPECT_EQ(inForce(), QStringLiteral("composer"));
+}
+
+class SlowEngine : public LiveTypingDesk {
+ protected:
+    const Theirs theirs{QStringLiteral(COMPOSING_ENGINE), "it is in force\n", {QStringLiteral("0.1")}};
+};
+
+TEST_F(SlowEngine, DoesNotMakeALetterOfThePasteKeys) {
+    const auto editor = DesktopApp::mousepad();
+    const QString text = QStringLiteral("Pasted, and nothing else — вставлено.");
+    startHearing(text);
+    holdFor(std::chrono::milliseconds(600));
+    EXPECT_TRUE(goesThrough(delivered));
+    EXPECT_EQ(editor->waitForText(text), text) << program->log().toStdString();
+    EXPECT_TRUE(theirs.isRunning());
 }
 
 // KWin: the user has chosen another program as its input method.

@@ -32,7 +32,8 @@ QCoro::Task<void> GnomeEditingKeys::pressQueued(TaskScope scope) {
             break;
         }
         const std::vector<int> alone{key};
-        const KeysOutcome outcome = co_await keys_.chord(alone, scope);
+        const std::function<bool()> withoutModifiers = [] { return true; };
+        const KeysOutcome outcome = co_await keys_.chord(alone, withoutModifiers, scope);
         if (outcome != KeysOutcome::posted) {
             queue_.clear();
         }

@@ -39,7 +39,8 @@ QCoro::Task<KeysOutcome> GnomePasteKeys::post(Aim aim, TaskScope scope) {
     KeysOutcome outcome = KeysOutcome::notPosted;
     const std::vector<int> chord = opened ? keyboard_.pasteChord(aim()) : std::vector<int>();
     if (!isSpoiled(chord)) {
-        outcome = co_await keys_.chord(chord, scope);
+        const std::function<bool()> hasEffect = [aim] { return aim.hasEffect(); };
+        outcome = co_await keys_.chord(chord, hasEffect, scope);
     }
     keys_.close();
     co_return outcome;

@@ -19,6 +19,9 @@ constexpr int answerBound = 500; // milliseconds
 /// Until then a session that comes late is known.
 constexpr int lateBound = 60'000; // milliseconds
 constexpr Duration keyTime = std::chrono::milliseconds(15);
+/// How long the Shell may take to deliver a key.
+constexpr Duration delivery = std::chrono::milliseconds(500);
+constexpr Duration pollPeriod = std::chrono::milliseconds(5);
 /// How long a key that was posted may take to come past the watch of keys.
 constexpr Duration echo = std::chrono::milliseconds(200);
 
@@ -74,7 +77,8 @@ RemoteDesktopKeys::~RemoteDesktopKeys() { close(); }
 
 bool RemoteDesktopKeys::isPosting() const { return posting_ > 0 || clock_.now() - lastPosted_ < echo; }
 
-QCoro::Task<KeysOutcome> RemoteDesktopKeys::chord(std::vector<int> inputCodes, TaskScope scope) {
+QCoro::Task<KeysOutcome> RemoteDesktopKeys::chord(std::vector<int> inputCodes,
+                                                  std::function<bool()> hasEffect, TaskScope scope) {
     ChordGuard guard(*this, posting_);
     const bool isOpen = co_await open(scope);
     KeysOutcome outcome = KeysOutcome::notPosted;
@@ -85,10 +89,20 @@ QCoro::Task<KeysOutcome> RemoteDesktopKeys::chord(std::vector<int> inputCodes, T
     for (auto key = inputCodes.rbegin(); isDone && key != inputCodes.rend(); ++key) {
         const KeysOutcome released = co_await move(*key, false, scope);
         isDone = released == KeysOutcome::posted;
+        if (isDone && key == inputCodes.rbegin()) {
+            co_await awaitDelivery(hasEffect, scope);
+        }
     }
     guard.isComplete = isDone;
     lastPosted_ = clock_.now();
     co_return outcome;
+}
+
+QCoro::Task<void> RemoteDesktopKeys::awaitDelivery(std::function<bool()> hasEffect, TaskScope scope) {
+    const Instant deadline = clock_.now() + delivery;
+    while (!hasEffect() && clock_.now() < deadline) {
+        co_await sleep(clock_, pollPeriod, scope);
+    }
 }
 
 QCoro::Task<KeysOutcome> RemoteDesktopKeys::press(std::vector<int> inputCodes, TaskScope scope) {

@@ -8,6 +8,7 @@
 #include <QDBusMessage>
 #include <QObject>
 
+#include <functional>
 #include <vector>
 
 namespace lorvane {
@@ -32,13 +33,17 @@ class RemoteDesktopKeys final : public QObject {
     /// Presses keys, Linux input codes, in this order, slowly enough for applications to see each one with
     /// its modifiers, and lets them go in the opposite order; the last one is what acts. What was pressed is
     /// let go even when not all could be. One at a time. Opens a session, which stays open until `close`.
-    QCoro::Task<KeysOutcome> chord(std::vector<int> inputCodes, TaskScope scope);
+    /// The Shell asks the user's input method about each key and delivers it later, but what modifiers are
+    /// down it tells at once: so these stay down until the keys have had their effect, at most 0.5 s.
+    QCoro::Task<KeysOutcome> chord(std::vector<int> inputCodes, std::function<bool()> hasEffect,
+                                   TaskScope scope);
     void close();
 
  private Q_SLOTS:
     void closedByShell();
 
  private:
+    QCoro::Task<void> awaitDelivery(std::function<bool()> hasEffect, TaskScope scope);
     QCoro::Task<KeysOutcome> press(std::vector<int> inputCodes, TaskScope scope);
     QCoro::Task<KeysOutcome> move(int inputCode, bool down, TaskScope scope);
     /// One that is told of when nobody waits for it any more is closed again.

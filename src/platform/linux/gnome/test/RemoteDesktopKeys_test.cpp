@@ -44,7 +44,7 @@ class RemoteDesktop : public PrivateBus {
     std::optional<KeysOutcome> paste(PasteRoute route) {
         std::optional<KeysOutcome> posted;
         const TaskHandle task = startTask([&](TaskScope scope) -> QCoro::Task<void> {
-            posted = co_await pasteKeys.post([route] { return route; }, scope);
+            posted = co_await pasteKeys.post({[route] { return route; }, hasEffect}, scope);
         });
         EXPECT_TRUE(waitUntil([&] { return !task.isRunning(); }));
         return posted;
@@ -55,6 +55,7 @@ class RemoteDesktop : public PrivateBus {
     QString refused;
     std::uint32_t held = 0;
     std::vector<int> chord{KEY_LEFTCTRL, KEY_V};
+    std::function<bool()> hasEffect = [] { return true; };
     QStringList lines;
     DiagnosticLog log{clock, std::nullopt, [this](const QString& line) { lines.append(line); }};
     RemoteDesktopKeys keys{bus, clock, log};
@@ -81,6 +82,28 @@ TEST_F(RemoteDesktop, TheSessionIsOpenForTheChordAlone) {
                                QStringLiteral("Stop:")};
     EXPECT_TRUE(waitUntil([&] { return shell->calls() == expected; }))
         << shell->calls().join(' ').toStdString();
+}
+
+TEST_F(RemoteDesktop, TheModifiersStayDownUntilTheChordHasHadItsEffect) {
+    bringShell();
+    const QStringList before{pressed(KEY_LEFTCTRL), pressed(KEY_V), released(KEY_V)};
+    int looks = 0;
+    hasEffect = [&] {
+        EXPECT_EQ(shell->calls().mid(2), before); // not V: held long enough, it pastes again
+        return ++looks == 5;
+    };
+    EXPECT_EQ(paste(PasteRoute::standard), KeysOutcome::posted);
+    EXPECT_EQ(looks, 5);
+    EXPECT_EQ(shell->calls().mid(2, 4), before + QStringList{released(KEY_LEFTCTRL)});
+}
+
+TEST_F(RemoteDesktop, TheModifiersOfAChordWithoutEffectGoUpAfterHalfASecond) {
+    bringShell();
+    hasEffect = [] { return false; };
+    const Instant before = clock.now();
+    EXPECT_EQ(paste(PasteRoute::standard), KeysOutcome::posted);
+    EXPECT_GE(clock.now() - before, std::chrono::milliseconds(500));
+    EXPECT_TRUE(waitUntil([&] { return shell->calls().contains(released(KEY_LEFTCTRL)); }));
 }
 
 TEST_F(RemoteDesktop, ARefusedSessionIsNotAskedForAgainUntilAnotherShellComes) {
