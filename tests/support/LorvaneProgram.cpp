@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/LorvaneProgram.h"
 
+#include "support/SessionBus.h"
 #include "support/UserSession.h"
 
 #include <QDBusConnection>
-#include <QDBusInterface>
 #include <QDBusReply>
 #include <QDir>
 #include <QFile>
@@ -116,7 +116,7 @@ void LorvaneProgram::restart() {
 QString LorvaneProgram::property(const QString& name) const {
     auto call = QDBusMessage::createMethodCall(service, object, propertiesInterface, QStringLiteral("Get"));
     call << interface << name;
-    const QDBusReply<QVariant> reply(QDBusConnection::sessionBus().call(call, QDBus::BlockWithGui, 3000));
+    const QDBusReply<QVariant> reply(askOnSessionBus(call, std::chrono::seconds(3)));
     return reply.isValid() ? reply.value().toString() : QString();
 }
 

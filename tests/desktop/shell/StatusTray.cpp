@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "StatusTray.h"
 
+#include "support/SessionBus.h"
 #include "support/Wait.h"
 
 #include <QDBusArgument>
@@ -31,9 +32,7 @@ TrayEntry readEntry(const QDBusArgument& argument) {
     return entry;
 }
 
-QDBusMessage ask(QDBusMessage message) {
-    return QDBusConnection::sessionBus().call(message, QDBus::BlockWithGui, 5000);
-}
+QDBusMessage ask(const QDBusMessage& message) { return askOnSessionBus(message, std::chrono::seconds(5)); }
 
 QString menuPathOf(const QVariant& path) { return path.value<QDBusObjectPath>().path(); }
 
