@@ -57,6 +57,8 @@ pid_t start(const std::vector<std::string>& command, int in, int out) {
     posix_spawn_file_actions_adddup2(&files, in, STDIN_FILENO);
     posix_spawn_file_actions_adddup2(&files, out, STDOUT_FILENO);
     posix_spawn_file_actions_addopen(&files, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+    // The sockets of the server are not the program's: it would keep a port, and clients, after our end.
+    posix_spawn_file_actions_addclosefrom_np(&files, STDERR_FILENO + 1);
     sigset_t none;
     sigset_t all;
     sigemptyset(&none);

@@ -21,8 +21,10 @@ Connection::Connection(std::uint16_t port, int receiveBuffer)
     address.sin_family = AF_INET;
     address.sin_port = htons(port);
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    if (::connect(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0)
+    if (::connect(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
+        close();
         throw std::runtime_error("cannot connect to port " + std::to_string(port));
+    }
     setPatience(patience);
 }
 

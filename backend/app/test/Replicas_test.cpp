@@ -263,7 +263,7 @@ TEST_F(ReplicasTest, AnUploadIsSentOnToTheNextReplicaOnlyWithAnId) {
         gate_.set(true);
         EXPECT_EQ(answer.get(), named ? 200 : 502) << named;
         start(where);
-        ASSERT_TRUE(answers(ports_.at(where)));
+        ASSERT_TRUE(answers(ports_.at(where))) << replicas_.at(where)->log();
     }
     EXPECT_EQ(fromDatabase("SELECT sum(words) FROM phone_words"), "3") << "of the take with an id alone";
 }

@@ -5,6 +5,7 @@
 #include <csignal>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 using namespace lorvane::backend;
 using namespace lorvane::backend::testing;
@@ -32,6 +33,14 @@ TEST(FilterProcess, TheInputComesOutAsTheProgramWritesIt) {
     EXPECT_EQ(shell("cat", big), big);
     EXPECT_EQ(shell("tr a-z A-Z", "hello"), "HELLO");
     EXPECT_EQ(shell("true"), "");
+}
+
+// A listening socket, above all: its port would stay taken after the end of the server.
+TEST(FilterProcess, TheProgramGetsNothingThatIsOpenHere) {
+    constexpr int number = 57;
+    ASSERT_EQ(::dup2(STDIN_FILENO, number), number);
+    EXPECT_EQ(shell("[ -e /proc/$$/fd/1 ] && [ ! -e /proc/$$/fd/57 ] && echo closed"), "closed\n");
+    ::close(number);
 }
 
 TEST(FilterProcess, AFailureIsNoOutput) {
