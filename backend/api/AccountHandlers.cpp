@@ -19,13 +19,21 @@ bool isSourceSign(char c) {
     return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == ' ' || c == '-' || c == '_';
 }
 
+// First whoever asks by themselves, so that one who asks too often takes nothing from the others.
+bool registrationAdmitted(const Services& services, const std::string& client) {
+    const auto& limits = services.options.limits;
+    auto& storage = services.storage;
+    return storage.admitStranger("register", sha256(client), limits.registrationsOfAddress).count() == 0 &&
+           storage.admit("register", 0, limits.registrations).count() == 0;
+}
+
 } // namespace
 
 void handleRegister(const Services& services, const Request& request, Exchange& exchange) {
     const auto device = readDevice(request.body);
     if (!device)
         return refuse(exchange, 400, "bad_device");
-    if (services.storage.admit("register", 0, services.options.limits.registrations).count() > 0)
+    if (!registrationAdmitted(services, request.client))
         return refuse(exchange, 503, "busy");
     const auto token = newToken();
     services.storage.registerDevice(*device, sha256(token));

@@ -22,6 +22,7 @@ struct Request {
     std::string query;       // what follows "?", as sent
     std::string body;
     DeviceId device = 0; // who asks; 0 on routes that take no token
+    std::string client;  // where from, on routes that take no token: see TrustedProxies
 };
 
 struct Response {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "api/ClientAddress.h"
 #include "api/Http.h"
 
 #include <chrono>
@@ -24,6 +25,7 @@ struct ServerOptions {
     std::string address = "127.0.0.1";
     std::uint16_t port = 0; // 0: any free one
     int inherited = -1;     // a socket that listens already, taken over; address and port are then its own
+    TrustedProxies proxies;
     std::size_t threads = 1;
     std::size_t connections = 4096;
     std::size_t heldBytes = std::size_t(512) << 20; // all request bodies in memory together

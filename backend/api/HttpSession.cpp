@@ -2,6 +2,7 @@
 #include "api/HttpSession.h"
 
 #include "api/HttpText.h"
+#include "api/RequestHead.h"
 #include "api/TokenCall.h"
 #include "api/Wire.h"
 #include "util/Log.h"
@@ -41,15 +42,20 @@ WorkPool& poolOf(const Pools& pools, Work work) {
     return pools.quick;
 }
 
-std::string_view afterQuestionMark(std::string_view target) {
-    const auto mark = target.find('?');
-    return mark == std::string_view::npos ? std::string_view() : target.substr(mark + 1);
-}
-
 std::string_view plain(beast::string_view text) { return {text.data(), text.size()}; }
 
+// A header of several lines is one list (RFC 9110 5.3).
+template <class Head>
+std::string listIn(const Head& head, std::string_view name) {
+    std::string list;
+    for (auto [line, end] = head.equal_range(beast::string_view(name.data(), name.size())); line != end;
+         ++line)
+        list.append(list.empty() ? "" : ",").append(plain(line->value()));
+    return list;
+}
+
 // Who stands between us and a client may read such a request otherwise than we do: one host, one token, and a
-// body that is told by one length or in chunks (RFC 9112 3.2 and 6.1).
+// body that is told by one length or in chunks (RFC 9112 3.2, 6.1 and 6.3).
 template <class Parser>
 bool unambiguous(const Parser& parser) {
     const auto& head = parser.get();
@@ -58,7 +64,11 @@ bool unambiguous(const Parser& parser) {
         return false;
     if (head.count(http::field::authorization) > 1)
         return false;
+    const auto lengths = head.count(http::field::content_length);
     const auto coding = head.find(http::field::transfer_encoding);
+    if (lengths > 1 || (lengths > 0 && coding != head.end()) ||
+        head[http::field::content_length].find(',') != beast::string_view::npos)
+        return false;
     return coding == head.end() || (head.version() >= 11 && beast::iequals(coding->value(), "chunked") &&
                                     head.count(http::field::transfer_encoding) == 1);
 }
@@ -133,6 +143,7 @@ net::awaitable<bool> HttpSession::serveOne() {
     what_ = "unreadable";
     version_ = 11;
     keepAlive_ = false;
+    headOnly_ = parser.get().method() == http::verb::head;
     if (error) {
         const bool more = co_await refuseHeader(error);
         co_return more;
@@ -143,6 +154,7 @@ net::awaitable<bool> HttpSession::serveOne() {
         const bool more = co_await refuse(400, codeOfStatus(400), true);
         co_return more;
     }
+    keepAlive_ = head.keep_alive();
     auto found = shared_->routes.find(plain(head.method_string()), plain(head.target()));
     what_ = std::move(found.what);
     allow_ = found.allow;
@@ -150,7 +162,6 @@ net::awaitable<bool> HttpSession::serveOne() {
         const bool more = co_await refuse(found.status, codeOfStatus(found.status), !parser.is_done());
         co_return more;
     }
-    keepAlive_ = head.keep_alive();
     const bool more = co_await serveRoute(parser, *found.route);
     co_return more;
 }
@@ -166,13 +177,32 @@ net::awaitable<bool> HttpSession::refuseHeader(error_code error) {
     co_return more;
 }
 
+Request HttpSession::requestOf(const Parser::value_type& head, Access access) const {
+    RequestHead texts{plain(head.target()),
+                      plain(head[http::field::content_type]),
+                      plain(head["X-Tirra-Take"]),
+                      plain(head["X-Tirra-Platform"]),
+                      {},
+                      {}};
+    std::string peer;
+    std::string forwarded;
+    if (access == Access::open) {
+        error_code gone;
+        peer = stream_.socket().remote_endpoint(gone).address().to_string();
+        forwarded = listIn(head, "X-Forwarded-For");
+        texts.peer = peer;
+        texts.forwarded = forwarded;
+    }
+    return backend::requestOf(texts, shared_->options.proxies);
+}
+
 net::awaitable<bool> HttpSession::serveRoute(Parser& parser, const Route& route) {
     const auto& head = parser.get();
     if (parser.content_length().value_or(0) > route.bodyLimit) {
         const bool more = co_await refuse(413, codeOfStatus(413), true);
         co_return more;
     }
-    Request request;
+    auto request = requestOf(head, route.access);
     if (route.access == Access::token) {
         auto given = bearerToken(plain(head[http::field::authorization]));
         int refused = 0;
@@ -183,10 +213,6 @@ net::awaitable<bool> HttpSession::serveRoute(Parser& parser, const Route& route)
             co_return more;
         }
     }
-    request.contentType = mediaType(plain(head[http::field::content_type]));
-    request.takeId = usableHeaderWord(plain(head["X-Tirra-Take"]));
-    request.platform = lowerCase(usableHeaderWord(plain(head["X-Tirra-Platform"])));
-    request.query = afterQuestionMark(plain(head.target()));
     if (route.instant && parser.is_done())
         if (auto response = route.instant(request)) {
             const bool more = co_await answerInstantly(std::move(*response));

@@ -55,6 +55,7 @@ class HttpSession : public std::enable_shared_from_this<HttpSession> {
     boost::asio::awaitable<bool> serveOne();
     boost::asio::awaitable<bool> refuseHeader(boost::system::error_code error);
     boost::asio::awaitable<bool> serveRoute(Parser& parser, const Route& route);
+    Request requestOf(const Parser::value_type& head, Access access) const;
     boost::asio::awaitable<int> readBody(Parser& parser, std::size_t limit, std::string& body,
                                          ByteBudget::Share& held);
     bool recallToken(const std::string& token, DeviceId& device) const;
@@ -83,6 +84,7 @@ class HttpSession : public std::enable_shared_from_this<HttpSession> {
     std::string what_;
     std::string_view allow_;
     unsigned version_ = 11;
+    bool headOnly_ = false; // what the request asked for
     bool keepAlive_ = true;
     bool idle_ = true;
     bool closed_ = false;

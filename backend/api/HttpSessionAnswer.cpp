@@ -28,7 +28,7 @@ bool hungUp(int socket) {
 // Once the end has been announced every answer is the last of its connection.
 HttpWriter::Form HttpSession::form(bool keepAlive) {
     keepAlive_ = keepAlive && !shared_->ending;
-    return {version_, keepAlive_, allow_};
+    return {version_, keepAlive_, allow_, headOnly_};
 }
 
 // Passes on what the worker says, each line awaited: a client that does not read stops the worker, and is
@@ -61,7 +61,8 @@ net::awaitable<void> HttpSession::answer(std::shared_ptr<PendingExchange> pendin
             answer.status = 200;
             // Under HTTP/1.0 nothing but the connection's end can tell the body's.
             const bool written = co_await writer_.streamHead(form(keepAlive_ && version_ >= 11));
-            if (!written)
+            answer.whole = written && headOnly_;
+            if (!written || headOnly_)
                 co_return;
         }
         if (!progress.lines.empty()) {

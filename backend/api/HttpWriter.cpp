@@ -65,7 +65,9 @@ net::awaitable<bool> HttpWriter::response(Response response, Form form) {
     if (response.retryAfter > 0)
         addField(text, "Retry-After", std::to_string(response.retryAfter));
     addField(text, "Content-Length", std::to_string(response.body.size()));
-    text.append("\r\n").append(response.body);
+    text += "\r\n";
+    if (!form.headOnly)
+        text += response.body;
     // Nearly always the socket takes an answer at once, and no deadline has to be kept. Lines are never sent
     // like this: a worker that is quick enough would keep the thread from everybody else.
     boost::system::error_code error;

@@ -18,6 +18,7 @@ class HttpWriter {
         unsigned version = 11; // of HTTP, times ten
         bool keepAlive = false;
         std::string_view allow; // the methods there are, for 405
+        bool headOnly = false;  // no body follows, whatever the head says of one
     };
 
     HttpWriter(boost::beast::tcp_stream& stream, std::chrono::milliseconds writeTime)

@@ -17,9 +17,10 @@ class Mailer;
 class Metrics;
 class ReleaseFeed;
 
-// Of a person, but for `registrations`, which are those of everybody together.
+// Of a person, but for the registrations: those of everybody together, and those from one address.
 struct Limits {
     Rate registrations = Rate::perHour(3600);
+    Rate registrationsOfAddress = Rate::perHour(120);
     Rate invitations = Rate::perHour(20);
     Rate feedback = Rate::perHour(20);
     Rate texts = Rate::perHour(240); // insights, summaries, translations

@@ -16,7 +16,6 @@ constexpr std::size_t quickQueue = 4096;
 constexpr std::chrono::seconds sweepPause{10};
 constexpr std::size_t slowThreads = 16; // they mostly wait for other servers
 constexpr std::size_t slowQueue = 256;
-constexpr std::size_t writtenAtOnce = 32; // takes that wait for a language server, beside those at work
 
 std::unique_ptr<Mailer> mailerFor(const MailOptions& options) {
     if (options.smtp)
@@ -37,7 +36,7 @@ Backend::Backend(const BackendOptions& options, std::unique_ptr<Storage> storage
                 linguist_,       *mailer_,  releases_,
                 metrics_,        codes_,    [this] { return unready(); }},
       quick_(quickThreads, quickQueue), slow_(slowThreads, slowQueue),
-      takes_(options.workers, options.queue, options.language.empty() ? 0 : writtenAtOnce),
+      takes_(options.workers, options.queue, options.language.empty() ? 0 : options.writtenAtOnce),
       server_(options.server, makeRoutes(services_),
               {[this](std::string_view token) { return tokens_.deviceOf(token); },
                [this](std::string_view token) { return tokens_.recall(token); }},

@@ -35,6 +35,7 @@ struct BackendOptions {
     std::vector<ChatServer> language; // in order of preference
     std::filesystem::path apertium;   // empty: no local translation
     std::size_t workers = 2;          // recognitions at once
+    std::size_t writtenAtOnce = 32;   // takes that wait for a language server, beside those at work
     std::size_t queue = 64;           // takes that wait for one
     double maxAudioSeconds = 30 * 60;
     std::size_t takeBytes = std::size_t(512) << 20; // the sound of all takes together

@@ -20,6 +20,8 @@ void addProgram(CLI::App& app, RawOptions& raw) {
         ->configurable(false);
     add(app, "--listen", "ADDRESS:PORT", raw.listen, "Address and port; port 0 takes a free one");
     add(app, "--port", "PORT", raw.port, "Port alone, over that of --listen");
+    add(app, "--trusted-proxies", "LIST", raw.trustedProxies,
+        "Addresses and networks between commas whose X-Forwarded-For says where a request comes from");
     add(app, "--port-file", "FILE", raw.portFile, "Write the port there once listening");
     add(app, "--database", "FILE|ADDRESS", raw.database,
         "SQLite file, made when missing; or postgresql://[USER@]HOST[:PORT]/NAME for several backends");
@@ -57,6 +59,9 @@ void addBounds(CLI::App& app, RawOptions& raw) {
     add(app, "--workers", "N", raw.workers,
         "Takes worked on at once; 0: one a core, about 90 MB each, or 32 with speech servers")
         ->check(CLI::Range(0, 256));
+    add(app, "--written-at-once", "N", raw.writtenAtOnce,
+        "Takes that language servers write at once, beside those at work")
+        ->check(CLI::Range(1, 1024));
     add(app, "--queue", "N", raw.queue, "Takes that wait; more are answered 503");
     add(app, "--io-threads", "N", raw.ioThreads, "Threads that serve connections")->check(CLI::Range(1, 64));
     add(app, "--connections", "N", raw.connections, "Connections at once")->check(CLI::Range(1, 1'000'000));
@@ -83,6 +88,9 @@ void addLimits(CLI::App& app, RawOptions& raw) {
     add(app, "--takes-per-hour", "N", raw.takesPerHour, "Takes of a person; 0: any number")->check(rate);
     add(app, "--registrations-per-hour", "N", raw.registrationsPerHour,
         "Registrations of all devices together; more are answered 503; 0: any number")
+        ->check(rate);
+    add(app, "--registrations-per-address", "N", raw.registrationsPerAddress,
+        "Registrations an hour from one address, or one /64 of IPv6; more are answered 503; 0: any number")
         ->check(rate);
     add(app, "--invites-per-hour", "N", raw.invitesPerHour, "Invitations of a person; 0: any number")
         ->check(rate);

@@ -18,6 +18,7 @@ struct RawOptions {
     std::string listen = "127.0.0.1:0";
     std::string port;
     std::string portFile;
+    std::string trustedProxies = "127.0.0.1, ::1";
     std::string parent;
     std::string database;
     std::string databasePasswordFile;
@@ -29,6 +30,7 @@ struct RawOptions {
     std::string language;
     std::string apertium = "/usr/bin/apertium";
     std::size_t workers = 0;
+    std::size_t writtenAtOnce = 32;
     std::size_t queue = 64;
     std::size_t ioThreads = 1;
     std::size_t connections = 4096;
@@ -41,6 +43,7 @@ struct RawOptions {
     std::size_t drainSeconds = 5;
     int takesPerHour = 0;
     int registrationsPerHour = 3600;
+    int registrationsPerAddress = 120;
     int invitesPerHour = 20;
     int feedbackPerHour = 20;
     int textsPerHour = 240;

@@ -129,9 +129,9 @@ ReleaseOptions readReleases(const RawOptions& raw) {
 ServiceOptions readService(const RawOptions& raw) {
     ServiceOptions service;
     service.takeLimit = raw.bodyMiB << 20;
-    service.limits = {Rate::perHour(raw.registrationsPerHour), Rate::perHour(raw.invitesPerHour),
-                      Rate::perHour(raw.feedbackPerHour), Rate::perHour(raw.textsPerHour),
-                      Rate::perHour(raw.takesPerHour)};
+    service.limits = {Rate::perHour(raw.registrationsPerHour), Rate::perHour(raw.registrationsPerAddress),
+                      Rate::perHour(raw.invitesPerHour),       Rate::perHour(raw.feedbackPerHour),
+                      Rate::perHour(raw.textsPerHour),         Rate::perHour(raw.takesPerHour)};
     service.phoneGoal = raw.phoneGoal;
     service.publicUrl = readUrl("public-url", raw.publicUrl);
     service.downloadUrl = readUrl("download-url", raw.downloadUrl);
@@ -159,6 +159,10 @@ std::optional<PostgresOptions> readPostgres(const RawOptions& raw) {
 ServerOptions readServer(const RawOptions& raw) {
     ServerOptions server;
     readListen(raw, server);
+    auto proxies = TrustedProxies::parse(raw.trustedProxies);
+    if (!proxies)
+        fail("trusted-proxies", "no list of addresses and networks such as 10.0.0.0/8");
+    server.proxies = std::move(*proxies);
     server.threads = raw.ioThreads;
     server.connections = raw.connections;
     server.writeTime = std::chrono::seconds(raw.writeSeconds);
@@ -199,6 +203,7 @@ ProgramOptions meaningOf(const RawOptions& raw) {
     options.backend.language = readLanguage(raw.language);
     options.backend.apertium = raw.apertium;
     options.backend.workers = workersFor(raw, !options.speech.empty());
+    options.backend.writtenAtOnce = raw.writtenAtOnce;
     options.backend.queue = raw.queue;
     options.backend.tokenTime = std::chrono::seconds(raw.tokenSeconds);
     options.backend.maxAudioSeconds = raw.audioMinutes * 60;

@@ -40,8 +40,8 @@ PostgresValues takeValues(DeviceId device, const Digest& take, std::string_view 
 
 // The row holds when the allowance will be full again; a row in the past is the same as none. One statement,
 // so that backends that ask at once are counted one after the other.
-std::chrono::milliseconds admitOn(PostgresLink& link, std::string_view bucket, std::int64_t key,
-                                  const Rate& rate) {
+std::chrono::milliseconds admitOn(PostgresLink& link, const std::string& table, std::string_view bucket,
+                                  std::int64_t key, const Rate& rate) {
     if (rate.burst <= 0)
         return std::chrono::milliseconds(0);
     const auto interval = rate.interval.count();
@@ -49,8 +49,8 @@ std::chrono::milliseconds admitOn(PostgresLink& link, std::string_view bucket, s
     const std::string full = "(SELECT CASE WHEN a.full_at > now + $4::bigint THEN now"
                              " ELSE greatest(a.full_at, now) END FROM clock)";
     const auto taken =
-        link.run(clock +
-                     " INSERT INTO allowance AS a (bucket, key, full_at)"
+        link.run(clock + " INSERT INTO " + table +
+                     " AS a (bucket, key, full_at)"
                      " SELECT $1, $2::bigint, now + $3::bigint FROM clock"
                      " ON CONFLICT(bucket, key) DO UPDATE SET full_at = " +
                      full + " + $3::bigint WHERE " + full +
@@ -58,10 +58,10 @@ std::chrono::milliseconds admitOn(PostgresLink& link, std::string_view bucket, s
                  PostgresValues().text(bucket).number(key).number(interval).number(interval * rate.burst));
     if (!taken.empty())
         return std::chrono::milliseconds(0);
-    const auto late = link.run(
-        clock + " SELECT " + full +
-            " + $3::bigint - $4::bigint - now FROM allowance a, clock WHERE bucket = $1 AND key = $2",
-        PostgresValues().text(bucket).number(key).number(interval).number(interval * rate.burst));
+    const auto late =
+        link.run(clock + " SELECT " + full + " + $3::bigint - $4::bigint - now FROM " + table +
+                     " a, clock WHERE bucket = $1 AND key = $2",
+                 PostgresValues().text(bucket).number(key).number(interval).number(interval * rate.burst));
     return std::chrono::milliseconds(late.empty() ? 1 : std::max<std::int64_t>(1, late.number(0, 0)));
 }
 
@@ -119,7 +119,17 @@ std::optional<std::string> PostgresStorage::onboardedSource(DeviceId device) {
 
 std::chrono::milliseconds PostgresStorage::admit(std::string_view bucket, std::int64_t key,
                                                  const Rate& rate) {
-    return admitOn(*link(), bucket, key, rate);
+    return admitOn(*link(), "allowance", bucket, key, rate);
+}
+
+// What is in the past goes a little at a time, and never what another backend is removing.
+std::chrono::milliseconds PostgresStorage::admitStranger(std::string_view bucket, const Digest& who,
+                                                         const Rate& rate) {
+    auto connection = link();
+    connection->run(clock + ", old AS (SELECT stranger.ctid AS place FROM stranger, clock WHERE full_at < now"
+                            " LIMIT 100 FOR UPDATE OF stranger SKIP LOCKED)"
+                            " DELETE FROM stranger WHERE ctid IN (SELECT place FROM old)");
+    return admitOn(*connection, "stranger", bucket, numberOf(who), rate);
 }
 
 bool PostgresStorage::admitTake(std::string_view bucket, DeviceId device, const TakeId& take,
@@ -129,7 +139,7 @@ bool PostgresStorage::admitTake(std::string_view bucket, DeviceId device, const 
     PostgresTransaction transaction(*connection);
     if (take && connection->run(markTake + " SELECT at FROM mark", takeValues(device, *take, bucket)).empty())
         return true;
-    if (admitOn(*connection, bucket, personOn(*connection, device), rate).count() > 0)
+    if (admitOn(*connection, "allowance", bucket, personOn(*connection, device), rate).count() > 0)
         return false;
     transaction.commit();
     return true;

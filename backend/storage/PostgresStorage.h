@@ -25,6 +25,8 @@ class PostgresStorage : public Storage {
     void keepOnboarded(DeviceId device, std::string_view source) override;
     std::optional<std::string> onboardedSource(DeviceId device) override;
     std::chrono::milliseconds admit(std::string_view bucket, std::int64_t key, const Rate& rate) override;
+    std::chrono::milliseconds admitStranger(std::string_view bucket, const Digest& who,
+                                            const Rate& rate) override;
     std::int64_t personOf(DeviceId device) override;
     bool admitTake(std::string_view bucket, DeviceId device, const TakeId& take, const Rate& rate) override;
     void addPhoneWords(DeviceId device, const TakeId& take, std::int64_t words) override;

@@ -100,21 +100,31 @@ std::optional<std::string> SqliteStorage::onboardedSource(DeviceId device) {
 std::chrono::milliseconds SqliteStorage::admit(std::string_view bucket, std::int64_t key, const Rate& rate) {
     const std::lock_guard lock(mutex_);
     Transaction transaction(database_.get());
-    const auto wait = admitLocked(bucket, key, rate);
+    const auto wait = admitLocked("allowance", bucket, key, rate);
+    transaction.commit();
+    return wait;
+}
+
+std::chrono::milliseconds SqliteStorage::admitStranger(std::string_view bucket, const Digest& who,
+                                                       const Rate& rate) {
+    const std::lock_guard lock(mutex_);
+    Transaction transaction(database_.get());
+    Statement(database_.get(), "DELETE FROM stranger WHERE full_at < ?").bind(milliseconds()).step();
+    const auto wait = admitLocked("stranger", bucket, numberOf(who), rate);
     transaction.commit();
     return wait;
 }
 
 // The row holds when the allowance will be full again; a row in the past is the same as none.
-std::chrono::milliseconds SqliteStorage::admitLocked(std::string_view bucket, std::int64_t key,
-                                                     const Rate& rate) {
+std::chrono::milliseconds SqliteStorage::admitLocked(const std::string& table, std::string_view bucket,
+                                                     std::int64_t key, const Rate& rate) {
     if (rate.burst <= 0)
         return std::chrono::milliseconds(0);
     const auto interval = rate.interval.count();
     const auto now = milliseconds();
     auto full = now;
     {
-        Statement read(database_.get(), "SELECT full_at FROM allowance WHERE bucket = ? AND key = ?");
+        Statement read(database_.get(), "SELECT full_at FROM " + table + " WHERE bucket = ? AND key = ?");
         read.text(bucket).bind(key);
         if (read.step())
             full = std::max(now, read.integer(0));
@@ -125,8 +135,9 @@ std::chrono::milliseconds SqliteStorage::admitLocked(std::string_view bucket, st
     const auto next = full + interval;
     if (const auto early = next - now - interval * rate.burst; early > 0)
         return std::chrono::milliseconds(early);
-    Statement(database_.get(), "INSERT INTO allowance(bucket, key, full_at) VALUES (?, ?, ?) "
-                               "ON CONFLICT(bucket, key) DO UPDATE SET full_at = excluded.full_at")
+    Statement(database_.get(), "INSERT INTO " + table +
+                                   "(bucket, key, full_at) VALUES (?, ?, ?) "
+                                   "ON CONFLICT(bucket, key) DO UPDATE SET full_at = excluded.full_at")
         .text(bucket)
         .bind(key)
         .bind(next)
@@ -154,7 +165,7 @@ bool SqliteStorage::admitTake(std::string_view bucket, DeviceId device, const Ta
     const std::lock_guard lock(mutex_);
     Transaction transaction(database_.get());
     const bool again = take && !firstOfTake(device, *take, bucket);
-    if (!again && admitLocked(bucket, personLocked(device), rate).count() > 0)
+    if (!again && admitLocked("allowance", bucket, personLocked(device), rate).count() > 0)
         return false;
     transaction.commit();
     return true;

@@ -12,7 +12,7 @@ namespace lorvane::backend {
 namespace {
 
 // One step a version of the database; a step that has been released is never changed.
-constexpr std::array<const char*, 2> steps{
+constexpr std::array<const char*, 3> steps{
     R"sql(
 CREATE TABLE IF NOT EXISTS device (
   id INTEGER PRIMARY KEY, device TEXT NOT NULL UNIQUE, registered INTEGER NOT NULL);
@@ -40,6 +40,11 @@ CREATE INDEX seen_take_at ON seen_take(at);
 CREATE TABLE phone_words (
   device INTEGER NOT NULL REFERENCES device(id), day INTEGER NOT NULL, words INTEGER NOT NULL,
   PRIMARY KEY (device, day)) WITHOUT ROWID;
+)sql",
+    R"sql(
+CREATE TABLE stranger (
+  bucket TEXT NOT NULL, key INTEGER NOT NULL, full_at INTEGER NOT NULL, PRIMARY KEY (bucket, key)) WITHOUT ROWID;
+CREATE INDEX stranger_full_at ON stranger(full_at);
 )sql"};
 
 sqlite3* openDatabase(const std::filesystem::path& file) {

@@ -32,6 +32,8 @@ class SqliteStorage : public Storage {
     void keepOnboarded(DeviceId device, std::string_view source) override;
     std::optional<std::string> onboardedSource(DeviceId device) override;
     std::chrono::milliseconds admit(std::string_view bucket, std::int64_t key, const Rate& rate) override;
+    std::chrono::milliseconds admitStranger(std::string_view bucket, const Digest& who,
+                                            const Rate& rate) override;
     std::int64_t personOf(DeviceId device) override;
     bool admitTake(std::string_view bucket, DeviceId device, const TakeId& take, const Rate& rate) override;
     void addPhoneWords(DeviceId device, const TakeId& take, std::int64_t words) override;
@@ -43,7 +45,8 @@ class SqliteStorage : public Storage {
     void migrate();
     DeviceId deviceRow(std::string_view device);
     std::int64_t personLocked(DeviceId device);
-    std::chrono::milliseconds admitLocked(std::string_view bucket, std::int64_t key, const Rate& rate);
+    std::chrono::milliseconds admitLocked(const std::string& table, std::string_view bucket, std::int64_t key,
+                                          const Rate& rate);
     bool firstOfTake(DeviceId device, const Digest& take, std::string_view purpose);
     std::int64_t milliseconds() const; // since 1970
 

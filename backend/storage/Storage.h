@@ -65,6 +65,10 @@ class Storage {
     // Takes one from what is left to `key` in `bucket`, and returns no time; or the time to wait when nothing
     // is left.
     virtual std::chrono::milliseconds admit(std::string_view bucket, std::int64_t key, const Rate& rate) = 0;
+    // As admit(), for one of whom nothing is known but a digest. Nothing is kept of who has a whole allowance
+    // again, but for a short while.
+    virtual std::chrono::milliseconds admitStranger(std::string_view bucket, const Digest& who,
+                                                    const Rate& rate) = 0;
     virtual std::int64_t personOf(DeviceId device) = 0;
 
     // As admit() for the person of the device; but a take that was let in within the hour is let in again for

@@ -105,6 +105,12 @@ std::chrono::milliseconds MemoryStorage::admit(std::string_view bucket, std::int
     return admitLocked(bucket, key, rate);
 }
 
+std::chrono::milliseconds MemoryStorage::admitStranger(std::string_view bucket, const Digest& who,
+                                                       const Rate& rate) {
+    const auto lock = enter();
+    return admitLocked("stranger " + std::string(bucket), numberOf(who), rate);
+}
+
 std::chrono::milliseconds MemoryStorage::admitLocked(std::string_view bucket, std::int64_t key,
                                                      const Rate& rate) {
     if (rate.burst <= 0)

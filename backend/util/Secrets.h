@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -16,6 +17,13 @@ Digest sha256(std::string_view bytes);
 
 inline std::string_view asBytes(const Digest& digest) {
     return {reinterpret_cast<const char*>(digest.data()), digest.size()};
+}
+
+// A number of it where 64 bits are enough to tell things apart.
+inline std::int64_t numberOf(const Digest& digest) {
+    std::int64_t number = 0;
+    std::memcpy(&number, digest.data(), sizeof number);
+    return number;
 }
 
 // 256 bits from the kernel as 64 hexadecimal digits. Throws std::system_error when the kernel has none to

@@ -29,6 +29,10 @@ std::vector<Route> routes() {
             {"POST", "/open", Access::open, Work::quick, limit, &echo},
             {"GET", "/get", Access::open, Work::quick, 0, &echo},
             {"GET", "/lines", Access::open, Work::take, 0, &threeLines},
+            {"GET", "/at-once", Access::open, Work::quick, 0, &echo,
+             [](const Request&) {
+                 return std::optional(Response{200, "at once"});
+             }},
             {"GET", "/throws", Access::open, Work::take, 0,
              [](const Request&, Exchange&) { throw std::runtime_error("on purpose"); }},
             {"GET", "/throws-late", Access::open, Work::take, 0, [](const Request&, Exchange& exchange) {
@@ -80,13 +84,56 @@ TEST_F(HttpServerTest, UnknownPathsMethodsAndTokensAreRefused) {
     const auto other = request(port_, {"GET", "/echo", "good", "", "", "", ""});
     EXPECT_EQ(other.status, 405);
     EXPECT_EQ(other.headers.at("allow"), "POST");
+    EXPECT_EQ(request(port_, {"POST", "/get", "", "a/b", "", "", ""}).headers.at("allow"), "GET, HEAD");
     EXPECT_EQ(request(port_, {"POST", "/echo", "", "a/b", "", "", "x"}).status, 401);
     EXPECT_EQ(request(port_, {"POST", "/echo", "bad", "a/b", "", "", "x"}).status, 401);
     EXPECT_EQ(request(port_, {"POST", "/echo", "broken", "a/b", "", "", "x"}).status, 503);
 }
 
+// By the raw bytes: a client that reads as it should would not see a body that should not be there.
+TEST_F(HttpServerTest, AnAnswerToHeadIsTheHeadOfTheOtherAnswerAndNeverHasABody) {
+    const std::string close = " HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n";
+    const auto answerTo = [&](const std::string& request) {
+        Connection connection(port_);
+        connection.send(request + close);
+        return connection.readAll();
+    };
+    for (const std::string path : {"/get", "/get?r=1", "/at-once", "/throws", "/nothing"}) {
+        const auto whole = answerTo("GET " + path);
+        const auto head = answerTo("HEAD " + path);
+        EXPECT_EQ(head, whole.substr(0, whole.find("\r\n\r\n") + 4)) << path;
+        EXPECT_NE(whole, head) << path;
+    }
+    for (const std::string request :
+         {"HEAD /echo", "HEAD /open", "HEAD /lines", "HEAD /get HTTP/1.1\r\nContent-Length: -1\r\nX: "}) {
+        const auto head = answerTo(request);
+        EXPECT_TRUE(head.starts_with("HTTP/1.1 ") && head.ends_with("\r\n\r\n")) << head;
+        EXPECT_EQ(head.find("\r\n\r\n"), head.size() - 4) << head;
+    }
+    EXPECT_NE(answerTo("HEAD /echo").find("405 Method Not Allowed\r\n"), std::string::npos);
+    EXPECT_NE(answerTo("HEAD /echo").find("\r\nAllow: POST\r\n"), std::string::npos);
+}
+
+TEST_F(HttpServerTest, AConnectionServesOnAfterAHead) {
+    Connection connection(port_);
+    for (const char* path : {"/get", "/at-once", "/lines", "/echo"}) {
+        connection.send("HEAD " + std::string(path) + " HTTP/1.1\r\nHost: x\r\n\r\n");
+        EXPECT_NE(connection.readHead().status, 0) << path;
+        EXPECT_EQ(request(connection, {"GET", "/get", "", "", "", "", ""}).body, "0|||0") << path;
+    }
+}
+
 TEST_F(HttpServerTest, AQueryIsNoPartOfThePath) {
     EXPECT_EQ(request(port_, {"GET", "/get?r=1", "", "", "", "", ""}).status, 200);
+    EXPECT_EQ(request(port_, {"GET", "/nothing?/get", "", "", "", "", ""}).status, 404);
+}
+
+TEST_F(HttpServerTest, ATargetMayHoldTheWholeAddress) {
+    for (const char* whole : {"http://localhost/get", "https://localhost:8080/get?r=1"})
+        EXPECT_EQ(request(port_, {"GET", whole, "", "", "", "", ""}).status, 200) << whole;
+    for (const char* none :
+         {"http://localhost", "http://localhost?/get", "http:///nothing", "ftp://localhost/get"})
+        EXPECT_EQ(request(port_, {"GET", none, "", "", "", "", ""}).status, 404) << none;
 }
 
 TEST_F(HttpServerTest, ABodyOverTheLimitIsRefusedBeforeItIsRead) {
@@ -167,6 +214,8 @@ TEST_F(HttpServerTest, ARequestThatCanBeReadInTwoWaysIsRefusedAndEndsItsConnecti
              open + "Transfer-Encoding: chunked\r\nTransfer-Encoding: identity\r\n" + chunks,
              open + "Transfer-Encoding:\r\n chunked\r\n" + abc,
              open + "Content-Length: 3\r\nContent-Length: 4\r\n\r\nabc",
+             open + "Content-Length: 3\r\nContent-Length: 3\r\n\r\nabc",
+             open + "Content-Length: 3, 3\r\n\r\nabc",
              open + "Content-Length : 3\r\n\r\nabc",
              open + "Content-Length: +3\r\n\r\nabc",
              open + "Host: y\r\n" + abc,

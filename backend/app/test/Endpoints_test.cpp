@@ -331,6 +331,49 @@ TEST(EndpointsBusy, RegistrationsOverTheLimitAreBusyAndTheRestGoesOn) {
     EXPECT_EQ(backend.post("/api/onboarded", token, "").status, 200);
 }
 
+TEST(EndpointsBusy, WhoRegistersTooOftenLeavesTheOthersTheirRegistrations) {
+    ScriptedEngine::Record record;
+    BackendOptions options;
+    options.server.proxies = TrustedProxies::parse("127.0.0.1").value();
+    options.service.limits.registrationsOfAddress = Rate::perHour(3);
+    options.service.limits.registrations = Rate::perHour(8);
+    BackendUnderTest backend(std::make_unique<ScriptedEngine>(std::vector<std::string>{}, record), options);
+    const auto registered = [&](const std::string& headers) {
+        return request(backend.port(), {"POST", "/api/register", "", "application/json", "", headers,
+                                        R"({"device":"6F9619FF-8B86-D011-B42D-00C04FC964FF"})"})
+            .status;
+    };
+    for (int i = 0; i < 20; ++i)
+        EXPECT_EQ(registered("X-Forwarded-For: 198.51.100." + std::to_string(i) + ", 192.0.2.1\r\n"),
+                  i < 3 ? 200 : 503)
+            << i;
+    EXPECT_EQ(registered("X-Forwarded-For: 192.0.2.9\r\nX-Forwarded-For: 192.0.2.1\r\n"), 503)
+        << "in two lines";
+    EXPECT_EQ(registered("X-Forwarded-For: 2001:db8::1\r\n"), 200);
+    EXPECT_EQ(registered("X-Forwarded-For: 2001:db8::2\r\n"), 200);
+    EXPECT_EQ(registered("X-Forwarded-For: 2001:db8::3\r\n"), 200);
+    EXPECT_EQ(registered("X-Forwarded-For: 2001:db8:0:0:ffff::1\r\n"), 503) << "of the same customer";
+    EXPECT_EQ(registered(""), 200) << "the proxy itself";
+    EXPECT_EQ(registered("X-Forwarded-For: 192.0.2.2\r\n"), 200);
+    EXPECT_EQ(registered("X-Forwarded-For: 192.0.2.3\r\n"), 503) << "all together have had theirs";
+}
+
+TEST(EndpointsBusy, AnAddressThatNobodyTrustedHasNamedIsNotBelieved) {
+    ScriptedEngine::Record record;
+    BackendOptions options;
+    options.service.limits.registrationsOfAddress = Rate::perHour(1);
+    BackendUnderTest backend(std::make_unique<ScriptedEngine>(std::vector<std::string>{}, record), options);
+    int answered = 0;
+    for (const char* address : {"192.0.2.1", "192.0.2.2", "192.0.2.3"})
+        answered += request(backend.port(), {"POST", "/api/register", "", "application/json", "",
+                                             "X-Forwarded-For: " + std::string(address) + "\r\n",
+                                             R"({"device":"6F9619FF-8B86-D011-B42D-00C04FC964FF"})"})
+                                .status == 200
+                        ? 1
+                        : 0;
+    EXPECT_EQ(answered, 1);
+}
+
 TEST(EndpointsMail, LettersGoThroughTheMailServerThatIsConfigured) {
     const SmtpSink sink("tls");
     ScriptedEngine::Record record;

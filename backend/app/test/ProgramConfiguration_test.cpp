@@ -98,6 +98,8 @@ TEST_F(ProgramConfiguration, AnErrorNamesTheKeyAndWhereItStands) {
         {"releases = /tmp\nreleases-url = https://x\nrelease-key = abc\n", "release-key: "},
         {"listen = 127.0.0.1:99999\n", "listen: "},
         {"port = 1x\n", "port: "},
+        {"trusted-proxies = 10.0.0.0/33\n", "trusted-proxies: no list"},
+        {"written-at-once = 0\n", "written-at-once: "},
         {"database = postgresql://me:hunter2@db/x\n", "database: no password in the address"},
         {"database = postgresql://db/x?nonsense=1\n", "database: no address"},
         {"database-password-file = /etc/hostname\n", "database-password-file: wanted for postgresql"},

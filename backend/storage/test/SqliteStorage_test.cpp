@@ -101,6 +101,30 @@ TEST(SqliteStorage, ADatabaseOfTheFirstVersionIsTakenAlongAndANewerOneRefused) {
     EXPECT_THROW(SqliteStorage{file}, StorageError);
 }
 
+TEST(SqliteStorage, NothingStaysOfStrangersWhoHaveTheirWholeAllowanceAgain) {
+    const TemporaryFolder folder;
+    const auto file = folder / "x.sqlite";
+    auto now = noon;
+    SqliteStorage storage(file, [&] { return now; });
+    const auto count = [&] {
+        sqlite3* raw = nullptr;
+        sqlite3_stmt* read = nullptr;
+        sqlite3_open(file.c_str(), &raw);
+        sqlite3_prepare_v2(raw, "SELECT count(*) FROM stranger", -1, &read, nullptr);
+        EXPECT_EQ(sqlite3_step(read), SQLITE_ROW) << sqlite3_errmsg(raw);
+        const auto rows = sqlite3_column_int(read, 0);
+        sqlite3_finalize(read);
+        sqlite3_close(raw);
+        return rows;
+    };
+    for (int i = 0; i < 30; ++i)
+        storage.admitStranger("register", sha256(std::to_string(i)), Rate{2, std::chrono::minutes(1)});
+    EXPECT_EQ(count(), 30);
+    now += std::chrono::minutes(2);
+    storage.admitStranger("register", sha256("last"), Rate{2, std::chrono::minutes(1)});
+    EXPECT_EQ(count(), 1);
+}
+
 TEST(SqliteStorage, AFileThatIsNoDatabaseIsAnError) {
     const TemporaryFolder folder;
     std::ofstream(folder / "x.sqlite") << std::string(4096, 'x');

@@ -119,6 +119,23 @@ TEST_P(StorageContract, AnAllowanceIsSpentAndComesBackOneByOne) {
     EXPECT_EQ(storage_.admit("mail", 1, Rate{}), 0ms) << "no limit";
 }
 
+TEST_P(StorageContract, StrangersHaveAllowancesApartFromEachOtherAndFromPeople) {
+    const Rate rate{2, 1min};
+    const auto one = sha256("192.0.2.1");
+    for (int i = 0; i < 2; ++i)
+        EXPECT_EQ(storage_.admitStranger("register", one, rate), 0ms);
+    const auto wait = storage_.admitStranger("register", one, rate);
+    EXPECT_GT(wait, 30s);
+    EXPECT_LE(wait, 1min);
+    EXPECT_EQ(storage_.admitStranger("register", sha256("192.0.2.2"), rate), 0ms) << "another stranger";
+    EXPECT_EQ(storage_.admitStranger("other", one, rate), 0ms) << "another bucket";
+    EXPECT_EQ(storage_.admit("register", numberOf(one), rate), 0ms) << "a person";
+    world_->advance(wait);
+    EXPECT_EQ(storage_.admitStranger("register", one, rate), 0ms);
+    EXPECT_NE(storage_.admitStranger("register", one, rate), 0ms);
+    EXPECT_EQ(storage_.admitStranger("register", one, Rate{}), 0ms) << "no limit";
+}
+
 TEST_P(StorageContract, AfterTheClockIsSetBackAnAllowanceBeginsAnew) {
     const Rate rate{2, 1min};
     for (const auto time : {0h, -24h}) {
