@@ -52,6 +52,12 @@ void logNotice(void*, const PGresult* result) {
             field(result, PG_DIAG_SQLSTATE) + ')');
 }
 
+// The end of one part of what is left.
+Clock::time_point partOfTime(Clock::time_point latest, std::size_t parts) {
+    const auto now = Clock::now();
+    return now + (latest - now) / static_cast<int>(parts);
+}
+
 bool succeeded(const PGresult* result) {
     const auto status = PQresultStatus(result);
     return status == PGRES_COMMAND_OK || status == PGRES_TUPLES_OK;
@@ -109,9 +115,9 @@ std::string PostgresRows::bytes(int row, int column) const {
             static_cast<std::size_t>(PQgetlength(result_.get(), row, column))};
 }
 
-PostgresLink::PostgresLink(const PostgresOptions& options) : timeout_(options.timeout) {
+PostgresLink::PostgresLink(const PostgresOptions& options, NameLookup& names) : timeout_(options.timeout) {
     try {
-        connect(options);
+        connect(options, names);
         setTimeout(options.timeout);
     } catch (...) {
         PQfinish(connection_);
@@ -123,7 +129,7 @@ PostgresLink::~PostgresLink() { PQfinish(connection_); }
 
 // One time for all places: each may have its part of what is left, so that a silent one does not keep us from
 // the others.
-void PostgresLink::connect(const PostgresOptions& options) {
+void PostgresLink::connect(const PostgresOptions& options, NameLookup& names) {
     std::string password;
     if (!options.passwordFile.empty()) {
         auto line = firstLineOf(options.passwordFile);
@@ -135,9 +141,8 @@ void PostgresLink::connect(const PostgresOptions& options) {
     const auto hosts = postgresHosts(options.address);
     std::string reasons;
     for (std::size_t i = 0; i < hosts.size(); ++i) {
-        const auto now = Clock::now();
-        const auto part = (latest - now) / static_cast<int>(hosts.size() - i);
-        const auto reason = connectTo(hosts[i], options, password, now + part);
+        const auto reason =
+            connectToAny(hosts[i], options, password, names, partOfTime(latest, hosts.size() - i));
         if (reason.empty())
             return;
         reasons += (reasons.empty() ? "" : "; ") + reason;
@@ -145,7 +150,25 @@ void PostgresLink::connect(const PostgresOptions& options) {
     away(reasons);
 }
 
-// Nothing when it is connected, else the reason why not.
+// The name is looked up here: libpq would do it without any bound.
+std::string PostgresLink::connectToAny(const PostgresHost& host, const PostgresOptions& options,
+                                       const std::string& password, NameLookup& names, Time latest) {
+    if (!host.named())
+        return connectTo(host, options, password, latest);
+    const auto found = names.find(host.host, latest);
+    if (found.addresses.empty())
+        return host.host + ": " + found.failure;
+    std::string reasons;
+    for (std::size_t i = 0; i < found.addresses.size(); ++i) {
+        const auto reason = connectTo({host.host, found.addresses[i], host.port}, options, password,
+                                      partOfTime(latest, found.addresses.size() - i));
+        if (reason.empty())
+            return {};
+        reasons += (reasons.empty() ? "" : "; ") + reason;
+    }
+    return reasons;
+}
+
 std::string PostgresLink::connectTo(const PostgresHost& host, const PostgresOptions& options,
                                     const std::string& password, Time latest) {
     const auto lost = std::to_string(options.timeout.count());

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "storage/NameLookup.h"
 #include "storage/StorageError.h"
 
 #include <chrono>
@@ -23,6 +24,7 @@ struct PostgresOptions {
     std::filesystem::path passwordFile;      // its first line; empty: PGPASSWORD, ~/.pgpass, or none at all
     std::size_t connections = 8;             // at once
     std::chrono::milliseconds timeout{3000}; // to connect, for a statement, and for a free connection, each
+    NameLookup::Resolve resolve = &NameLookup::askSystem; // of host names
 };
 
 // Why the address is none, without quoting it; empty when it is one.
@@ -58,7 +60,7 @@ class PostgresRows {
 class PostgresLink {
  public:
     // Connects. Throws StorageAway.
-    explicit PostgresLink(const PostgresOptions& options);
+    PostgresLink(const PostgresOptions& options, NameLookup& names);
     ~PostgresLink();
     PostgresLink(const PostgresLink&) = delete;
     PostgresLink& operator=(const PostgresLink&) = delete;
@@ -77,7 +79,10 @@ class PostgresLink {
 
  private:
     using Time = std::chrono::steady_clock::time_point;
-    void connect(const PostgresOptions& options);
+    void connect(const PostgresOptions& options, NameLookup& names);
+    // Nothing when it is connected, else the reason why not.
+    std::string connectToAny(const PostgresHost& host, const PostgresOptions& options,
+                             const std::string& password, NameLookup& names, Time latest);
     std::string connectTo(const PostgresHost& host, const PostgresOptions& options,
                           const std::string& password, Time latest);
     bool ready(short events, Time latest);

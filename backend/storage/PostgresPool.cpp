@@ -7,7 +7,8 @@ namespace lorvane::backend {
 
 using Clock = std::chrono::steady_clock;
 
-PostgresPool::PostgresPool(PostgresOptions options) : options_(std::move(options)) {}
+PostgresPool::PostgresPool(PostgresOptions options)
+    : options_(std::move(options)), names_(options_.resolve) {}
 
 void PostgresPool::awaitRoom(std::unique_lock<std::mutex>& lock) {
     const auto refused = [this] { return pause_.failing() && (trying_ || pause_.resting(Clock::now())); };
@@ -40,7 +41,7 @@ PostgresPool::Lease PostgresPool::lease() {
     }
     try {
         if (!link)
-            link = std::make_unique<PostgresLink>(options_);
+            link = std::make_unique<PostgresLink>(options_, names_);
     } catch (const StorageError& error) {
         {
             const std::lock_guard lock(mutex_);

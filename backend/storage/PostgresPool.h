@@ -47,6 +47,7 @@ class PostgresPool {
     void noteSuccess();
 
     const PostgresOptions options_;
+    NameLookup names_;
     std::mutex mutex_;
     std::condition_variable room_;
     std::vector<std::unique_ptr<PostgresLink>> idle_;

@@ -9,6 +9,7 @@
 #include <arpa/inet.h>
 #include <array>
 #include <atomic>
+#include <latch>
 #include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
@@ -25,6 +26,11 @@ PostgresOptions optionsFor(PostgresServer& server, const std::string& schema) {
     options.passwordFile = server.passwordFile();
     options.timeout = 20s; // the machine may have much else to do
     return options;
+}
+
+PostgresLink linkTo(const PostgresOptions& options) {
+    NameLookup names;
+    return PostgresLink(options, names);
 }
 
 std::string freshSchema() {
@@ -81,7 +87,8 @@ TEST(PostgresStorage, BackendsThatStartAtOnceMigrateOnce) {
     for (auto& thread : threads)
         thread.join();
     EXPECT_EQ(good, 6);
-    EXPECT_EQ(sharedPostgres().run("SELECT count(*) FROM lorvane_schema", schema), "1");
+    EXPECT_EQ(sharedPostgres().run("SELECT count(*) FROM lorvane_schema", schema), "2")
+        << "one for each version";
     EXPECT_EQ(sharedPostgres().run("SELECT count(*) FROM device", schema), "6");
 }
 
@@ -91,9 +98,21 @@ TEST(PostgresStorage, ADatabaseOfANewerVersionIsRefusedByName) {
     { const PostgresStorage first(options); }
     sharedPostgres().run("INSERT INTO lorvane_schema(version) VALUES (99)", schema);
     const auto said = outcome([&] { PostgresStorage{options}; });
-    EXPECT_NE(said.find("written by a newer lorvane-backend: it has version 99, this program knows 1"),
+    EXPECT_NE(said.find("written by a newer lorvane-backend: it has version 99, this program knows 2"),
               std::string::npos)
         << said;
+}
+
+TEST(PostgresStorage, NothingStaysOfStrangersWhoHaveTheirWholeAllowanceAgain) {
+    const auto schema = freshSchema();
+    PostgresStorage storage(optionsFor(sharedPostgres(), schema));
+    const auto count = [&] { return sharedPostgres().run("SELECT count(*) FROM stranger", schema); };
+    for (int i = 0; i < 30; ++i)
+        storage.admitStranger("register", sha256(std::to_string(i)), Rate{2, 1min});
+    EXPECT_EQ(count(), "30");
+    sharedPostgres().advance(schema, 120'000);
+    storage.admitStranger("register", sha256("last"), Rate{2, 1min});
+    EXPECT_EQ(count(), "1");
 }
 
 TEST(PostgresStorage, TwoBackendsSeeTheSameAndShareTheAllowance) {
@@ -136,7 +155,7 @@ TEST(PostgresStorage, AStatementThatTakesTooLongIsRefusedAndTheConnectionStaysGo
     auto& server = sharedPostgres();
     auto options = optionsFor(server, freshSchema());
     options.timeout = 2s;
-    PostgresLink link(options);
+    auto link = linkTo(options);
     const auto said = outcome([&] { link.run("SELECT pg_sleep(60)"); });
     EXPECT_NE(said.find("(57014)"), std::string::npos) << said;
     EXPECT_FALSE(link.broken());
@@ -150,7 +169,7 @@ TEST(PostgresStorage, AWrongPasswordIsAwayAndSaysNoPassword) {
     options.passwordFile = folder / "password";
     std::ofstream(options.passwordFile) << "not-the-password\n";
     try {
-        PostgresLink{options};
+        linkTo(options);
         ADD_FAILURE() << "it let us in";
     } catch (const StorageAway& error) {
         EXPECT_NE(std::string(error.what()).find("password authentication failed"), std::string::npos)
@@ -158,7 +177,7 @@ TEST(PostgresStorage, AWrongPasswordIsAwayAndSaysNoPassword) {
         EXPECT_EQ(std::string(error.what()).find("not-the-password"), std::string::npos);
     }
     options.passwordFile = folder / "absent";
-    EXPECT_THROW(PostgresLink{options}, StorageAway);
+    EXPECT_THROW(linkTo(options), StorageAway);
 }
 
 TEST(PostgresStorage, ErrorsDoNotQuoteWhatStandsInTheRows) {
@@ -166,7 +185,7 @@ TEST(PostgresStorage, ErrorsDoNotQuoteWhatStandsInTheRows) {
     auto options = optionsFor(sharedPostgres(), schema);
     PostgresStorage storage(options);
     storage.registerDevice("the-device", sha256("token"));
-    PostgresLink link(options);
+    auto link = linkTo(options);
     const auto said = outcome([&] { link.run("INSERT INTO device(device) VALUES ('the-device')"); });
     EXPECT_NE(said.find("(23505)"), std::string::npos) << said;
     EXPECT_EQ(said.find("the-device"), std::string::npos) << said;
@@ -230,21 +249,52 @@ PostgresOptions withPlacesBefore(const std::string& places) {
 
 } // namespace
 
-TEST(PostgresHosts, EveryHostOfTheListAndEveryAddressOfAName) {
+TEST(PostgresHosts, AreThoseOfTheList) {
     const auto text = [](const std::string& address) {
         std::string all;
         for (const auto& host : postgresHosts(address))
             all += '(' + host.host + ' ' + host.address + ' ' + host.port + ')';
         return all;
     };
-    EXPECT_EQ(text("postgresql://u@127.0.0.1:1,[::1]:2/n"), "(127.0.0.1 127.0.0.1 1)(::1 ::1 2)");
-    EXPECT_EQ(text("postgresql://u@127.0.0.1,127.0.0.2/n?port=7"),
-              "(127.0.0.1 127.0.0.1 7)(127.0.0.2 127.0.0.2 7)");
+    EXPECT_EQ(text("postgresql://u@127.0.0.1:1,[::1]:2/n"), "(127.0.0.1  1)(::1  2)");
+    EXPECT_EQ(text("postgresql://u@127.0.0.1,127.0.0.2/n?port=7"), "(127.0.0.1  7)(127.0.0.2  7)");
     EXPECT_EQ(text("postgresql:///n?host=/run/one,/run/two"), "(/run/one  )(/run/two  )");
     EXPECT_EQ(text("postgresql:///n?host=db.example&hostaddr=10.0.0.1"), "(db.example 10.0.0.1 )");
     EXPECT_EQ(text("postgresql:///n"), "(  )");
     EXPECT_EQ(text("postgresql://no.such.host.invalid/n"), "(no.such.host.invalid  )");
-    EXPECT_NE(text("postgresql://localhost/n").find("(localhost 127.0.0.1 )"), std::string::npos);
+    ::setenv("PGHOST", "one.example,two.example", 1);
+    ::setenv("PGPORT", "7", 1);
+    EXPECT_EQ(text("postgresql:///n"), "(one.example  7)(two.example  7)");
+    EXPECT_EQ(text("postgresql://db.example/n"), "(db.example  7)");
+    ::unsetenv("PGHOST");
+    ::unsetenv("PGPORT");
+}
+
+// The resolver answers when the test is over: whoever comes back before was not held by it.
+TEST(PostgresStorage, ANameWithoutAnAnswerHoldsNobodyBeyondTheTimeAndKeepsNobodyFromTheNextHost) {
+    std::latch over{1};
+    std::atomic<int> asked = 0;
+    auto options = withPlacesBefore("slow.example:5432");
+    options.timeout = 3s;
+    options.resolve = [&](const std::string& name) {
+        if (name != "slow.example")
+            return NameLookup::askSystem(name);
+        ++asked;
+        over.wait();
+        --asked;
+        return FoundAddresses{};
+    };
+    {
+        PostgresStorage storage(options);
+        EXPECT_EQ(outcome([&] { storage.today(); }), "done");
+        auto alone = options;
+        alone.address = "postgresql://u@slow.example/n";
+        PostgresStorage nowhere(alone);
+        EXPECT_EQ(outcome([&] { nowhere.today(); }), "away");
+        EXPECT_EQ(asked, 2) << "still at it, for each of the two";
+    }
+    over.count_down();
+    EXPECT_TRUE(eventually([&] { return asked == 0; }));
 }
 
 TEST(PostgresStorage, ASilentFirstHostDoesNotKeepItFromTheSecond) {
@@ -273,7 +323,7 @@ TEST(PostgresStorage, AllHostsTogetherHaveTheOneTimeAndAreToldByName) {
     options.timeout = 4s;
     const auto began = std::chrono::steady_clock::now();
     try {
-        PostgresLink{options};
+        linkTo(options);
         ADD_FAILURE() << "nobody is there";
     } catch (const StorageAway& error) {
         EXPECT_NE(std::string(error.what()).find("127.0.0.1 gives no answer"), std::string::npos);
@@ -284,7 +334,7 @@ TEST(PostgresStorage, AllHostsTogetherHaveTheOneTimeAndAreToldByName) {
 }
 
 TEST(PostgresStorage, NoticesGoToTheLogAndNowhereElse) {
-    PostgresLink link(optionsFor(sharedPostgres(), freshSchema()));
+    auto link = linkTo(optionsFor(sharedPostgres(), freshSchema()));
     ::testing::internal::CaptureStderr();
     link.run("DO $$ BEGIN RAISE WARNING 'mind the gap' USING DETAIL = 'a secret'; END $$");
     const auto said = ::testing::internal::GetCapturedStderr();
