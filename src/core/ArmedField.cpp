@@ -10,6 +10,8 @@ constexpr Duration untilArrowsTook = std::chrono::milliseconds(200);
 /// Chromium tells of the text and of the caret one after the other.
 constexpr Duration untilConsistent = std::chrono::milliseconds(100);
 constexpr Duration lateTextAwaited = std::chrono::milliseconds(400);
+/// An application that is busy for a moment, saving for instance, takes what it is sent after that.
+constexpr Duration answerAwaited = std::chrono::milliseconds(1500);
 constexpr Duration betweenReads = std::chrono::milliseconds(5);
 /// In all, and for each key besides.
 constexpr Duration untilKeysGoOut = std::chrono::seconds(2);
@@ -30,13 +32,20 @@ QCoro::Task<std::optional<CaretReading>> ArmedField::state(TypingAttempt typed, 
 }
 
 QCoro::Task<std::optional<CaretReading>> ArmedField::stateWithLateText(TypingAttempt typed, TaskScope scope) {
-    const Instant deadline = clock_.now() + lateTextAwaited;
-    auto reading = co_await state(typed, scope);
-    while (caretAim(typed, reading).kind == CaretAim::Kind::missing && clock_.now() < deadline) {
+    Instant deadline = clock_.now() + answerAwaited;
+    bool isSilent = true;
+    for (;;) {
+        const auto reading = co_await state(typed, scope);
+        if (reading && isSilent) {
+            isSilent = false;
+            deadline = clock_.now() + lateTextAwaited;
+        }
+        const bool isAwaited = !reading || caretAim(typed, reading).kind == CaretAim::Kind::missing;
+        if (!isAwaited || !typed.typingElement || clock_.now() >= deadline) {
+            co_return reading;
+        }
         co_await sleep(clock_, betweenReads, scope);
-        reading = co_await state(typed, scope);
     }
-    co_return reading;
 }
 
 QCoro::Task<void> ArmedField::moveRight(TypingAttempt typed, qint64 times, TaskScope scope) {

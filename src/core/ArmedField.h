@@ -36,7 +36,8 @@ class ArmedField {
 
     /// Nothing when typing is not armed, the focus is elsewhere, or the field does not answer.
     QCoro::Task<std::optional<CaretReading>> state(TypingAttempt typed, TaskScope scope);
-    /// The same, once all that was posted stands in the field; what has not come after 0.4 s is missing.
+    /// The same, once all that was posted stands in the field; what has not come after 0.4 s is missing. A
+    /// field that does not answer is given 1.5 s before that.
     QCoro::Task<std::optional<CaretReading>> stateWithLateText(TypingAttempt typed, TaskScope scope);
     /// Right arrows; none at all when there would be too many of them.
     QCoro::Task<void> moveRight(TypingAttempt typed, qint64 times, TaskScope scope);

@@ -242,6 +242,7 @@ QCoro::Task<SettleOutcome> LiveTyping::settleTyping(QString text, TaskScope scop
 
 QCoro::Task<SettleOutcome> LiveTyping::confirm(Attempt attempt, TaskScope scope) {
     const qint64 end = endOfTyped(*attempt).value_or(0);
+    (void)co_await field_.stateWithLateText(*attempt, scope);
     const Arrival late = co_await awaitCaret(attempt, end, FragmentTyping::Post(), scope);
     if (late == Arrival::arrived) {
         log(describe(settling::Landed(), *attempt));

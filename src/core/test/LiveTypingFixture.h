@@ -59,6 +59,12 @@ class LiveTypingTest : public ::testing::Test {
     [[nodiscard]] QStringList listed() const { return w.preferences.get(preference::appsThatCannotKeepUp); }
     [[nodiscard]] const TypingAttempt& attempt() const { return w.typing.attempt(); }
     void moveFocusElsewhere() { w.fields.focus(DictationWorld::editor, "another"); }
+    /// The field does not answer for so long; what it is sent meanwhile is lost.
+    [[nodiscard]] Handle hangFor(Duration time) {
+        const QString text = w.field.text();
+        w.fields.field("body").text.reset();
+        return w.clock.after(time, [this, text] { w.fields.field("body").text = text; });
+    }
     void bringBrowserToFront() {
         w.workspace.front = RunningApplication{7, "Browser", "org.example.Browser"};
     }

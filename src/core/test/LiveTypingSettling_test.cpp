@@ -135,6 +135,39 @@ TEST_F(LiveTypingTest, TheFinalTextHasLandedOnlyWhenItsLastPostIsConfirmedAtLast
                           "handing the text over");
 }
 
+TEST_F(LiveTypingTest, AnApplicationThatIsBusyForAMomentGetsTheRestPasted) {
+    armAndType("Hello there, you");
+    const Handle wakes = hangFor(std::chrono::milliseconds(1200));
+    type(" and me");
+    EXPECT_EQ(lastLine(), "[tirra-type] lost the caret in Editor after 16 characters — stopping there");
+    EXPECT_EQ(settle("Hello there, you and me."), SettleOutcome::landed);
+    EXPECT_EQ(text(), "Hello there, you and me.");
+    EXPECT_EQ(w.pasted, QStringList(" and me."));
+}
+
+TEST_F(LiveTypingTest, TheFinalTextHasLandedWhenAnApplicationThatWasBusyHoldsAllOfIt) {
+    armAndType("Hello there, you");
+    Handle wakes;
+    w.insertionWay.beforePost = [&] {
+        w.insertionWay.beforePost = {};
+        w.field.setText("Hello there, you too", 20);
+        wakes = hangFor(std::chrono::milliseconds(1200));
+    };
+    type(" too");
+    EXPECT_EQ(settle("Hello there, you too"), SettleOutcome::landed);
+    EXPECT_EQ(text(), "Hello there, you too");
+}
+
+TEST_F(LiveTypingTest, AnApplicationThatHangsIsNotWaitedForWithoutEnd) {
+    armAndType("Hello there, you");
+    const Handle wakes = hangFor(std::chrono::minutes(5));
+    type(" and me");
+    const Instant before = w.clock.now();
+    EXPECT_EQ(settle("Hello there, you and me."), SettleOutcome::handOver);
+    EXPECT_LE(w.clock.now() - before, std::chrono::seconds(2));
+    EXPECT_TRUE(w.pasted.isEmpty());
+}
+
 // The end
 
 TEST_F(LiveTypingTest, WhatTypingBorrowedIsPutBackAtTheEndOfTheTake) {
