@@ -13,7 +13,7 @@ namespace lorvane {
 /// Which keys paste in an application.
 enum class PasteRoute {
     standard,        ///< Ctrl+V, or Shift+Insert where the layout has no v
-    terminal,        ///< Ctrl+Shift+V
+    terminal,        ///< Ctrl+Shift+V, or Shift+Insert where no v can be had
     primaryTerminal, ///< Shift+Insert, which reads the selection of the middle mouse button
 };
 
@@ -49,6 +49,9 @@ class PasteKeys {
     };
 
     virtual ~PasteKeys() = default;
+    /// Whether the keys for that route read the selection of the middle mouse button. Asked when the text is
+    /// lent, before the keys: what they need besides the layout is made ready.
+    [[nodiscard]] virtual bool readsPrimary(PasteRoute route) { return route == PasteRoute::primaryTerminal; }
     /// Waits at most 0.5 s for modifiers that the user still holds, lifts what is held then, takes aim and
     /// posts the chord. Not cut short by a cancellation when given a shielded scope.
     virtual QCoro::Task<KeysOutcome> post(Aim aim, TaskScope scope) = 0;

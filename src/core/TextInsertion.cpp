@@ -126,7 +126,7 @@ void TextInsertion::lend(const Loan& loan) {
     terms.text = loan.text;
     terms.target = loan.target.processId;
     terms.previous = loan.before;
-    terms.primaryToo = pasteRouteFor(loan.target) == PasteRoute::primaryTerminal;
+    terms.primaryToo = keys_.readsPrimary(pasteRouteFor(loan.target));
     pasteboard_.lend(std::move(terms));
 }
 

@@ -47,6 +47,14 @@ bool SessionEditingKeys::isPending() {
 
 bool SessionPasteKeys::canPost() const { return ofX_.isOpen() || firstOpen(roads_) != nullptr; }
 
+bool SessionPasteKeys::readsPrimary(PasteRoute route) {
+    if (isXInFront_()) {
+        return ofX_.port->readsPrimary(route);
+    }
+    const auto* const road = firstOpen(roads_);
+    return road == nullptr ? PasteKeys::readsPrimary(route) : road->port->readsPrimary(route);
+}
+
 QCoro::Task<KeysOutcome> SessionPasteKeys::post(Aim aim, TaskScope scope) {
     const auto take = [this, aim] {
         const PasteRoute route = aim(); // which may lend the clipboard anew

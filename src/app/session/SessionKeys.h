@@ -41,6 +41,8 @@ class SessionPasteKeys final : public PasteKeys {
                      DiagnosticLog& log)
         : isXInFront_(std::move(isXInFront)), ofX_(std::move(ofX)), roads_(std::move(roads)), log_(log) {}
 
+    /// Of the way that would be taken now.
+    [[nodiscard]] bool readsPrimary(PasteRoute route) override;
     /// Another way is tried only when the keys have surely not gone out by the one before.
     QCoro::Task<KeysOutcome> post(Aim aim, TaskScope scope) override;
     /// Any way at all.

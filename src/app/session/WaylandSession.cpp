@@ -43,10 +43,10 @@ WaylandSession::WaylandSession(const SessionParts& parts, AtspiBus& bus, Clipboa
       common_(parts), roads_(collect()), keyEvents_(parts.foundation, roads_.holdRoads),
       xEditingKeys_(parts.display),
       editingKeys_([this] { return isXInFront(); }, xEditingKeys_, roads_.editingKeys),
-      xPasteKeys_(parts.display, parts.foundation.clock),
+      xLayout_(parts.display), xPasteKeys_(parts.display, parts.foundation.clock, xLayout_),
       pasteKeys_([this] { return isXInFront(); }, keysOfX(xPasteKeys_, parts.display), roads_.pasteKeys,
                  parts.foundation.log),
-      xKeyPoster_(parts.display, parts.foundation.clock,
+      xKeyPoster_(parts.display, parts.foundation.clock, xLayout_,
                   [this](const RunningApplication& application) { return settleTimes_.of(application); }) {
     gatePosters();
     openPasteboard(parts, clipboard);

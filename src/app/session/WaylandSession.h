@@ -65,6 +65,7 @@ class WaylandSession final : public DesktopSession {
     SessionKeyEvents keyEvents_;
     X11EditingKeys xEditingKeys_;
     SessionEditingKeys editingKeys_;
+    TypingLayout xLayout_;
     X11PasteKeys xPasteKeys_;
     SessionPasteKeys pasteKeys_;
     SettleTimes settleTimes_;

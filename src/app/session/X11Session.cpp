@@ -13,9 +13,10 @@ X11Session::X11Session(const Foundation& foundation, X11Connection& display)
     : display_(display), capabilities_(capabilitiesOf(display)),
       workspace_(display, DesktopEntries(DesktopEntries::standardFolders(), QLocale::system().name())),
       keyEvents_(display, foundation, [this] { return workspace_.isOwnProcessInFront(); }),
-      extraKey_(display, foundation), pasteKeys_(display, foundation.clock), editingKeys_(display),
+      extraKey_(display, foundation), layout_(display), pasteKeys_(display, foundation.clock, layout_),
+      editingKeys_(display),
       inputMethod_(foundation.clock, foundation.log, engineInPreferences(foundation.preferences)),
-      keyPoster_(display, foundation.clock,
+      keyPoster_(display, foundation.clock, layout_,
                  [this](const RunningApplication& application) { return settleTimes_.of(application); }),
       typedKeys_(keyPoster_, inputMethod_), pasteboard_(X11Pasteboard::open(foundation.clock)),
       ownKeys_(keyEvents_) {

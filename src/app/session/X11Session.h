@@ -40,6 +40,7 @@ class X11Session final : public DesktopSession {
     X11Workspace workspace_;
     X11KeyEvents keyEvents_;
     X11ExtraKey extraKey_;
+    TypingLayout layout_;
     X11PasteKeys pasteKeys_;
     X11EditingKeys editingKeys_;
     SettleTimes settleTimes_;

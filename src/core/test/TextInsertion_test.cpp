@@ -73,6 +73,14 @@ TEST_F(TextInsertionTest, TerminalsGetTheirOwnKeys) {
     EXPECT_TRUE(pasteboard.loans.back().primaryToo);
 }
 
+TEST_F(TextInsertionTest, ATerminalThatIsReachedByTheOtherSelectionAloneIsLentThatToo) {
+    workspace.front = RunningApplication{editor, "Terminal", "org.gnome.Terminal"};
+    pasteKeys.hasV = false;
+    paste("dictated");
+    EXPECT_EQ(pasteKeys.posted.back(), PasteRoute::terminal);
+    EXPECT_TRUE(pasteboard.loans.back().primaryToo);
+}
+
 TEST_F(TextInsertionTest, ApplicationThatComesToTheFrontMeanwhileIsServedTheText) {
     startPaste("dictated");
     advance(0.1);

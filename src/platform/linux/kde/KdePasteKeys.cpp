@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/linux/kde/KdePasteKeys.h"
 
+#include <algorithm>
+
+#include <linux/input-event-codes.h>
+
 namespace lorvane {
 
 namespace {
@@ -33,6 +37,12 @@ class PressedKeys {
 };
 
 } // namespace
+
+/// In a terminal Insert does, and it is taken where the layout has no v.
+bool KdePasteKeys::readsPrimary(PasteRoute route) {
+    const std::vector<std::uint32_t> chord = keyboard_.pasteChord(route);
+    return route != PasteRoute::standard && std::find(chord.begin(), chord.end(), KEY_INSERT) != chord.end();
+}
 
 QCoro::Task<KeysOutcome> KdePasteKeys::post(Aim aim, TaskScope scope) {
     const Instant deadline = clock_.now() + patience;

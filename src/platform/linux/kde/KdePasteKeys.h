@@ -12,6 +12,7 @@ class KdePasteKeys final : public PasteKeys {
     KdePasteKeys(FakeInput& input, Clock& clock, KdeKeyboard keyboard)
         : input_(input), clock_(clock), keyboard_(std::move(keyboard)) {}
 
+    [[nodiscard]] bool readsPrimary(PasteRoute route) override;
     QCoro::Task<KeysOutcome> post(Aim aim, TaskScope scope) override;
 
  private:

@@ -15,8 +15,10 @@ constexpr std::uint8_t keyCount = 248;
 /// The kernel's code of that key is 0, which means no key to some programs.
 constexpr XKeyCode firstSpareKey = 9;
 
+/// A letter and its capital are one thing.
 void merge(std::optional<xkb_keysym_t>& carried, xkb_keysym_t symbol) {
-    if (symbol == XKB_KEY_NoSymbol || carried == symbol) {
+    if (symbol == XKB_KEY_NoSymbol || carried == symbol ||
+        (carried && symbol == xkb_keysym_to_upper(*carried))) {
         return;
     }
     carried = carried == xkb_keysym_t{XKB_KEY_NoSymbol} ? std::optional(symbol) : std::nullopt;
@@ -94,12 +96,30 @@ void BorrowedKeys::change(const std::vector<KeyChange>& changes) {
     write(ranges);
 }
 
-void BorrowedKeys::giveBack() {
-    if (!connection_.isAlive() || keys_.borrowed().empty()) {
+void BorrowedKeys::lendForShortcut(const KeyChange& letter) {
+    kept_.set(letter.key);
+    change({letter});
+    use(letter.key);
+}
+
+void BorrowedKeys::letGo(XKeyCode key) {
+    kept_.reset(key);
+    giveBack(SpareKeys::Keys().set(key));
+}
+
+void BorrowedKeys::giveBack() { giveBack(~kept_); }
+
+void BorrowedKeys::giveBack(const SpareKeys::Keys& which) {
+    std::vector<KeyChange> over;
+    std::vector<KeyChange> left;
+    for (const KeyChange& key : keys_.borrowed()) {
+        (which[key.key] ? over : left).push_back(key);
+    }
+    if (!connection_.isAlive() || over.empty()) {
         return;
     }
-    clear(keys_.borrowed());
-    note({});
+    clear(over);
+    note(left);
     connection_.flush();
 }
 
@@ -145,12 +165,15 @@ void BorrowedKeys::note(const std::vector<KeyChange>& borrowed) {
                         XCB_ATOM_CARDINAL, 32, static_cast<std::uint32_t>(numbers.size()), numbers.data());
 }
 
-// Twice, since a symbol that stands alone is given the capital letter that belongs to it under Shift.
+// Twice, since a symbol that stands alone is given the capital letter that belongs to it under Shift: that is
+// for shortcuts.
 void BorrowedKeys::write(const std::vector<KeyRange>& ranges) {
     for (const KeyRange& range : ranges) {
         std::vector<xcb_keysym_t> symbols;
-        for (const xkb_keysym_t symbol : range.symbols) {
-            symbols.insert(symbols.end(), 2, symbol);
+        for (std::size_t i = 0; i < range.symbols.size(); ++i) {
+            const xkb_keysym_t symbol = range.symbols[i];
+            const bool isOfShortcut = kept_[range.first + i];
+            symbols.insert(symbols.end(), {symbol, isOfShortcut ? xkb_keysym_to_upper(symbol) : symbol});
         }
         xcb_change_keyboard_mapping(connection_.xcb(), static_cast<std::uint8_t>(range.symbols.size()),
                                     range.first, 2, symbols.data());

@@ -18,7 +18,10 @@ class BorrowedKeys {
     explicit BorrowedKeys(X11Connection& connection);
     BorrowedKeys(const BorrowedKeys&) = delete;
     BorrowedKeys& operator=(const BorrowedKeys&) = delete;
-    ~BorrowedKeys() { giveBack(); }
+    ~BorrowedKeys() {
+        kept_.reset();
+        giveBack();
+    }
 
     [[nodiscard]] const SpareKeys& keys() const { return keys_; }
     /// Looks anew which keys are spare. Some round trips.
@@ -26,7 +29,11 @@ class BorrowedKeys {
     /// On its way with the next flush.
     void change(const std::vector<KeyChange>& changes);
     void use(XKeyCode key) { keys_.use(key); }
-    /// Every key back to no symbol, unless something else has changed it. Some round trips.
+    /// With the capital under Shift, as programs expect it of a letter's key. Stays through `giveBack` until
+    /// it is let go.
+    void lendForShortcut(const KeyChange& letter);
+    void letGo(XKeyCode key);
+    /// Every key that is not kept back to no symbol, unless something else has changed it. Some round trips.
     void giveBack();
 
  private:
@@ -35,6 +42,7 @@ class BorrowedKeys {
     [[nodiscard]] Carried carriedByKeys();
     [[nodiscard]] std::vector<KeyChange> noted();
     void note(const std::vector<KeyChange>& borrowed);
+    void giveBack(const SpareKeys::Keys& which);
     void write(const std::vector<KeyRange>& ranges);
     /// Those of the keys that still carry exactly that.
     void clear(const std::vector<KeyChange>& borrowed);
@@ -42,6 +50,8 @@ class BorrowedKeys {
     X11Connection& connection_;
     X11Keyboards keyboards_;
     SpareKeys keys_;
+    /// Those of shortcuts.
+    SpareKeys::Keys kept_;
 };
 
 } // namespace lorvane

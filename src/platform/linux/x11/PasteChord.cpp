@@ -2,7 +2,6 @@
 #include "platform/linux/x11/PasteChord.h"
 
 #include <algorithm>
-#include <optional>
 
 #include <xkbcommon/xkbcommon-keysyms.h>
 
@@ -47,36 +46,40 @@ bool isLatinLetter(xkb_keysym_t symbol) {
     return (symbol >= XKB_KEY_a && symbol <= XKB_KEY_z) || (symbol >= XKB_KEY_A && symbol <= XKB_KEY_Z);
 }
 
-/// The v of the group in force; else that of another group, unless the group in force has another Latin
-/// letter there, by which programs would read the shortcut.
-std::optional<XKeyCode> letterV(xkb_keymap* keymap, xkb_layout_index_t group) {
-    const auto inForce =
-        findKey(keymap, [=](xkb_keycode_t key) { return symbolOf(keymap, key, group) == XKB_KEY_v; });
-    if (inForce) {
-        return inForce;
+bool hasV(xkb_keymap* keymap, xkb_keycode_t key) {
+    bool found = false;
+    for (xkb_layout_index_t group = 0; group < xkb_keymap_num_layouts_for_key(keymap, key); ++group) {
+        found = found || symbolOf(keymap, key, group) == XKB_KEY_v;
     }
-    return findKey(keymap, [=](xkb_keycode_t key) {
-        if (isLatinLetter(symbolOf(keymap, key, group))) {
-            return false;
-        }
-        bool found = false;
-        for (xkb_layout_index_t other = 0; other < xkb_keymap_num_layouts_for_key(keymap, key); ++other) {
-            found = found || symbolOf(keymap, key, other) == XKB_KEY_v;
-        }
-        return found;
-    });
+    return found;
 }
 
 } // namespace
 
-Chord pasteChord(xkb_keymap* keymap, xkb_layout_index_t group, PasteRoute route) {
+std::optional<XKeyCode> letterV(xkb_keymap* keymap, xkb_layout_index_t group,
+                                const std::bitset<256>& ignored) {
+    const auto inForce = findKey(keymap, [&](xkb_keycode_t key) {
+        return !ignored[key] && symbolOf(keymap, key, group) == XKB_KEY_v;
+    });
+    if (inForce) {
+        return inForce;
+    }
+    return findKey(keymap, [&](xkb_keycode_t key) {
+        return !ignored[key] && !isLatinLetter(symbolOf(keymap, key, group)) && hasV(keymap, key);
+    });
+}
+
+Chord pasteChord(xkb_keymap* keymap, PasteRoute route, std::optional<XKeyCode> v) {
     const XKeyCode control = keyOf(keymap, XKB_KEY_Control_L, usualControl);
     const XKeyCode shift = keyOf(keymap, XKB_KEY_Shift_L, usualShift);
-    const auto v = letterV(keymap, group);
     if (!v || route == PasteRoute::primaryTerminal) {
         return {shift, keyOf(keymap, XKB_KEY_Insert, usualInsert)};
     }
     return route == PasteRoute::terminal ? Chord{control, shift, *v} : Chord{control, *v};
+}
+
+Chord pasteChord(xkb_keymap* keymap, xkb_layout_index_t group, PasteRoute route) {
+    return pasteChord(keymap, route, letterV(keymap, group));
 }
 
 } // namespace lorvane

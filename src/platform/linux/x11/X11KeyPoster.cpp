@@ -33,8 +33,9 @@ class HeldKey {
 
 } // namespace
 
-X11KeyPoster::X11KeyPoster(X11Connection& connection, Clock& clock, SettleTime settleTime)
-    : connection_(connection), clock_(clock), settleTime_(std::move(settleTime)), layout_(connection),
+X11KeyPoster::X11KeyPoster(X11Connection& connection, Clock& clock, TypingLayout& layout,
+                           SettleTime settleTime)
+    : connection_(connection), clock_(clock), settleTime_(std::move(settleTime)), layout_(layout),
       ping_(connection, clock) {}
 
 QCoro::Task<bool> X11KeyPoster::canPost(PostingTarget /*target*/, TaskScope /*scope*/) {

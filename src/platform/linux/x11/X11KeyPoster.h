@@ -19,7 +19,7 @@ class X11KeyPoster final : public FragmentPoster {
     /// reads them in the order of its events: then its answer is not waited for either.
     using SettleTime = std::function<Duration(const RunningApplication&)>;
 
-    X11KeyPoster(X11Connection& connection, Clock& clock, SettleTime settleTime);
+    X11KeyPoster(X11Connection& connection, Clock& clock, TypingLayout& layout, SettleTime settleTime);
     X11KeyPoster(const X11KeyPoster&) = delete;
     X11KeyPoster& operator=(const X11KeyPoster&) = delete;
     ~X11KeyPoster() override = default;
@@ -41,7 +41,7 @@ class X11KeyPoster final : public FragmentPoster {
     X11Connection& connection_;
     Clock& clock_;
     SettleTime settleTime_;
-    TypingLayout layout_;
+    TypingLayout& layout_;
     WindowPing ping_;
 };
 

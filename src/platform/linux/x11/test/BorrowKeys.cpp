@@ -12,8 +12,10 @@ int main(int argc, char** argv) {
     lorvane::QtClock clock;
     lorvane::DiagnosticLog log(clock, std::nullopt, [](const QString&) {});
     lorvane::X11Connection connection(log);
-    lorvane::X11KeyPoster poster(
-        connection, clock, [](const lorvane::RunningApplication&) { return lorvane::Duration::zero(); });
+    lorvane::TypingLayout layout(connection);
+    lorvane::X11KeyPoster poster(connection, clock, layout, [](const lorvane::RunningApplication&) {
+        return lorvane::Duration::zero();
+    });
     const lorvane::PostingTarget target{{}, lorvane::FieldElement(QString()), 0};
     const auto text = QString::fromUtf8(argv[1]);
     const auto task = lorvane::startTask([&](lorvane::TaskScope scope) -> QCoro::Task<void> {

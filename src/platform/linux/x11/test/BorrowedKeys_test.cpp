@@ -82,8 +82,24 @@ TEST_F(BorrowedKeysTest, KeyThatAnotherProgramChangesMeanwhileIsLeftToIt) {
     set(codes.at(0), XKB_KEY_NoSymbol);
 }
 
+TEST_F(BorrowedKeysTest, KeyOfAShortcutStaysUntilItIsLetGo) {
+    const auto codes = spareCodes();
+    const QByteArray before = mapOfAllKeys();
+    BorrowedKeys keys(connection);
+    keys.survey();
+    keys.change({{codes.at(1), symbolOfCharacter(U'я')}});
+    keys.lendForShortcut({codes.at(0), XKB_KEY_v});
+    keys.giveBack();
+    EXPECT_EQ(symbolOn(codes.at(0)), xcb_keysym_t{XKB_KEY_v});
+    EXPECT_EQ(symbolOn(codes.at(1)), xcb_keysym_t{XKB_KEY_NoSymbol});
+    EXPECT_EQ(windowNumbers(connection, connection.root(), "_LORVANE_BORROWED_KEYS"),
+              (std::vector<std::uint32_t>{codes.at(0), XKB_KEY_v}));
+    keys.letGo(codes.at(0));
+    EXPECT_EQ(mapOfAllKeys(), before);
+    EXPECT_TRUE(note().isEmpty());
+}
+
 TEST_F(BorrowedKeysTest, MapIsReadAnewForAnotherLayoutAndNotForBorrowedKeys) {
-    TypingLayout layout(connection);
     ASSERT_TRUE(layout.refresh());
     connection.sync();
     ASSERT_TRUE(layout.refresh());

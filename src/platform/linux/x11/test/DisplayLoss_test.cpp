@@ -40,7 +40,8 @@ class DisplayLossTest : public ::testing::Test {
     X11Workspace workspace{connection, DesktopEntries({}, "en_US")};
     X11KeyEvents keys{connection, foundation, [this] { return workspace.isOwnProcessInFront(); }};
     X11ExtraKey extraKey{connection, foundation};
-    X11PasteKeys pasteKeys{connection, clock};
+    TypingLayout layout{connection};
+    X11PasteKeys pasteKeys{connection, clock, layout};
     int losses = 0;
     Handle lost = connection.onLost([this] { ++losses; });
 };

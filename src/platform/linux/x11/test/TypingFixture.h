@@ -102,7 +102,8 @@ class TypingFixture : public X11DesktopFixture {
     }
 
     Duration settleTime = std::chrono::milliseconds(5);
-    X11KeyPoster poster{connection, clock, [this](const RunningApplication&) { return settleTime; }};
+    TypingLayout layout{connection};
+    X11KeyPoster poster{connection, clock, layout, [this](const RunningApplication&) { return settleTime; }};
 };
 
 } // namespace lorvane

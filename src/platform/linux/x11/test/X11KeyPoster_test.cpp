@@ -129,7 +129,9 @@ TEST(X11KeyPoster, WithoutADisplayEverythingIsRefused) {
     QtClock clock;
     DiagnosticLog log(clock, std::nullopt, [](const QString&) {});
     X11Connection connection(log, ":97531");
-    X11KeyPoster poster(connection, clock, [](const RunningApplication&) { return Duration::zero(); });
+    TypingLayout layout(connection);
+    X11KeyPoster poster(connection, clock, layout,
+                        [](const RunningApplication&) { return Duration::zero(); });
     const PostingTarget target{{}, FieldElement(QString()), 0};
     std::optional<bool> can;
     std::optional<PostOutcome> outcome;

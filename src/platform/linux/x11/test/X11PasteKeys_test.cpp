@@ -52,7 +52,36 @@ class X11PasteKeysTest : public X11DesktopFixture {
         return false;
     }
 
-    X11PasteKeys keys{connection, clock};
+    TypingLayout layout{connection};
+    /// What another program sees on each key.
+    std::vector<xcb_keysym_t> symbols() {
+        auto* const map =
+            xcb_get_keyboard_mapping_reply(other, xcb_get_keyboard_mapping(other, 8, 248), nullptr);
+        const auto* const first = xcb_get_keyboard_mapping_keysyms(map);
+        std::vector<xcb_keysym_t> symbols(first, first + xcb_get_keyboard_mapping_keysyms_length(map));
+        std::free(map);
+        return symbols;
+    }
+    void set(XKeyCode key, xcb_keysym_t symbol) {
+        xcb_change_keyboard_mapping(other, 1, key, 1, &symbol);
+        syncOther();
+        connection.sync();
+    }
+    /// Another program has put something on every key that was to be had.
+    std::vector<XKeyCode> occupySpareKeys() {
+        EXPECT_TRUE(layout.refresh());
+        std::vector<XKeyCode> taken;
+        for (std::size_t key = 0; key < 256; ++key) {
+            if (layout.borrowed().keys().all()[key]) {
+                taken.push_back(static_cast<XKeyCode>(key));
+                set(taken.back(), XKB_KEY_ellipsis);
+            }
+        }
+        layout.borrowed().survey();
+        return taken;
+    }
+
+    X11PasteKeys keys{connection, clock, layout};
     QProcess clipboard;
 };
 
@@ -83,6 +112,17 @@ TEST_F(X11PasteKeysTest, PastesWhereTheLayoutHasNoV) {
     expectPasteInEditor();
 }
 
+TEST_F(X11PasteKeysTest, PastesIntoQtAndChromiumWhereTheLayoutHasNoV) {
+    setLayout({"ru"});
+    offer("clipboard", wanted);
+    for (const bool isQt : {true, false}) {
+        const auto application = isQt ? DesktopApp::featherpad() : DesktopApp::chromium();
+        EXPECT_FALSE(keys.readsPrimary(PasteRoute::standard));
+        EXPECT_EQ(post(PasteRoute::standard), KeysOutcome::posted);
+        EXPECT_EQ(application->waitForText(wanted), wanted);
+    }
+}
+
 TEST_F(X11PasteKeysTest, CapsLockChangesNothing) {
     constexpr int capsLock = 66;
     hand.tap(capsLock);
@@ -92,16 +132,49 @@ TEST_F(X11PasteKeysTest, CapsLockChangesNothing) {
 
 TEST_F(X11PasteKeysTest, PastesIntoATerminalByControlShiftV) {
     offer("clipboard", "into a terminal");
-    QTemporaryDir folder;
-    const QString file = folder.filePath("received");
-    const auto terminal = DesktopApp::command(
-        "xfce4-terminal", {"--disable-server", "-e", "sh -c \"stty raw -echo; exec cat >'" + file + "'\""});
-    ASSERT_TRUE(waitUntil([&] { return QFile::exists(file); }));
+    const auto terminal = DesktopApp::xfceTerminal();
+    EXPECT_FALSE(keys.readsPrimary(PasteRoute::terminal));
     EXPECT_EQ(post(PasteRoute::terminal), KeysOutcome::posted);
-    EXPECT_TRUE(waitUntil([&] {
-        QFile received(file);
-        return received.open(QIODevice::ReadOnly) && received.readAll().contains("into a terminal");
-    }));
+    EXPECT_EQ(terminal->waitForText("into a terminal"), "into a terminal");
+}
+
+TEST_F(X11PasteKeysTest, PastesIntoATerminalWhereTheLayoutHasNoVAndTypesNoLetter) {
+    setLayout({"ru"});
+    offer("clipboard", "into a terminal");
+    const auto terminal = DesktopApp::xfceTerminal();
+    const auto before = symbols();
+    EXPECT_FALSE(keys.readsPrimary(PasteRoute::terminal));
+    EXPECT_EQ(post(PasteRoute::terminal), KeysOutcome::posted);
+    EXPECT_EQ(terminal->waitForText("into a terminal"), "into a terminal");
+    EXPECT_NE(symbols(), before) << "an application that is slow finds the key by its symbol still";
+    EXPECT_TRUE(waitUntil([&] { return symbols() == before; }));
+    EXPECT_EQ(terminal->text(), "into a terminal");
+}
+
+TEST_F(X11PasteKeysTest, AKeyThatIsBorrowedWithoutAnyTimeLeftIsKnownAllTheSame) {
+    setLayout({"ru"});
+    offer("clipboard", "at once");
+    const auto terminal = DesktopApp::xfceTerminal();
+    for (int i = 1; i <= 5; ++i) {
+        const auto before = symbols();
+        EXPECT_EQ(post(PasteRoute::terminal), KeysOutcome::posted);
+        const QString expected = QStringLiteral("at once").repeated(i);
+        EXPECT_EQ(terminal->waitForText(expected), expected);
+        EXPECT_TRUE(waitUntil([&] { return symbols() == before; }));
+    }
+}
+
+TEST_F(X11PasteKeysTest, ATerminalReadsTheOtherSelectionWhereNoKeyCanBeBorrowed) {
+    setLayout({"ru"});
+    const auto taken = occupySpareKeys();
+    offer("primary", "by the other selection");
+    const auto terminal = DesktopApp::xfceTerminal();
+    EXPECT_TRUE(keys.readsPrimary(PasteRoute::terminal));
+    EXPECT_EQ(post(PasteRoute::terminal), KeysOutcome::posted);
+    EXPECT_EQ(terminal->waitForText("by the other selection"), "by the other selection");
+    for (const XKeyCode key : taken) {
+        set(key, XKB_KEY_NoSymbol);
+    }
 }
 
 TEST_F(X11PasteKeysTest, PastesThePrimarySelectionIntoXterm) {
@@ -178,7 +251,8 @@ TEST_F(X11PasteKeysTest, CancellationDoesNotCutAShieldedPasteShort) {
 
 TEST_F(X11PasteKeysTest, WithoutADisplayThereIsNoChord) {
     X11Connection nowhere(log, ":97531");
-    X11PasteKeys gone(nowhere, clock);
+    TypingLayout unknown(nowhere);
+    X11PasteKeys gone(nowhere, clock, unknown);
     std::optional<KeysOutcome> posted;
     const TaskHandle task = startTask([&](TaskScope scope) -> QCoro::Task<void> {
         posted = co_await gone.post([] { return PasteRoute::standard; }, scope);
