@@ -206,8 +206,11 @@ QCoro::Task<void> IbusPoster::giveBack(QString usersEngine, TaskScope scope) {
         co_await sleep(clock_, betweenLooks, scope);
         inForce = co_await engineInForce(scope);
     }
-    const bool isDone = co_await putInForce(wanted, scope);
-    if (isDone) {
+    const bool isSet = co_await putInForce(wanted, scope);
+    if (!isSet) { // which a daemon may have done without saying so in time
+        inForce = co_await engineInForce(scope);
+    }
+    if (isSet || inForce == wanted) {
         memory_.save(QString());
     } else {
         log_.diagLog(

@@ -105,6 +105,15 @@ TEST_F(IbusPosterTest, WhatACrashHasLeftIsGivenBackAtTheNextStart) {
     EXPECT_TRUE(waitClosely([&] { return remembered.isEmpty(); }));
 }
 
+TEST_F(IbusPosterTest, AnEngineThatIsBackIsKnownToBeThoughNothingWasSaidOfIt) {
+    const auto ways = poster();
+    EXPECT_EQ(post(*ways, QStringLiteral("a")), PostOutcome::posted);
+    daemon->setsUsersInSilence = true;
+    ways->finish();
+    EXPECT_TRUE(waitClosely([&] { return remembered.isEmpty(); }));
+    EXPECT_EQ(daemon->inForce, users);
+}
+
 TEST_F(IbusPosterTest, TheEndOfTheProgramGivesTheEngineBack) {
     {
         const auto ways = poster();

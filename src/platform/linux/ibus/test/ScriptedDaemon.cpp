@@ -63,7 +63,9 @@ void ScriptedDaemon::setEngine(const QDBusMessage& call) {
     setEngines.append(engine);
     if (engine != IbusEngine::name) {
         inForce = engine;
-        connection_.send(call.createReply());
+        if (!setsUsersInSilence) {
+            connection_.send(call.createReply());
+        }
         return;
     }
     auto create = QDBusMessage::createMethodCall(engines_, ibus::factoryPath, ibus::factoryInterface,

@@ -63,6 +63,8 @@ class ScriptedDaemon final : public QDBusVirtualObject {
     /// Methods and properties that are refused, and those that get no answer.
     QStringList refused;
     QStringList silent;
+    /// The user's engine is set, and nothing is said of it.
+    bool setsUsersInSilence = false;
     QStringList setEngines;
     QStringList commits;
 
