@@ -19,12 +19,13 @@ constexpr int xOffset = 8;
 CommonSession::CommonSession(const SessionParts& parts)
     : evdev_(parts.foundation, devices_), portalKeys_(parts.foundation, parts.bus),
       portalKeyboard_(parts.foundation, parts.bus), layout_(parts.display),
-      paste_(portalKeyboard_, parts.foundation.clock,
-             {[this] { return evdev_.heldModifiers(); },
-              [this](PasteRoute route) { return pasteChordOn(route); }}),
-      editing_(portalKeyboard_, parts.foundation.clock,
-               {[this] { return evdev_.heldModifiers(); },
-                [this](PasteRoute route) { return pasteChordOn(route); }}) {}
+      paste_(portalKeyboard_, parts.foundation.clock, chordFacts()),
+      editing_(portalKeyboard_, parts.foundation.clock, chordFacts()) {}
+
+ChordFacts CommonSession::chordFacts() {
+    return {[this] { return evdev_.heldModifiers(); },
+            [this](PasteRoute route) { return pasteChordOn(route); }};
+}
 
 // The devices come first: who has switched them on wants the keys that the portal has not.
 SessionPorts CommonSession::ports() {

@@ -2,10 +2,12 @@
 #pragma once
 
 #include "app/session/SessionPorts.h"
+#include "platform/linux/chords/ChordEditingKeys.h"
+#include "platform/linux/chords/ChordPasteKeys.h"
 #include "platform/linux/evdev/EvdevHoldRoad.h"
 #include "platform/linux/evdev/InputFolder.h"
 #include "platform/linux/portal/PortalHoldRoad.h"
-#include "platform/linux/portal/PortalKeys.h"
+#include "platform/linux/portal/PortalKeyboard.h"
 #include "platform/linux/x11/PostingKeyboard.h"
 
 namespace lorvane {
@@ -19,6 +21,7 @@ class CommonSession {
     [[nodiscard]] SessionPorts ports();
 
  private:
+    [[nodiscard]] ChordFacts chordFacts();
     /// By the layout that XWayland has of the compositor; without it, by keys that have one place on every
     /// layout.
     [[nodiscard]] std::vector<int> pasteChordOn(PasteRoute route);
@@ -28,8 +31,8 @@ class CommonSession {
     PortalHoldRoad portalKeys_;
     PortalKeyboard portalKeyboard_;
     PostingKeyboard layout_;
-    PortalPasteKeys paste_;
-    PortalEditingKeys editing_;
+    ChordPasteKeys paste_;
+    ChordEditingKeys editing_;
 };
 
 } // namespace lorvane

@@ -29,12 +29,12 @@ ShellExtensionHoldRoad::Options holdOptions(Preferences& preferences, RemoteDesk
 GnomeSession::GnomeSession(const SessionParts& parts)
     : keymap_(parts.wayland, parts.seat), keys_(parts.bus, parts.foundation.clock, parts.foundation.log),
       hold_(parts.bus, parts.foundation.clock, holdOptions(parts.foundation.preferences, keys_)),
-      focus_(parts.bus, control::serviceName), editingKeys_(keys_, parts.foundation.clock, keyboard()),
-      pasteKeys_(keys_, parts.foundation.clock, keyboard()),
+      focus_(parts.bus, control::serviceName), editingKeys_(keys_, parts.foundation.clock, chordFacts()),
+      pasteKeys_(keys_, parts.foundation.clock, chordFacts()),
       inputMethod_(parts.foundation.clock, parts.foundation.log,
                    engineInPreferences(parts.foundation.preferences)) {}
 
-GnomeKeyboard GnomeSession::keyboard() const {
+ChordFacts GnomeSession::chordFacts() const {
     return {[this] { return hold_.modifierFlags(); },
             [this](PasteRoute route) { return pasteChordFor(route); }};
 }

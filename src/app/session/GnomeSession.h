@@ -3,8 +3,8 @@
 
 #include "app/session/SeatKeymap.h"
 #include "app/session/SessionPorts.h"
-#include "platform/linux/gnome/GnomeEditingKeys.h"
-#include "platform/linux/gnome/GnomePasteKeys.h"
+#include "platform/linux/chords/ChordEditingKeys.h"
+#include "platform/linux/chords/ChordPasteKeys.h"
 #include "platform/linux/gnome/RemoteDesktopKeys.h"
 #include "platform/linux/gnome/ShellExtensionFocus.h"
 #include "platform/linux/gnome/ShellExtensionHoldRoad.h"
@@ -22,7 +22,7 @@ class GnomeSession {
     [[nodiscard]] std::optional<WindowIdentity> activeWindow() const { return focus_.active(); }
 
  private:
-    [[nodiscard]] GnomeKeyboard keyboard() const;
+    [[nodiscard]] ChordFacts chordFacts() const;
     [[nodiscard]] std::vector<int> pasteChordFor(PasteRoute route) const;
     [[nodiscard]] QString obstacleOfKeys() const;
 
@@ -30,8 +30,8 @@ class GnomeSession {
     RemoteDesktopKeys keys_;
     ShellExtensionHoldRoad hold_;
     ShellExtensionFocus focus_;
-    GnomeEditingKeys editingKeys_;
-    GnomePasteKeys pasteKeys_;
+    ChordEditingKeys editingKeys_;
+    ChordPasteKeys pasteKeys_;
     IbusPoster inputMethod_;
 };
 

@@ -18,31 +18,6 @@ const QString sessionInterface = QStringLiteral("org.gnome.Mutter.RemoteDesktop.
 constexpr int answerBound = 500; // milliseconds
 /// Until then a session that comes late is known.
 constexpr int lateBound = 60'000; // milliseconds
-constexpr Duration keyTime = std::chrono::milliseconds(15);
-/// How long the Shell may take to deliver a key.
-constexpr Duration delivery = std::chrono::milliseconds(500);
-constexpr Duration pollPeriod = std::chrono::milliseconds(5);
-/// How long a key that was posted may take to come past the watch of keys.
-constexpr Duration echo = std::chrono::milliseconds(200);
-
-/// Ends the session, which lets go of all its keys, unless the chord came to its end.
-class ChordGuard {
- public:
-    ChordGuard(RemoteDesktopKeys& keys, int& posting) : keys_(keys), posting_(posting) { ++posting_; }
-    ChordGuard(const ChordGuard&) = delete;
-    ChordGuard& operator=(const ChordGuard&) = delete;
-    ~ChordGuard() {
-        --posting_;
-        if (!isComplete) {
-            keys_.close();
-        }
-    }
-    bool isComplete = false;
-
- private:
-    RemoteDesktopKeys& keys_;
-    int& posting_;
-};
 
 /// Whether somebody waits, for who cannot know whether that one still exists.
 struct Waiting {
@@ -67,56 +42,13 @@ QString sessionOf(const QDBusMessage& created) {
 } // namespace
 
 RemoteDesktopKeys::RemoteDesktopKeys(QDBusConnection session, Clock& clock, DiagnosticLog& log)
-    : bus_(std::move(session)), clock_(clock), log_(log), lastPosted_(clock.now() - echo),
+    : ChordKeyboard(clock), bus_(std::move(session)), clock_(clock), log_(log),
       service_(bus_, serviceName, [this] {
           isRefused_ = false;
           session_.clear();
       }) {}
 
 RemoteDesktopKeys::~RemoteDesktopKeys() { close(); }
-
-bool RemoteDesktopKeys::isPosting() const { return posting_ > 0 || clock_.now() - lastPosted_ < echo; }
-
-QCoro::Task<KeysOutcome> RemoteDesktopKeys::chord(std::vector<int> inputCodes,
-                                                  std::function<bool()> hasEffect, TaskScope scope) {
-    ChordGuard guard(*this, posting_);
-    const bool isOpen = co_await open(scope);
-    KeysOutcome outcome = KeysOutcome::notPosted;
-    if (isOpen) {
-        outcome = co_await press(inputCodes, scope);
-    }
-    bool isDone = outcome == KeysOutcome::posted;
-    for (auto key = inputCodes.rbegin(); isDone && key != inputCodes.rend(); ++key) {
-        const KeysOutcome released = co_await move(*key, false, scope);
-        isDone = released == KeysOutcome::posted;
-        if (isDone && key == inputCodes.rbegin()) {
-            co_await awaitDelivery(hasEffect, scope);
-        }
-    }
-    guard.isComplete = isDone;
-    lastPosted_ = clock_.now();
-    co_return outcome;
-}
-
-QCoro::Task<void> RemoteDesktopKeys::awaitDelivery(std::function<bool()> hasEffect, TaskScope scope) {
-    const Instant deadline = clock_.now() + delivery;
-    while (!hasEffect() && clock_.now() < deadline) {
-        co_await sleep(clock_, pollPeriod, scope);
-    }
-}
-
-QCoro::Task<KeysOutcome> RemoteDesktopKeys::press(std::vector<int> inputCodes, TaskScope scope) {
-    KeysOutcome outcome = KeysOutcome::notPosted;
-    for (const int key : inputCodes) {
-        outcome = co_await move(key, true, scope);
-        if (outcome != KeysOutcome::posted) {
-            // Those before the last one do nothing by themselves.
-            co_return key == inputCodes.back() ? outcome : KeysOutcome::notPosted;
-        }
-        co_await sleep(clock_, keyTime, scope);
-    }
-    co_return outcome;
-}
 
 QCoro::Task<bool> RemoteDesktopKeys::open(TaskScope scope) {
     if (!session_.isEmpty() || !isOffered()) {

@@ -16,14 +16,13 @@ constexpr uint tokenVersion = 2;
 constexpr uint keyboardDevice = 1;
 /// The permission lasts until the user takes it back.
 constexpr uint persistent = 2;
-constexpr Duration keyTime = std::chrono::milliseconds(15);
 
 QVariant pathOf(const QString& session) { return QVariant::fromValue(QDBusObjectPath(session)); }
 
 } // namespace
 
 PortalKeyboard::PortalKeyboard(const Foundation& foundation, const QDBusConnection& session)
-    : clock_(foundation.clock), preferences_(foundation.preferences), log_(foundation.log),
+    : ChordKeyboard(foundation.clock), preferences_(foundation.preferences), log_(foundation.log),
       requests_(session, foundation.clock) {
     connect(&requests_, &PortalRequests::ownerChanged, this, [this](bool isThere) {
         version_ = 0;
@@ -66,36 +65,6 @@ QCoro::Task<bool> PortalKeyboard::ask(TaskScope scope) {
     const bool opened = co_await openWithin(dialogPatience, scope);
     close();
     co_return opened&& isOffered();
-}
-
-QCoro::Task<KeysOutcome> PortalKeyboard::chord(std::vector<int> inputCodes, TaskScope scope) {
-    const bool isOpen = co_await open(scope);
-    KeysOutcome outcome = KeysOutcome::notPosted;
-    if (isOpen) {
-        outcome = co_await press(inputCodes, scope);
-    }
-    bool isDone = outcome == KeysOutcome::posted;
-    for (auto key = inputCodes.rbegin(); isDone && key != inputCodes.rend(); ++key) {
-        const KeysOutcome released = co_await move(*key, false, scope);
-        isDone = released == KeysOutcome::posted;
-    }
-    if (!isDone) {
-        close();
-    }
-    co_return outcome;
-}
-
-QCoro::Task<KeysOutcome> PortalKeyboard::press(std::vector<int> inputCodes, TaskScope scope) {
-    KeysOutcome outcome = KeysOutcome::notPosted;
-    for (const int key : inputCodes) {
-        outcome = co_await move(key, true, scope);
-        if (outcome != KeysOutcome::posted) {
-            // Those before the last one do nothing by themselves.
-            co_return key == inputCodes.back() ? outcome : KeysOutcome::notPosted;
-        }
-        co_await sleep(clock_, keyTime, scope);
-    }
-    co_return outcome;
 }
 
 QCoro::Task<bool> PortalKeyboard::open(TaskScope scope) {

@@ -3,10 +3,8 @@
 
 #include "base/DesktopPreferences.h"
 #include "base/Foundation.h"
-#include "core/PasteKeys.h"
+#include "platform/linux/chords/ChordKeyboard.h"
 #include "platform/linux/portal/PortalRequests.h"
-
-#include <vector>
 
 namespace lorvane {
 
@@ -14,9 +12,8 @@ using preference::remoteDesktopToken;
 
 /// Keys by the portal for remote desktops (org.freedesktop.portal.RemoteDesktop, version 2 or later: sessions
 /// that are opened again by a token). Nobody is asked in the middle of a paste: without a token nothing is
-/// opened but by `ask`. The compositor has one state of modifiers for all keyboards, so what the user holds
-/// works on these keys too. Main thread.
-class PortalKeyboard final : public QObject {
+/// opened but by `ask`. Main thread.
+class PortalKeyboard final : public QObject, public ChordKeyboard {
     Q_OBJECT
 
  public:
@@ -30,19 +27,18 @@ class PortalKeyboard final : public QObject {
     static constexpr Duration dialogPatience = std::chrono::minutes(5);
 
     /// The portal is there and the user has allowed it before.
-    [[nodiscard]] bool isOffered() const;
+    [[nodiscard]] bool isOffered() const override;
     /// Why not, for log and doctor; empty when it is.
     [[nodiscard]] QString obstacle() const;
     /// Asks the user, with the desktop's own dialog, to allow keys to be posted from now on. Opens nothing
     /// that stays open.
     QCoro::Task<bool> ask(TaskScope scope);
-    /// Opens a session by the token, unless one is open. False when there is none.
-    QCoro::Task<bool> open(TaskScope scope);
-    /// Presses keys, Linux input codes, in this order and lets them go in the opposite one; the last one is
-    /// what acts. When not all could be pressed, the end of the session lets go of them. One at a time. Opens
-    /// a session, which stays open until `close`.
-    QCoro::Task<KeysOutcome> chord(std::vector<int> inputCodes, TaskScope scope);
-    void close();
+    /// By the token.
+    QCoro::Task<bool> open(TaskScope scope) override;
+    void close() override;
+
+ protected:
+    QCoro::Task<KeysOutcome> move(int inputCode, bool down, TaskScope scope) override;
 
  private Q_SLOTS:
     void closedByDesktop(const QDBusMessage& signal);
@@ -52,12 +48,9 @@ class PortalKeyboard final : public QObject {
     QCoro::Task<bool> openWithin(Duration startPatience, TaskScope scope);
     QCoro::Task<QString> createSession(TaskScope scope);
     QCoro::Task<bool> start(QString session, Duration startPatience, TaskScope scope);
-    QCoro::Task<KeysOutcome> press(std::vector<int> inputCodes, TaskScope scope);
-    QCoro::Task<KeysOutcome> move(int inputCode, bool down, TaskScope scope);
     void storeToken(const QVariantMap& results);
     [[nodiscard]] bool refuse(const QString& problem);
 
-    Clock& clock_;
     Preferences& preferences_;
     DiagnosticLog& log_;
     PortalRequests requests_;

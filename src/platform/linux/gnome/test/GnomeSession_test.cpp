@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "input/KeyEvents.h"
+#include "platform/linux/chords/ChordEditingKeys.h"
+#include "platform/linux/chords/ChordPasteKeys.h"
 #include "platform/linux/desktop/QtClock.h"
-#include "platform/linux/gnome/GnomeEditingKeys.h"
+#include "platform/linux/gnome/RemoteDesktopKeys.h"
 #include "platform/linux/gnome/ShellExtension.h"
 #include "platform/linux/gnome/ShellExtensionFocus.h"
 #include "platform/linux/gnome/ShellExtensionHoldRoad.h"
@@ -262,7 +264,7 @@ TEST_F(InTheShell, AnotherProgramIsToldOfNoWindowWhetherItAsksFirstOrLater) {
 
 TEST_F(InTheShell, EditingKeysMoveTheCaretAndTakeTextAway) {
     const auto editor = DesktopApp::mousepad(QStringLiteral("abc"));
-    GnomeEditingKeys editing(
+    ChordEditingKeys editing(
         keys, clock,
         {[this] { return road.modifierFlags(); }, [](PasteRoute) { return std::vector<int>(); }});
     ASSERT_TRUE(waitUntil([&] { return editing.canPost(); }));
@@ -282,7 +284,7 @@ TEST_F(InTheShell, TheChordOfATerminalPastesAndIsNotSeenAsTheUsersKeys) {
                       {QStringLiteral("-c"), QStringLiteral("printf pasted | xclip -selection clipboard")})
                   .status,
               0);
-    GnomePasteKeys paste(keys, clock,
+    ChordPasteKeys paste(keys, clock,
                          {[this] { return road.modifierFlags(); },
                           [](PasteRoute) {
                               return std::vector<int>{KEY_LEFTCTRL, KEY_LEFTSHIFT, KEY_V};

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/linux/gnome/GnomeEditingKeys.h"
-#include "platform/linux/gnome/GnomePasteKeys.h"
-#include "platform/linux/gnome/test/PrivateBus.h"
+#include "platform/linux/gnome/RemoteDesktopKeys.h"
 
-#include "input/KeyEvents.h"
+#include "platform/linux/chords/ChordPasteKeys.h"
+#include "platform/linux/gnome/test/PrivateBus.h"
 
 #include <QDBusObjectPath>
 
@@ -44,7 +43,7 @@ class RemoteDesktop : public PrivateBus {
     std::optional<KeysOutcome> paste(PasteRoute route) {
         std::optional<KeysOutcome> posted;
         const TaskHandle task = startTask([&](TaskScope scope) -> QCoro::Task<void> {
-            posted = co_await pasteKeys.post({[route] { return route; }, hasEffect}, scope);
+            posted = co_await pasteKeys.post([route] { return route; }, scope);
         });
         EXPECT_TRUE(waitUntil([&] { return !task.isRunning(); }));
         return posted;
@@ -53,20 +52,20 @@ class RemoteDesktop : public PrivateBus {
     QString silent;
     QDBusMessage unanswered;
     QString refused;
-    std::uint32_t held = 0;
-    std::vector<int> chord{KEY_LEFTCTRL, KEY_V};
-    std::function<bool()> hasEffect = [] { return true; };
     QStringList lines;
     DiagnosticLog log{clock, std::nullopt, [this](const QString& line) { lines.append(line); }};
     RemoteDesktopKeys keys{bus, clock, log};
-    GnomeKeyboard keyboard{[this] { return held; }, [this](PasteRoute) { return chord; }};
-    GnomePasteKeys pasteKeys{keys, clock, keyboard};
-    GnomeEditingKeys editingKeys{keys, clock, keyboard};
+    ChordPasteKeys pasteKeys{keys,
+                             clock,
+                             {[] { return 0U; },
+                              [](PasteRoute) {
+                                  return std::vector<int>{KEY_LEFTCTRL, KEY_V};
+                              }}};
     std::unique_ptr<ScriptedService> shell;
 };
 
 TEST_F(RemoteDesktop, IsNotOfferedWhereThereIsNoSuchService) {
-    EXPECT_FALSE(editingKeys.canPost());
+    EXPECT_FALSE(keys.isOffered());
     EXPECT_EQ(paste(PasteRoute::standard), KeysOutcome::notPosted);
 }
 
@@ -82,28 +81,6 @@ TEST_F(RemoteDesktop, TheSessionIsOpenForTheChordAlone) {
                                QStringLiteral("Stop:")};
     EXPECT_TRUE(waitUntil([&] { return shell->calls() == expected; }))
         << shell->calls().join(' ').toStdString();
-}
-
-TEST_F(RemoteDesktop, TheModifiersStayDownUntilTheChordHasHadItsEffect) {
-    bringShell();
-    const QStringList before{pressed(KEY_LEFTCTRL), pressed(KEY_V), released(KEY_V)};
-    int looks = 0;
-    hasEffect = [&] {
-        EXPECT_EQ(shell->calls().mid(2), before); // not V: held long enough, it pastes again
-        return ++looks == 5;
-    };
-    EXPECT_EQ(paste(PasteRoute::standard), KeysOutcome::posted);
-    EXPECT_EQ(looks, 5);
-    EXPECT_EQ(shell->calls().mid(2, 4), before + QStringList{released(KEY_LEFTCTRL)});
-}
-
-TEST_F(RemoteDesktop, TheModifiersOfAChordWithoutEffectGoUpAfterHalfASecond) {
-    bringShell();
-    hasEffect = [] { return false; };
-    const Instant before = clock.now();
-    EXPECT_EQ(paste(PasteRoute::standard), KeysOutcome::posted);
-    EXPECT_GE(clock.now() - before, std::chrono::milliseconds(500));
-    EXPECT_TRUE(waitUntil([&] { return shell->calls().contains(released(KEY_LEFTCTRL)); }));
 }
 
 TEST_F(RemoteDesktop, ARefusedSessionIsNotAskedForAgainUntilAnotherShellComes) {
@@ -183,81 +160,6 @@ TEST_F(RemoteDesktop, AModifierThatIsNotAnsweredForPastesNothing) {
     };
     EXPECT_EQ(paste(PasteRoute::standard), KeysOutcome::notPosted);
     EXPECT_FALSE(shell->calls().contains(pressed(KEY_V)));
-}
-
-TEST_F(RemoteDesktop, AimIsTakenWhenTheModifiersAreUpAndTheSessionIsOpenAndBeforeTheFirstKey) {
-    bringShell();
-    held = modifierFlag::option;
-    const Handle letGo = clock.after(std::chrono::milliseconds(100), [this] { held = 0; });
-    std::uint32_t heldAtAim = 1;
-    QStringList callsAtAim;
-    const PasteKeys::Aim aim = [&] {
-        heldAtAim = held;
-        callsAtAim = shell->calls();
-        return PasteRoute::standard;
-    };
-    const TaskHandle task =
-        startTask([&](TaskScope scope) -> QCoro::Task<void> { co_await pasteKeys.post(aim, scope); });
-    EXPECT_TRUE(waitUntil([&] { return !task.isRunning(); }));
-    EXPECT_EQ(heldAtAim, 0U);
-    EXPECT_EQ(callsAtAim, QStringList({QStringLiteral("CreateSession:"), QStringLiteral("Start:")}));
-}
-
-TEST_F(RemoteDesktop, ModifiersThatStayHeldSpoilNoPaste) {
-    bringShell();
-    held = modifierFlag::option;
-    EXPECT_EQ(paste(PasteRoute::standard), KeysOutcome::notPosted);
-    EXPECT_TRUE(shell->calls().isEmpty());
-    held = modifierFlag::control;
-    EXPECT_EQ(paste(PasteRoute::standard), KeysOutcome::posted);
-}
-
-TEST_F(RemoteDesktop, ALayoutWithoutAChordIsNotPastedBy) {
-    bringShell();
-    chord.clear();
-    EXPECT_EQ(paste(PasteRoute::standard), KeysOutcome::notPosted);
-    EXPECT_TRUE(shell->calls().isEmpty());
-}
-
-TEST_F(RemoteDesktop, EditingKeysShareOneSessionThatEndsSoonAfterTheLast) {
-    bringShell();
-    editingKeys.press(EditingKey::deleteBackward);
-    editingKeys.press(EditingKey::rightArrow);
-    const QStringList expected{
-        QStringLiteral("CreateSession:"), QStringLiteral("Start:"), pressed(KEY_BACKSPACE),
-        released(KEY_BACKSPACE),          pressed(KEY_RIGHT),       released(KEY_RIGHT),
-        QStringLiteral("Stop:")};
-    EXPECT_TRUE(waitUntil([&] { return shell->calls() == expected; }))
-        << shell->calls().join(' ').toStdString();
-}
-
-TEST_F(RemoteDesktop, AnEditingKeyIsPendingUntilItIsLetGo) {
-    bringShell();
-    EXPECT_FALSE(editingKeys.isPending());
-    editingKeys.press(EditingKey::deleteBackward);
-    EXPECT_TRUE(editingKeys.isPending());
-    ASSERT_TRUE(waitUntil([this] { return !editingKeys.isPending(); }));
-    EXPECT_TRUE(shell->calls().contains(released(KEY_BACKSPACE)));
-}
-
-TEST_F(RemoteDesktop, EditingKeysAreDroppedWhileAModifierStaysHeld) {
-    bringShell();
-    held = modifierFlag::control;
-    editingKeys.press(EditingKey::deleteBackward);
-    EXPECT_EQ(editingKeys.modifierFlags(), modifierFlag::control);
-    EXPECT_FALSE(waitUntil([&] { return !shell->calls().isEmpty(); }, std::chrono::milliseconds(800)));
-    held = 0;
-    editingKeys.press(EditingKey::rightArrow);
-    EXPECT_TRUE(waitUntil([&] { return shell->calls().contains(released(KEY_RIGHT)); }));
-    EXPECT_FALSE(shell->calls().contains(pressed(KEY_BACKSPACE)));
-}
-
-TEST_F(RemoteDesktop, KeysOfOursAreKnownToBeOnTheirWay) {
-    bringShell();
-    EXPECT_FALSE(keys.isPosting());
-    EXPECT_EQ(paste(PasteRoute::standard), KeysOutcome::posted);
-    EXPECT_TRUE(keys.isPosting());
-    EXPECT_TRUE(waitUntil([this] { return !keys.isPosting(); }));
 }
 
 } // namespace

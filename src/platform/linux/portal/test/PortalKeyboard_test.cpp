@@ -2,8 +2,7 @@
 #include "platform/linux/portal/PortalKeyboard.h"
 
 #include "base/testing/TestFoundation.h"
-#include "input/KeyEvents.h"
-#include "platform/linux/portal/PortalKeys.h"
+#include "platform/linux/chords/ChordPasteKeys.h"
 #include "platform/linux/portal/test/ScriptedPortal.h"
 #include "support/Wait.h"
 
@@ -33,12 +32,13 @@ class PortalKeyboardTest : public ::testing::Test {
         return {{QStringLiteral("devices"), 1U}, {QStringLiteral("restore_token"), token}};
     }
     void make() {
-        editing.reset();
         paste.reset();
         keyboard = std::make_unique<PortalKeyboard>(base.foundation, bus.connect(QStringLiteral("keys")));
-        const PortalKeyFacts facts{[this] { return held; }, [this](PasteRoute) { return chord; }};
-        paste = std::make_unique<PortalPasteKeys>(*keyboard, base.clock, facts);
-        editing = std::make_unique<PortalEditingKeys>(*keyboard, base.clock, facts);
+        const ChordFacts facts{[] { return 0U; },
+                               [](PasteRoute) {
+                                   return std::vector<int>{KEY_LEFTCTRL, KEY_V};
+                               }};
+        paste = std::make_unique<ChordPasteKeys>(*keyboard, base.clock, facts);
     }
     [[nodiscard]] bool waitForOffer() {
         return waitUntil([this] { return keyboard->isOffered(); });
@@ -81,11 +81,8 @@ class PortalKeyboardTest : public ::testing::Test {
     PrivateBus bus;
     ScriptedPortal portal{bus.connect(QStringLiteral("portal"))};
     TestFoundation base;
-    std::uint32_t held = 0;
-    std::vector<int> chord{KEY_LEFTCTRL, KEY_V};
     std::unique_ptr<PortalKeyboard> keyboard;
-    std::unique_ptr<PortalPasteKeys> paste;
-    std::unique_ptr<PortalEditingKeys> editing;
+    std::unique_ptr<ChordPasteKeys> paste;
 };
 
 TEST_F(PortalKeyboardTest, PasteOpensASessionByItsTokenPostsTheChordAndClosesIt) {
@@ -120,7 +117,6 @@ TEST_F(PortalKeyboardTest, WithoutATokenNothingIsOpened) {
     base.preferences.remove(remoteDesktopToken);
     EXPECT_TRUE(waitUntil([this] { return keyboard->obstacle().contains(QStringLiteral("been allowed")); }));
     EXPECT_EQ(post(), KeysOutcome::notPosted);
-    EXPECT_FALSE(editing->canPost());
     EXPECT_EQ(portal.calls, QStringList());
 }
 
@@ -159,57 +155,6 @@ TEST_F(PortalKeyboardTest, RefusalAndBadAnswersPostNothing) {
     base.preferences.set(remoteDesktopToken, QStringLiteral("first"));
     EXPECT_EQ(post(), KeysOutcome::notPosted);
     EXPECT_EQ(keysPosted(), QStringList());
-}
-
-TEST_F(PortalKeyboardTest, ModifierThatStaysHeldPostsNothing) {
-    held = modifierFlag::shift;
-    ASSERT_TRUE(waitForOffer());
-    EXPECT_EQ(post(), KeysOutcome::notPosted);
-    EXPECT_EQ(portal.calls, QStringList());
-}
-
-TEST_F(PortalKeyboardTest, ModifierThatIsLetGoIsWaitedFor) {
-    held = modifierFlag::shift;
-    ASSERT_TRUE(waitForOffer());
-    const Handle letGo = base.clock.after(std::chrono::milliseconds(400), [this] { held = 0; });
-    EXPECT_EQ(post(), KeysOutcome::posted);
-}
-
-TEST_F(PortalKeyboardTest, AimIsTakenWhenTheModifiersAreUpAndTheSessionIsOpenAndBeforeTheFirstKey) {
-    held = modifierFlag::shift;
-    ASSERT_TRUE(waitForOffer());
-    const Handle letGo = base.clock.after(std::chrono::milliseconds(400), [this] { held = 0; });
-    std::uint32_t heldAtAim = 1;
-    QStringList callsAtAim;
-    const PasteKeys::Aim aim = [&] {
-        heldAtAim = held;
-        callsAtAim = portal.calls;
-        return PasteRoute::standard;
-    };
-    const auto posting = [&](TaskScope scope) { return paste->post(aim, scope); };
-    EXPECT_EQ(run<KeysOutcome>(posting, KeysOutcome::notPosted), KeysOutcome::posted);
-    EXPECT_EQ(heldAtAim, 0U);
-    EXPECT_EQ(callsAtAim, QStringList({create, select, start}));
-}
-
-TEST_F(PortalKeyboardTest, LayoutWithoutTheChordPostsNothing) {
-    chord.clear();
-    ASSERT_TRUE(waitForOffer());
-    EXPECT_EQ(post(), KeysOutcome::notPosted);
-    EXPECT_EQ(portal.calls, QStringList());
-}
-
-TEST_F(PortalKeyboardTest, EditingKeysShareOneSessionAndCloseIt) {
-    ASSERT_TRUE(waitForOffer());
-    editing->press(EditingKey::deleteBackward);
-    editing->press(EditingKey::deleteBackward);
-    editing->press(EditingKey::rightArrow);
-    EXPECT_TRUE(waitUntil([this] {
-        base.clock.advance(std::chrono::milliseconds(5));
-        return portal.calls.endsWith(closeCall);
-    }));
-    EXPECT_EQ(keysPosted(), QStringList({"14 1", "14 0", "14 1", "14 0", "106 1", "106 0"}));
-    EXPECT_EQ(portal.calls.count(create), 1);
 }
 
 TEST_F(PortalKeyboardTest, SessionThatTheDesktopClosesInTheMiddlePostsNoMore) {
