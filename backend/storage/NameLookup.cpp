@@ -35,7 +35,7 @@ std::shared_ptr<NameLookup::Question> NameLookup::questionFor(const std::string&
     auto& known = open_[name];
     if (auto question = known.lock(); question && question->open())
         return question;
-    const auto question = std::make_shared<Question>();
+    auto question = std::make_shared<Question>();
     known = question;
     try {
         std::thread([question, name, resolve = resolve_] { question->give(resolve(name)); }).detach();
