@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Clients that read slowly, not at all, or leave, while an answer goes out.
-#include "testing/Connection.h"
-#include "testing/ServerUnderTest.h"
+#include "SlowClients.h"
 
 #include <algorithm>
 #include <atomic>
@@ -13,19 +12,6 @@
 using namespace lorvane::backend;
 using namespace lorvane::backend::testing;
 using namespace std::chrono_literals;
-using Clock = std::chrono::steady_clock;
-
-namespace {
-
-Route route(std::string_view path, Handler handler) {
-    return {"GET", path, Access::open, Work::take, 1 << 20, std::move(handler)};
-}
-
-std::string get(const std::string& path) { return requestText({"GET", path, "", "", "", "", ""}); }
-
-double milliseconds(Clock::duration time) { return std::chrono::duration<double, std::milli>(time).count(); }
-
-} // namespace
 
 TEST(HttpServerStreams, AClientThatDoesNotReadHoldsUpTheWorkAndIsCut) {
     std::atomic<std::size_t> written = 0;
