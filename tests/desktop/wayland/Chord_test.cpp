@@ -15,8 +15,8 @@ constexpr int letterC = 54;
 TEST_F(Chord, TheHoldKeyInACommandStartsNothingAndTheCommandIsObeyed) {
     const auto editor = DesktopApp::mousepad(QStringLiteral("copied by hand"));
     startHearing(heard);
-    hand.chord({holdKey, keycode::letterA});
-    hand.chord({holdKey, letterC});
+    hand.command({holdKey, keycode::letterA});
+    hand.command({holdKey, letterC});
     EXPECT_TRUE(waitUntil([] { return clipboard::read() == "copied by hand"; })) << clipboard::read().data();
     ASSERT_TRUE(program->waitForPhase(QStringLiteral("idle")));
     EXPECT_EQ(takes().size(), 0U);

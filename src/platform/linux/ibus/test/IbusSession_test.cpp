@@ -116,7 +116,7 @@ TEST_F(IbusSession, WhatTheUserIsComposingStays) {
     PhysicalKeyboard hand;
     ASSERT_EQ(canPost(poster), true);
     // A character by its number: shown as it is composed, until Return.
-    hand.chord({keycode::leftControl, keycode::leftShift, letterU});
+    hand.command({keycode::leftControl, keycode::leftShift, letterU});
     hand.tap(digit4);
     ASSERT_TRUE(waitUntil([this] { return canPost(poster) == false; }));
     EXPECT_EQ(post(poster, QStringLiteral("ours")), PostOutcome::refused);
