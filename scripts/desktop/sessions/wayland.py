@@ -33,11 +33,12 @@ class WaylandSession:
         self._check_sockets_folder()
         self._check_layout()
         desktop.start_bus()
+        # First, since the compositor asks for one, and then the bus would start another, which is locked.
+        desktop.start_keyring()
         desktop.start_audio()
         self.prepare(desktop)
         self._compositor_up(desktop)
         desktop.hand_to_services(_HANDED_ON)
-        desktop.start_keyring()
         desktop.start_accessibility(screen_reader=True)
         desktop.start("hands", [*self.hands(desktop), str(desktop.pid(self.ends_last[0]))])
         desktop.keyring_ready()
