@@ -56,7 +56,7 @@ class Kwin(WaylandSession):
         width, height = self.options.size.split("x")
         desktop.start("kwin_wayland", [self._binary(desktop), "--virtual", "--width", width, "--height", height,
                                        "--socket", self.socket, "--xwayland", "--no-lockscreen", self.teller(desktop)],
-                      WAYLAND_DISPLAY=None)
+                      WAYLAND_DISPLAY=None, KWIN_COMPOSE="Q" if self.options.plain_drawing else None)
 
     @staticmethod
     def _binary(desktop):
