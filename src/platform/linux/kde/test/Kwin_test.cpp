@@ -293,11 +293,16 @@ TEST_F(KwinTest, IsNotOfferedInAPasswordField) {
 TEST_F(KwinTest, ComesBackWithANewHelper) {
     const auto app = DesktopApp::chromium();
     ASSERT_TRUE(isOffered());
-    ASSERT_EQ(
-        runTool("pkill", {"-KILL", "-P", QString::number(compositor()), "-f", "lorvane-input-method"}).status,
-        0);
-    ASSERT_TRUE(waitUntil([this] { return !link.isThere(); }));
-    ASSERT_TRUE(waitUntil([this] { return link.isThere(); })) << "KWin starts it again";
+    const QStringList ofKwin{"-P", QString::number(compositor()), "-f", "lorvane-input-method"};
+    const auto helper = [&] { return runTool("pgrep", ofKwin).output; };
+    const QByteArray before = helper();
+    ASSERT_EQ(runTool("pkill", QStringList{"-KILL"} + ofKwin).status, 0);
+    ASSERT_TRUE(waitUntil([&] {
+        return !QByteArrayList({QByteArray(), before}).contains(helper());
+    })) << "KWin starts it again";
+    ASSERT_TRUE(isOffered());
+    EXPECT_EQ(post(QStringLiteral("again")), PostOutcome::posted);
+    EXPECT_EQ(app->waitForText(QStringLiteral("again")), QStringLiteral("again"));
 }
 
 TEST_F(KwinTest, PastesByTheKeysOfEachKind) {
