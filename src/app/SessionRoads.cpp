@@ -115,6 +115,7 @@ void SessionRoads::addWaylandRoads(RoadFacts& facts, const SetupFacts& setup) {
     facts.paste = openRoads(roads.pasteKeys);
     const SetupPlan hold = planSetup(SetupTopic::hold, setup, foundation_.words);
     facts.holdSetup = changesOf(hold);
+    facts.holdAwaitsLogin = setup.isShellExtensionForNextLogin;
     facts.holdSetupTellsWindows = hold.placesShellExtension;
     facts.typingSetup = changesOf(planSetup(SetupTopic::typing, setup, foundation_.words));
 }

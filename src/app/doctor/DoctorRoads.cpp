@@ -13,6 +13,9 @@ DoctorRoad hold(const RoadFacts& facts, const Localisation& words) {
     if (lacks && !facts.holdSetup.isEmpty()) {
         road.better = facts.holdSetup;
         road.step = QStringLiteral("lorvane setup hold");
+    } else if (facts.hold.isEmpty() && facts.holdAwaitsLogin) {
+        road.better = words.text("Lorvane's extension of the GNOME Shell, which is in place");
+        road.step = words.text("Log out and in again: the Shell loads it then.");
     } else if (facts.hold.isEmpty()) {
         road.better = words.text("a key of your desktop that runs a command");
         road.step = words.text("Bind one to \"lorvane toggle\" in your desktop's settings.");

@@ -44,6 +44,8 @@ struct RoadFacts {
     /// What "lorvane setup hold" and "lorvane setup typing" would do; empty when they would change nothing.
     QString holdSetup;
     QString typingSetup;
+    /// The first of them has been done, and comes into force at the next login.
+    bool holdAwaitsLogin = false;
     /// The first of them would let windows be known that show nothing to accessibility.
     bool holdSetupTellsWindows = false;
 };

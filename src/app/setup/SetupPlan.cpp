@@ -33,6 +33,10 @@ SetupPlan planDevices(const SetupFacts& facts, const Localisation& words) {
 }
 
 SetupPlan planShellExtension(const SetupFacts& facts, const Localisation& words) {
+    if (facts.isShellExtensionForNextLogin) {
+        return nothingToDo(words.text(QStringLiteral(
+            "The extension is in place, but the Shell that runs has not loaded it. Log out and in again.")));
+    }
     if (facts.isShellExtensionInPlace) {
         return nothingToDo(words.text(QStringLiteral("Nothing is missing: the extension is in place.")));
     }

@@ -30,6 +30,8 @@ struct SetupFacts {
     /// There is an extension of ours for the GNOME Shell that runs, and it is in place already.
     bool hasShellExtension = false;
     bool isShellExtensionInPlace = false;
+    /// It is in place, and the Shell that runs has not loaded it.
+    bool isShellExtensionForNextLogin = false;
     /// It is in place, but not as it comes with this program.
     bool isShellExtensionOutdated = false;
     /// The installed desktop entry of the input method; empty when the program is not installed.

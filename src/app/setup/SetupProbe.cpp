@@ -133,6 +133,7 @@ SetupFacts probeSetup(const QDBusConnection& session) {
         const State state = shellExtension(session).state();
         facts.hasShellExtension = state != State::noShell && state != State::unknown;
         facts.isShellExtensionInPlace = state == State::running || state == State::afterLogin;
+        facts.isShellExtensionForNextLogin = state == State::afterLogin;
         facts.isShellExtensionOutdated = state == State::outdated;
     }
     facts.portalPostsKeys =

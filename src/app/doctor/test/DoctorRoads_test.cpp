@@ -59,6 +59,16 @@ TEST(DoctorRoads, AHoldKeyThatCannotBeSeenIsOpenedBySetupOrByABinding) {
     EXPECT_EQ(roadOf(facts, Need::hold).step, "lorvane setup hold");
 }
 
+TEST(DoctorRoads, AHoldKeyThatComesWithTheNextLoginSendsNobodyToBindOne) {
+    RoadFacts facts = complete();
+    facts.hold.clear();
+    facts.holdAwaitsLogin = true;
+    EXPECT_TRUE(roadOf(facts, Need::hold).taken.isEmpty());
+    EXPECT_TRUE(roadOf(facts, Need::hold).step.contains("Log out and in again"));
+    facts.hold = "shell extension";
+    EXPECT_TRUE(roadOf(facts, Need::hold).step.isEmpty());
+}
+
 TEST(DoctorRoads, AHoldRoadThatLacksKeysNamesTheBetterOne) {
     RoadFacts facts = complete();
     facts.holdSetup = "XWayland may see keys.";

@@ -64,6 +64,15 @@ TEST(SetupPlan, GnomeWithoutAnExtensionOrWithOneInPlaceIsLeftAlone) {
     EXPECT_FALSE(planSetup(SetupTopic::hold, facts, {}).changesAnything());
 }
 
+TEST(SetupPlan, GnomeWithAnExtensionThatIsNotLoadedYetIsToldToLogInAgain) {
+    SetupFacts facts = factsOf(SetupDesktop::gnome);
+    facts.isShellExtensionInPlace = true;
+    facts.isShellExtensionForNextLogin = true;
+    const SetupPlan plan = planSetup(SetupTopic::hold, facts, {});
+    EXPECT_FALSE(plan.changesAnything());
+    EXPECT_TRUE(plan.told.first().contains("Log out and in again"));
+}
+
 TEST(SetupPlan, KdeIsLetShowModifiersAndNothingMore) {
     SetupFacts facts = factsOf(SetupDesktop::kde);
     facts.hasX = true;
