@@ -8,18 +8,27 @@ namespace lorvane {
 
 namespace {
 
+class TerminalDesk : public LiveTypingDesk {
+ protected:
+    /// Returns the text, which the terminal holds then.
+    QString dictateInto(const DesktopApp& terminal) {
+        startProgram();
+        LiveStream stream = dictate();
+        const QString text = corpus::mixed(200);
+        stream.say(corpus::fragments(text));
+        stream.finish(text);
+        EXPECT_TRUE(goesThrough(delivered));
+        EXPECT_TRUE(holds(terminal, text));
+        return text;
+    }
+};
+
 /// It shows nothing on the accessibility bus: its keys are known by its window alone.
-class TerminalOfWayland : public LiveTypingDesk {};
+class TerminalOfWayland : public TerminalDesk {};
 
 TEST_F(TerminalOfWayland, IsPastedIntoByItsOwnKeys) {
     const auto terminal = DesktopApp::foot();
-    startProgram();
-    LiveStream stream = dictate();
-    const QString text = corpus::mixed(200);
-    stream.say(corpus::fragments(text));
-    stream.finish(text);
-    EXPECT_TRUE(goesThrough(delivered));
-    EXPECT_TRUE(holds(*terminal, text));
+    dictateInto(*terminal);
     EXPECT_TRUE(logs(QStringLiteral("not armed in Foot: the field cannot be read")));
 }
 
@@ -34,7 +43,7 @@ QString selected() {
 }
 
 /// The desktop has the layout ru and no other.
-class WithoutLatinLetters : public LiveTypingDesk {};
+class WithoutLatinLetters : public TerminalDesk {};
 
 TEST_F(WithoutLatinLetters, ATerminalGetsTheTextAndBothSelectionsComeBack) {
     const clipboard::Copy copy("what the user copied");
@@ -44,13 +53,7 @@ TEST_F(WithoutLatinLetters, ATerminalGetsTheTextAndBothSelectionsComeBack) {
     hand.chord({keycode::leftShift, keycode::end});
     ASSERT_TRUE(waitUntil([&] { return selected() == ofTheUser; })) << selected().toStdString();
     const auto terminal = DesktopApp::xfceTerminal();
-    startProgram();
-    LiveStream stream = dictate();
-    const QString text = corpus::mixed(200);
-    stream.say(corpus::fragments(text));
-    stream.finish(text);
-    EXPECT_TRUE(goesThrough(delivered));
-    EXPECT_TRUE(holds(*terminal, text));
+    const QString text = dictateInto(*terminal);
     EXPECT_TRUE(logs(QStringLiteral("took the text")));
     EXPECT_TRUE(waitUntil([] { return clipboard::read() == QByteArray("what the user copied"); }));
     EXPECT_TRUE(waitUntil([&] { return selected() == ofTheUser; })) << selected().toStdString();
